@@ -1,0 +1,13 @@
+#include "AboutDialog.h"
+
+#include <utility>
+
+void AboutDialog::initWithWindow(std::unique_ptr<vellux::Window> window) {
+    m_window = std::move(window);
+}
+
+void AboutDialog::windowDidLoad() {}
+
+bool AboutDialog::windowShouldClose(const void*) {
+    return true;
+}

@@ -1,0 +1,25 @@
+// Controller of the About window.
+#pragma once
+
+#include "platform/Desktop.h"
+
+#include <memory>
+
+/// Owns its window, which the platform loads from the description "AboutDialog". Main thread only.
+class AboutDialog {
+public:
+    /// Takes the window it controls; null when the platform has no such window.
+    void initWithWindow(std::unique_ptr<vellux::Window> window);
+
+    /// The window it controls; null before initWithWindow.
+    vellux::Window* window() const { return m_window.get(); }
+
+    /// Called by the platform when the window's contents are there.
+    void windowDidLoad();
+
+    /// The About window may always be closed.
+    bool windowShouldClose(const void* sender);
+
+private:
+    std::unique_ptr<vellux::Window> m_window;
+};

@@ -1,0 +1,59 @@
+#include "AlertPopup.h"
+
+#include "platform/Platform.h"
+
+#include <memory>
+
+vellux::SharedInstanceSlot<AlertPopup> AlertPopup::sharedAlertPopupInstance;
+
+AlertPopup& AlertPopup::sharedAlertPopup() {
+    return vellux::sharedInstance(sharedAlertPopupInstance, [] { return new AlertPopup; });
+}
+
+std::int32_t AlertPopup::display(const std::string& strTitle, const std::string& strMessage) {
+    vellux::MainThread& mainThread = vellux::platform().mainThread;
+    if (mainThread.isCurrent()) {
+        displayAlert({strTitle, strMessage});
+        return nResult;
+    }
+    const auto bShown = std::make_shared<bool>(false); // main's, until runAndWait has returned true
+    bool bRan = true;
+    while (bRan && !*bShown) {
+        waitUntilNoneIsOpen();
+        bRan = mainThread.runAndWait([this, bShown, texts = Texts{strTitle, strMessage}] {
+            if (isOpen()) // this call came to run inside another alert: later
+                return;
+            displayAlert(texts);
+            *bShown = true;
+        });
+    }
+    return nResult;
+}
+
+void AlertPopup::displayAlert(const Texts& texts) {
+    vellux::assertMainThread();
+    vellux::Alert alert;
+    alert.buttons = {"OK"};
+    alert.strMessageText = texts[0];
+    alert.strInformativeText = texts[1];
+    alert.style = vellux::AlertStyle::Informational;
+    {
+        const vellux::ScopedLock lock(m_mutex);
+        ++m_nOpen;
+    }
+    nResult = vellux::platform().desktop.runModal(alert);
+    const vellux::ScopedLock lock(m_mutex);
+    --m_nOpen;
+    m_closed.notify_all();
+}
+
+void AlertPopup::waitUntilNoneIsOpen() {
+    const vellux::ScopedLock lock(m_mutex);
+    while (m_nOpen > 0)
+        m_closed.wait(m_mutex);
+}
+
+bool AlertPopup::isOpen() {
+    const vellux::ScopedLock lock(m_mutex);
+    return m_nOpen > 0;
+}

@@ -1,0 +1,50 @@
+#include "VelluxAppDelegate.h"
+
+#include "VelluxControl/VelluxControl.h"
+#include "VelluxHttp/VelluxHttp.h"
+#include "VelluxWindowUi/VelluxWindowUi.h"
+#include "platform/Platform.h"
+
+vellux::SharedInstanceSlot<VelluxAppDelegate> VelluxAppDelegate::sharedVelluxAppDelegateInstance;
+
+namespace {
+// User-initiated: no idle sleep, no suspension, no sudden or automatic termination.
+constexpr std::uint64_t kUserInitiated = 0xFFFFFF;
+} // namespace
+
+VelluxAppDelegate& VelluxAppDelegate::sharedVelluxAppDelegate() {
+    return vellux::sharedInstance(sharedVelluxAppDelegateInstance, [] { return new VelluxAppDelegate; });
+}
+
+void VelluxAppDelegate::applicationDidFinishLaunching() {
+    vellux::assertMainThread();
+    setActivity(
+        vellux::platform().desktop.beginActivityWithOptions(kUserInitiated, "receiving OSC messages"));
+    const bool bFound = VelluxFindDevices(nNumberOfVelluxDevices);
+    if (nNumberOfVelluxDevices != 0 && bFound)
+        VelluxTurnOffLight(0);
+    VelluxWindowUi::sharedVelluxWindowUi().initConfig();
+}
+
+void VelluxAppDelegate::applicationWillTerminate() {
+    vellux::assertMainThread();
+    VelluxWindowUi& controller = VelluxWindowUi::sharedVelluxWindowUi();
+    controller.beginTermination();
+    controller.quitManualFlashingThread();
+    controller.waitForManualFlashingThreadToExit();
+    controller.quitSyncFlashingThread();
+    controller.waitForSyncFlashingThreadToExit();
+    VelluxHttp::sharedVelluxHttp().abortEventChannelConnection();
+    controller.switchOffForGood();
+    controller.saveUiState();
+    VelluxReleaseDevices();
+}
+
+bool VelluxAppDelegate::applicationShouldHandleReopen(bool) {
+    vellux::assertMainThread();
+    if (m_window != nullptr)
+        m_window->makeKeyAndOrderFront();
+    return true;
+}
+
+void VelluxAppDelegate::applicationDidChangeOcclusionState() {}

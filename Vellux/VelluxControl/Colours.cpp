@@ -1,0 +1,88 @@
+// Colours: what each one is on each family of lights.
+
+#include "VelluxControl/VelluxControl.h"
+
+namespace {
+
+struct ColourRow {
+    std::uint8_t byFramedCode;           // type 1: 0xFF with bit 4 cleared for red, 5 for green, 6 for blue
+    std::uint8_t byPlainCode;            // type 2: no rule
+    std::uint8_t byRed, byGreen, byBlue; // V30: not full scale, so that the colours look right
+};
+
+constexpr ColourRow kRed = {0xEF, 0x60, 255, 0, 0};
+constexpr ColourRow kGreen = {0xDF, 0xD8, 0, 150, 0};
+constexpr ColourRow kBlue = {0xBF, 0x35, 0, 0, 150};
+constexpr ColourRow kYellow = {0xCF, 0x40, 255, 60, 0};
+constexpr ColourRow kMagenta = {0xAF, 0x20, 128, 0, 128};
+constexpr ColourRow kCyan = {0x9F, 0x17, 0, 255, 255};
+constexpr ColourRow kWhite = {0x8F, 0x07, 255, 125, 50};
+
+constexpr std::uint8_t kFramedOffCode = 0xFF;
+constexpr std::uint8_t kPlainOffCode = 0x73;
+
+VelluxResult turnOn(std::uint8_t byDeviceIndex, const ColourRow& colour) {
+    const std::uint8_t byType = deviceTypeAt(byDeviceIndex);
+    if (byType == 1)
+        return HIDSendVelluxControlCode(byDeviceIndex, colour.byFramedCode);
+    if (byType == 2)
+        return HIDSendVelluxControlCode(byDeviceIndex, colour.byPlainCode);
+    if (isV30Type(byType))
+        return TurnOnRGBLights(byDeviceIndex, colour.byRed, colour.byGreen, colour.byBlue);
+    return kIOReturnSuccess;
+}
+
+} // namespace
+
+VelluxResult TurnOnRGBLights(std::uint8_t byDeviceIndex, std::uint8_t byRed, std::uint8_t byGreen,
+                             std::uint8_t byBlue) {
+    if (!isV30Type(deviceTypeAt(byDeviceIndex)))
+        return kIOReturnNoDevice;
+    VelluxResult result = TurnOnV30Light(byDeviceIndex);
+    if (result == kIOReturnSuccess)
+        result = SetRedColorBrightnessLevel(byDeviceIndex, byRed);
+    if (result == kIOReturnSuccess)
+        result = SetGreenColorBrightnessLevel(byDeviceIndex, byGreen);
+    if (result == kIOReturnSuccess)
+        result = SetBlueColorBrightnessLevel(byDeviceIndex, byBlue);
+    return result;
+}
+
+VelluxResult VelluxTurnOnRedLight(std::uint8_t byDeviceIndex) {
+    return turnOn(byDeviceIndex, kRed);
+}
+VelluxResult VelluxTurnOnGreenLight(std::uint8_t byDeviceIndex) {
+    return turnOn(byDeviceIndex, kGreen);
+}
+VelluxResult VelluxTurnOnBlueLight(std::uint8_t byDeviceIndex) {
+    return turnOn(byDeviceIndex, kBlue);
+}
+VelluxResult VelluxTurnOnYellowLight(std::uint8_t byDeviceIndex) {
+    return turnOn(byDeviceIndex, kYellow);
+}
+VelluxResult VelluxTurnOnMagentaLight(std::uint8_t byDeviceIndex) {
+    return turnOn(byDeviceIndex, kMagenta);
+}
+VelluxResult VelluxTurnOnCyanLight(std::uint8_t byDeviceIndex) {
+    return turnOn(byDeviceIndex, kCyan);
+}
+VelluxResult VelluxTurnOnWhiteLight(std::uint8_t byDeviceIndex) {
+    return turnOn(byDeviceIndex, kWhite);
+}
+
+VelluxResult VelluxTurnOnOrangeLight(std::uint8_t byDeviceIndex) {
+    return TurnOnRGBLights(byDeviceIndex, 255, 15, 0); // answers kIOReturnNoDevice for all but V30 lights
+}
+
+VelluxResult VelluxTurnOffLight(std::uint8_t byDeviceIndex) {
+    const std::uint8_t byType = deviceTypeAt(byDeviceIndex);
+    if (byType == 1)
+        return HIDSendVelluxControlCode(byDeviceIndex, kFramedOffCode);
+    if (byType == 2) { // these lights need to be told twice
+        HIDSendVelluxControlCode(byDeviceIndex, kPlainOffCode);
+        return HIDSendVelluxControlCode(byDeviceIndex, kPlainOffCode);
+    }
+    if (isV30Type(byType))
+        return TurnOffV30Light(byDeviceIndex);
+    return kIOReturnSuccess;
+}

@@ -1,0 +1,188 @@
+// Output reports: their layouts, the shadow of the V30 lights, and sending with retries.
+
+#include "VelluxControl/VelluxControl.h"
+
+#include "platform/Platform.h"
+
+#include <algorithm>
+
+using vellux::HidDeviceList;
+using vellux::HidDeviceRef;
+using vellux::Mutex;
+using vellux::ScopedLock;
+
+namespace {
+
+constexpr int kAttempts = 50;
+constexpr vellux::Seconds kPause{0.01};
+constexpr std::uint8_t kReportID = 0; // no report-ID byte goes out
+
+constexpr std::size_t kShortReport = 8;
+constexpr std::size_t kPlainReport = 64;
+
+// The framed report of type 1: "USBC", 0x00, 0x40, 0x02, then the colour code.
+constexpr std::array<std::uint8_t, 7> kFrame = {0x55, 0x53, 0x42, 0x43, 0x00, 0x40, 0x02};
+
+// The report lock: taken for one attempt (fill, send) or one change of the shadow, never over a pause.
+Mutex reportLock;
+using ReportBuffer = std::array<std::uint8_t, kPlainReport>;
+ReportBuffer gabyVelluxOutputReportBuffer VELLUX_GUARDED_BY(reportLock){};
+
+// One shadow for all V30 lights; the off bit is clear and no flash is on until somebody says otherwise.
+struct Shadow {
+    std::uint8_t byRedValue = 0;
+    std::uint8_t byGreenValue = 0;
+    std::uint8_t byBlueValue = 0;
+    std::uint8_t byLightControl = 0;
+    std::uint8_t byMusicControl_1 = 0; // no operation plays music
+    std::uint8_t byMusicControl_2 = 0;
+};
+Shadow shadow VELLUX_GUARDED_BY(reportLock);
+
+bool hasPluggedDevice() {
+    return bDevicePlugged && gnNumberOfVelluxDevices != 0;
+}
+
+// Fills the buffer and sends it, up to 50 times. The buffer is filled anew for each attempt: another thread
+// may have sent in the pause. `fill` is given the buffer and the shadow as it then is, and returns the report's
+// length.
+template <typename Fill> VelluxResult sendWithRetries(const HidDeviceRef& device, Fill fill) {
+    for (int nAttempt = 1;; ++nAttempt) {
+        VelluxResult result = kIOReturnSuccess;
+        {
+            ScopedLock lock(reportLock);
+            const std::size_t nLength = fill(gabyVelluxOutputReportBuffer, shadow);
+            result = vellux::platform().hidManager.deviceSetReport(
+                device, vellux::HidReportType::Output, kReportID,
+                std::span<const std::uint8_t>(gabyVelluxOutputReportBuffer).first(nLength));
+        }
+        if (nAttempt == kAttempts)
+            return result;
+        vellux::platform().clock.sleep(kPause);
+        if (result == kIOReturnSuccess)
+            return result;
+    }
+}
+
+// Sends to the device at an index of the list, or says why there is none.
+template <typename Fill> VelluxResult sendToDeviceAt(std::uint8_t byDeviceIndex, Fill fill) {
+    const std::shared_ptr<const HidDeviceList> list = gDeviceCFArrayRef.get();
+    if (list == nullptr || list->empty())
+        return kIOReturnNoDevice;
+    // A light beyond the type table counts as not there: what it understands is not known.
+    if (byDeviceIndex >= list->size() || byDeviceIndex >= kDeviceTableSize)
+        return kIOReturnBadArgument;
+    return sendWithRetries((*list)[byDeviceIndex], fill);
+}
+
+// Red, blue, green: that is how the lights read them.
+std::size_t fillV30(ReportBuffer& buffer, const Shadow& state) {
+    const std::array<std::uint8_t, kShortReport> report = {state.byRedValue,
+                                                           state.byBlueValue,
+                                                           state.byGreenValue,
+                                                           state.byLightControl,
+                                                           state.byMusicControl_1,
+                                                           state.byMusicControl_2,
+                                                           0xFF,
+                                                           0xFF};
+    std::copy(report.begin(), report.end(), buffer.begin());
+    return kShortReport;
+}
+
+// Changes the shadow of a V30 light and sends it, as it is at each attempt: a report that is tried again never
+// takes back what another thread has changed meanwhile, so the last one sent always tells the latest state.
+template <typename Change> VelluxResult changeV30(std::uint8_t byDeviceIndex, Change change) {
+    if (!isV30Type(deviceTypeAt(byDeviceIndex)))
+        return kIOReturnNoDevice;
+    {
+        ScopedLock lock(reportLock);
+        change(shadow);
+    }
+    if (!hasPluggedDevice())
+        return kIOReturnNoDevice;
+    return sendToDeviceAt(byDeviceIndex, fillV30);
+}
+
+std::uint8_t withBits(std::uint8_t byValue, std::uint8_t byMask) {
+    return static_cast<std::uint8_t>(byValue | byMask);
+}
+
+std::uint8_t withoutBits(std::uint8_t byValue, std::uint8_t byMask) {
+    return static_cast<std::uint8_t>(byValue & ~byMask);
+}
+
+// One bit per speed: 0 gives 0x08, 1 gives 0x10, 2 gives 0x20. The formula beyond that is the lights' own.
+std::uint8_t flashSpeedField(std::uint8_t bySpeed) {
+    const auto byNext = static_cast<std::uint8_t>(bySpeed + 1);
+    return byNext == 3 ? 0x20 : static_cast<std::uint8_t>((byNext << 3) & 0x78);
+}
+
+} // namespace
+
+VelluxResult HIDSendVelluxControlCode(std::uint8_t byDeviceIndex, std::uint8_t byCode) {
+    if (!hasPluggedDevice())
+        return kIOReturnNoDevice;
+    const std::uint8_t byType = deviceTypeAt(byDeviceIndex);
+    return sendToDeviceAt(byDeviceIndex, [byType, byCode](ReportBuffer& buffer, const Shadow&) {
+        if (byType == 2) {
+            buffer.fill(0);
+            buffer[0] = byCode;
+            return kPlainReport;
+        }
+        if (byType == 1) {
+            std::copy(kFrame.begin(), kFrame.end(), buffer.begin());
+            buffer[7] = byCode;
+        }
+        return kShortReport; // any other type: the buffer as it is; no colour gets here with one
+    });
+}
+
+VelluxResult HIDSendVellux30ControlCode(std::uint8_t byDeviceIndex, std::uint8_t byRed, std::uint8_t byGreen,
+                                        std::uint8_t byBlue, std::uint8_t byControl, std::uint8_t byMusic1,
+                                        std::uint8_t byMusic2) {
+    if (!hasPluggedDevice() || !isV30Type(deviceTypeAt(byDeviceIndex)))
+        return kIOReturnNoDevice;
+    const Shadow given = {byRed, byGreen, byBlue, byControl, byMusic1, byMusic2};
+    return sendToDeviceAt(byDeviceIndex,
+                          [&given](ReportBuffer& buffer, const Shadow&) { return fillV30(buffer, given); });
+}
+
+VelluxResult TurnOnV30Light(std::uint8_t byDeviceIndex) {
+    return changeV30(byDeviceIndex,
+                     [](Shadow& s) { s.byLightControl = withoutBits(s.byLightControl, byMaskLightOnOff); });
+}
+
+VelluxResult TurnOffV30Light(std::uint8_t byDeviceIndex) {
+    return changeV30(byDeviceIndex,
+                     [](Shadow& s) { s.byLightControl = withBits(s.byLightControl, byMaskLightOnOff); });
+}
+
+VelluxResult SetRedColorBrightnessLevel(std::uint8_t byDeviceIndex, std::uint8_t byLevel) {
+    return changeV30(byDeviceIndex, [byLevel](Shadow& s) { s.byRedValue = byLevel; });
+}
+
+VelluxResult SetGreenColorBrightnessLevel(std::uint8_t byDeviceIndex, std::uint8_t byLevel) {
+    return changeV30(byDeviceIndex, [byLevel](Shadow& s) { s.byGreenValue = byLevel; });
+}
+
+VelluxResult SetBlueColorBrightnessLevel(std::uint8_t byDeviceIndex, std::uint8_t byLevel) {
+    return changeV30(byDeviceIndex, [byLevel](Shadow& s) { s.byBlueValue = byLevel; });
+}
+
+VelluxResult StartLightFlash(std::uint8_t byDeviceIndex) {
+    return changeV30(byDeviceIndex,
+                     [](Shadow& s) { s.byLightControl = withBits(s.byLightControl, byMaskLightFlashOnOff); });
+}
+
+VelluxResult StopLightFlash(std::uint8_t byDeviceIndex) {
+    return changeV30(byDeviceIndex, [](Shadow& s) {
+        s.byLightControl = withoutBits(s.byLightControl, byMaskLightFlashOnOff);
+    });
+}
+
+VelluxResult SelectLightFlashSpeed(std::uint8_t byDeviceIndex, std::uint8_t bySpeed) {
+    return changeV30(byDeviceIndex, [bySpeed](Shadow& s) {
+        s.byLightControl =
+            withBits(withoutBits(s.byLightControl, byMaskLightFlashSpeed), flashSpeedField(bySpeed));
+    });
+}

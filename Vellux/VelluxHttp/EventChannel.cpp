@@ -1,0 +1,104 @@
+// The presence query, the event channel's long polls, and what their answers set off.
+
+#include "VelluxHttp/VelluxHttp.h"
+
+#include "VelluxHttp/Exchange.h"
+#include "VelluxHttp/JsonAnswer.h"
+#include "VelluxWindowUi/VelluxWindowUi.h"
+#include "platform/Platform.h"
+#include "support/Url.h"
+
+namespace {
+
+constexpr std::chrono::seconds kLongPollTimeout{15};
+constexpr vellux::Seconds kRetryWait{0.5};
+
+bool contains(const std::string& strText, const char* strPart) {
+    return strText.find(strPart) != std::string::npos;
+}
+
+bool isPresenceNews(const ChannelEvent& event) {
+    return contains(*event.rel, "presence") &&
+           (contains(*event.type, "added") || contains(*event.type, "updated"));
+}
+
+} // namespace
+
+std::optional<std::string>
+VelluxHttp::httpGet_MyPresence(const std::optional<std::string>& strUrl,
+                               const std::optional<std::string>& strAuthorization) {
+    if (!strUrl || !strAuthorization || !vellux::formsUrl(*strUrl))
+        return std::nullopt;
+    const auto strBody = exchange(getRequest(*strUrl, {{"Authorization", *strAuthorization}}));
+    if (!strBody)
+        return std::nullopt;
+    const auto answer = JsonAnswer::parse(*strBody);
+    if (!answer)
+        return std::nullopt;
+    bIsUserOnCall = answer->text({"activity"}) == "on-the-phone";
+    auto strAvailability = answer->text({"availability"});
+    presenceStatus.set(strAvailability);
+    return strAvailability;
+}
+
+void VelluxHttp::httpGet_EventChannels() {
+    vellux::assertMainThread();
+    const auto strUrl = strEventChannelUrl.get();
+    if (!strUrl || !vellux::formsUrl(*strUrl))
+        return;
+    vellux::HttpRequest request = getRequest(*strUrl, {});
+    if (auto strAuthorization = strOAuthToken.get())
+        request.headerFields.emplace_back("Authorization", std::move(*strAuthorization));
+    request.timeout = kLongPollTimeout;
+    // An earlier poll that is still open is let go, not cancelled.
+    urlConnectionToGetEvents = vellux::platform().httpTransport.createConnection(request, *this);
+    urlConnectionToGetEvents->start();
+}
+
+void VelluxHttp::abortEventChannelConnection() {
+    vellux::assertMainThread();
+    if (urlConnectionToGetEvents != nullptr)
+        urlConnectionToGetEvents->cancel();
+    bIsUserOnCall = false;
+    presenceStatus.set("");
+}
+
+void VelluxHttp::connectionDidReceiveResponse(vellux::HttpConnection&) {}
+
+void VelluxHttp::connectionDidReceiveData(vellux::HttpConnection&, std::string_view data) {
+    vellux::assertMainThread();
+    const auto batch = JsonAnswer::parse(data);
+    if (!batch)
+        return;
+    nextLink = batch->text({"_links", "next", "href"});
+    const auto senders = batch->senders();
+    if (!senders || !nextLink || nextLink->empty())
+        return;
+    for (const ChannelSender& sender : *senders) {
+        if (!sender.events)
+            return;
+        for (const ChannelEvent& event : *sender.events) {
+            if (!event.rel || !event.type)
+                return;
+            if (!isPresenceNews(event))
+                continue;
+            const auto strToken = httpGet_MyPresence(strPresenceUrl.get(), strOAuthToken.get());
+            if (!strToken)
+                return;
+            VelluxWindowUi::sharedVelluxWindowUi().updateVelluxStatusWithPresence(strToken);
+            const auto strHost = FQDN.get();
+            if (!strHost)
+                return;
+            strEventChannelUrl.set("https://" + *strHost + *nextLink);
+            httpGet_EventChannels();
+        }
+    }
+}
+
+void VelluxHttp::connectionDidFailWithError(vellux::HttpConnection&, const vellux::HttpError&) {
+    vellux::assertMainThread();
+    vellux::platform().clock.sleep(kRetryWait);
+    httpGet_EventChannels();
+}
+
+void VelluxHttp::connection(vellux::HttpConnection*) {}

@@ -1,0 +1,36 @@
+#include "VelluxHttp/Exchange.h"
+
+#include "AlertPopup.h"
+#include "platform/Platform.h"
+
+#include <utility>
+
+using vellux::HttpHeaderFields;
+using vellux::HttpRequest;
+
+namespace {
+constexpr std::chrono::seconds kTimeout{30};
+} // namespace
+
+HttpRequest getRequest(std::string strUrl, HttpHeaderFields headerFields) {
+    return {"GET", std::move(strUrl), std::move(headerFields), std::nullopt, kTimeout};
+}
+
+HttpRequest postRequest(std::string strUrl, HttpHeaderFields headerFields, std::string strBody) {
+    headerFields.emplace_back("Content-Length", std::to_string(strBody.size()));
+    return {"POST", std::move(strUrl), std::move(headerFields), std::move(strBody), kTimeout};
+}
+
+std::optional<std::string> exchange(const HttpRequest& request) {
+    vellux::HttpAnswer answer = vellux::platform().httpTransport.sendSynchronousRequest(request);
+    if (!answer.succeeded())
+        return std::nullopt;
+    return std::move(answer.body);
+}
+
+void showConnectionAlert() {
+    AlertPopup::sharedAlertPopup().display(
+        "Vellux",
+        "Not able to connect to Lync server. Please check your network connection and check whether "
+        "you have entered the correct server name on the Configure dialog.");
+}

@@ -1,0 +1,20 @@
+// The conventions that all synchronous requests of the presence client share.
+#pragma once
+
+#include "platform/HttpTransport.h"
+
+#include <optional>
+#include <string>
+
+/// A GET without a body, 30 seconds at most.
+vellux::HttpRequest getRequest(std::string strUrl, vellux::HttpHeaderFields headerFields);
+
+/// A POST with the body's byte count as its last header field, "Content-Length"; 30 seconds at most.
+vellux::HttpRequest postRequest(std::string strUrl, vellux::HttpHeaderFields headerFields,
+                                std::string strBody);
+
+/// Performs the exchange; the body when one came and nothing went wrong, else absent. Blocks.
+std::optional<std::string> exchange(const vellux::HttpRequest& request);
+
+/// Tells the user that the server can't be reached and waits for the dismissal.
+void showConnectionAlert();

@@ -1,0 +1,124 @@
+// The user's applications resource, and the registration of an endpoint at it.
+
+#include "VelluxHttp/VelluxHttp.h"
+
+#include "VelluxHttp/Exchange.h"
+#include "VelluxHttp/JsonAnswer.h"
+#include "platform/Platform.h"
+#include "support/Text.h"
+#include "support/Url.h"
+
+#include <uuid/uuid.h>
+
+#include <array>
+
+namespace {
+
+// A random (version 4) UUID, 36 characters, letters in upper case.
+std::string newEndpointId() {
+    uuid_t uuid;
+    uuid_generate_random(uuid);
+    std::array<char, UUID_STR_LEN> text{};
+    uuid_unparse_upper(uuid, text.data());
+    return text.data();
+}
+
+// Single quotes, so not strict JSON: servers take it, and it goes out like this.
+std::string registrationBody(const std::string& strEndpointId) {
+    return "{'Culture':'en-US','endpointId':'" + strEndpointId + "','userAgent':'Virelto-" + strEndpointId +
+           "'}";
+}
+
+// The text between "//" and the next "/" of an absolute URL, port included; "" when there is no such piece.
+std::string hostOf(const std::string& strHref) {
+    const auto pieces = vellux::split(strHref, "/");
+    return pieces.size() >= 3 ? pieces[2] : "";
+}
+
+} // namespace
+
+std::optional<std::string>
+VelluxHttp::httpGet_ApplicationServiceURL(const std::optional<std::string>& strHost,
+                                          const std::optional<std::string>& strAuthorization) {
+    if (!strHost || !strAuthorization)
+        return std::nullopt;
+    const std::string strUrl =
+        "https://" + *strHost + "/Autodiscover/AutodiscoverService.svc/root/oauth/user";
+    if (!vellux::formsUrl(strUrl))
+        return std::nullopt;
+    const auto strBody = exchange(getRequest(strUrl, {{"Authorization", *strAuthorization}}));
+    if (!strBody) {
+        showConnectionAlert();
+        return std::nullopt;
+    }
+    const auto answer = JsonAnswer::parse(*strBody);
+    if (!answer)
+        return std::nullopt;
+    const auto strHref = answer->text({"_links", "applications", "href"});
+    if (!strHref)
+        return std::nullopt;
+    // The server may name another host than the user did; all requests go to the user's.
+    std::string strApplicationsUrl = vellux::replaceAll(*strHref, hostOf(*strHref), *strHost);
+    strApplicationsServiceUrl.set(strApplicationsUrl);
+    return strApplicationsUrl;
+}
+
+std::optional<std::string>
+VelluxHttp::httpPost_SetupApplicationsAndGetPresenceURL(const std::optional<std::string>& strHost,
+                                                        const std::optional<std::string>& strApplicationsUrl,
+                                                        const std::optional<std::string>& strAuthorization) {
+    if (!strHost || !strApplicationsUrl || !strAuthorization)
+        return std::nullopt;
+    if (!vellux::formsUrl(*strApplicationsUrl))
+        return std::nullopt;
+    const vellux::HttpHeaderFields headerFields = {{"Content-Type", "application/json"},
+                                                   {"Authorization", *strAuthorization}};
+    const vellux::HttpRequest registration =
+        postRequest(*strApplicationsUrl, headerFields, registrationBody(newEndpointId()));
+
+    std::optional<std::string> strBody = exchange(registration);
+    if (!strBody) {
+        showConnectionAlert();
+        return std::nullopt;
+    }
+    if (!vellux::isUtf8(*strBody))
+        return std::nullopt;
+
+    if (vellux::toLower(*strBody).find("makemeavailable") != std::string::npos) {
+        const auto answer = JsonAnswer::parse(*strBody);
+        if (!answer)
+            return std::nullopt;
+        const auto strHref = answer->text({"_embedded", "me", "_links", "makeMeAvailable", "href"});
+        if (!strHref)
+            return std::nullopt;
+        const std::string strUrl = "https://" + *strHost + *strHref;
+        if (!vellux::formsUrl(strUrl))
+            return std::nullopt;
+        // Unlike everywhere else only the presence of a body counts here, not a transport error beside it.
+        strBody = vellux::platform()
+                      .httpTransport.sendSynchronousRequest(postRequest(strUrl, headerFields, "{}"))
+                      .body;
+        if (!strBody)
+            return std::nullopt;
+        if (strBody->empty() || !vellux::isUtf8(*strBody)) {
+            // The usual case: a 204. Registering again gives the resource with its presence link.
+            strBody = exchange(registration);
+            if (!strBody) {
+                showConnectionAlert();
+                return std::nullopt;
+            }
+        }
+    }
+
+    const auto answer = JsonAnswer::parse(*strBody);
+    if (!answer)
+        return std::nullopt;
+    const auto strPresenceHref = answer->text({"_embedded", "me", "_links", "presence", "href"});
+    if (!strPresenceHref)
+        return std::nullopt;
+    std::string strResult = "https://" + *strHost + *strPresenceHref;
+    strPresenceUrl.set(strResult);
+    if (const auto strEventsHref = answer->text({"_links", "events", "href"}))
+        strEventChannelUrl.set("https://" + *strHost + *strEventsHref);
+    return strResult;
+}

@@ -1,0 +1,71 @@
+// Discovery and sign-in.
+
+#include "VelluxHttp/VelluxHttp.h"
+
+#include "AlertPopup.h"
+#include "VelluxHttp/Exchange.h"
+#include "VelluxHttp/JsonAnswer.h"
+#include "support/Text.h"
+#include "support/Url.h"
+
+vellux::SharedInstanceSlot<VelluxHttp> VelluxHttp::sharedVelluxHttpInstance;
+
+VelluxHttp& VelluxHttp::sharedVelluxHttp() {
+    return vellux::sharedInstance(sharedVelluxHttpInstance, [] { return new VelluxHttp; });
+}
+
+std::string VelluxHttp::httpGet_StartAutomaticDiscovery(const std::optional<std::string>& strDomain,
+                                                        bool bUseHttps, bool bInternal) {
+    if (!strDomain)
+        return "";
+    domainString.set(strDomain);
+    const std::string strUrl = std::string(bUseHttps ? "https://" : "http://") +
+                               (bInternal ? "lyncdiscoverinternal." : "lyncdiscover.") + *strDomain;
+    if (!vellux::formsUrl(strUrl))
+        return "";
+    const auto strBody = exchange(getRequest(strUrl, {{"Content-Type", "application/json"}}));
+    if (!strBody)
+        return "";
+    const auto answer = JsonAnswer::parse(*strBody);
+    if (!answer)
+        return "";
+    const auto strSelf = answer->text({"_links", "self", "href"});
+    if (!strSelf || strSelf->empty())
+        return "";
+    // Of "https://lyncdiscover.<domain>/path" this is what stands between "//" and the domain.
+    const std::string strBeforeDomain = vellux::split(*strSelf, *strDomain).front();
+    const auto pieces = vellux::split(strBeforeDomain, "//");
+    if (pieces.size() < 2)
+        return "";
+    return pieces[1] + *strDomain;
+}
+
+std::optional<std::string> VelluxHttp::httpPost_GetOAuthToken(const std::optional<std::string>& strHost,
+                                                              const std::optional<std::string>& strUserName,
+                                                              const std::optional<std::string>& strPassword) {
+    if (!strHost || !strUserName || !strPassword)
+        return std::nullopt;
+    const std::string strUrl = "https://" + *strHost + "/WebTicket/oauthtoken";
+    if (!vellux::formsUrl(strUrl))
+        return std::nullopt;
+    const auto strBody =
+        exchange(postRequest(strUrl, {{"Content-Type", "application/x-www-form-urlencoded"}},
+                             "grant_type=password&username=" + *strUserName + "&password=" + *strPassword));
+    if (!strBody) {
+        showConnectionAlert();
+        return std::nullopt;
+    }
+    const auto answer = JsonAnswer::parse(*strBody);
+    if (!answer)
+        return std::nullopt;
+    if (answer->text({"error"}) == "invalid_grant")
+        AlertPopup::sharedAlertPopup().display("Vellux", "Username/Password Pair is invalid");
+    const auto strTokenType = answer->text({"token_type"});
+    const auto strAccessToken = answer->text({"access_token"});
+    if (!strTokenType || !strAccessToken)
+        return std::nullopt;
+    std::string strAuthorization = *strTokenType + " " + *strAccessToken;
+    strOAuthToken.set(strAuthorization);
+    FQDN.set(strHost);
+    return strAuthorization;
+}

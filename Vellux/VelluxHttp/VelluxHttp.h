@@ -1,0 +1,109 @@
+// The presence service client: signs in to the server's web interface, registers an application endpoint,
+// reads the user's presence and follows it over the event channel.
+//
+// SignIn.cpp         discovery and sign-in
+// Registration.cpp   the user's applications resource, registration, make me available
+// EventChannel.cpp   presence query, event channel and its callbacks
+// JsonAnswer.h       what is read out of the server's answers
+//
+// Sign-in and registration run on the status monitor's thread and block it, 30 seconds a request at most. The
+// event channel lives on the main thread. Absent results mean failure; "" is a value. HTTP status codes are
+// never looked at.
+#pragma once
+
+#include "platform/HttpTransport.h"
+#include "support/Shared.h"
+#include "support/SharedInstance.h"
+
+#include <atomic>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+class VelluxHttp : public vellux::HttpConnectionDelegate {
+public:
+    /// The one instance. Any thread.
+    static VelluxHttp& sharedVelluxHttp();
+    VelluxHttp(const VelluxHttp&) = delete;
+    VelluxHttp& operator=(const VelluxHttp&) = delete;
+
+    // ---- SignIn.cpp ----
+
+    /// Asks the discovery service of a domain, over HTTPS or HTTP, at its internal or its public name, which
+    /// host to sign in against. One request, no second try, no alert. Returns the host; "" on any failure.
+    std::string httpGet_StartAutomaticDiscovery(const std::optional<std::string>& strDomain, bool bUseHttps,
+                                                bool bInternal);
+
+    /// Signs in with user name and password, both sent as they are, without percent-encoding: that is what
+    /// servers expect. Returns the Authorization value and keeps it together with the host; absent on
+    /// failure, and then what an earlier sign-in left stays. Alerts when the server can't be reached or
+    /// refuses the password, and waits for the alert's dismissal.
+    std::optional<std::string> httpPost_GetOAuthToken(const std::optional<std::string>& strHost,
+                                                      const std::optional<std::string>& strUserName,
+                                                      const std::optional<std::string>& strPassword);
+
+    // ---- Registration.cpp ----
+
+    /// The URL of the user's applications resource, its host replaced by `strHost`; absent on failure, with
+    /// an alert when the server can't be reached.
+    std::optional<std::string>
+    httpGet_ApplicationServiceURL(const std::optional<std::string>& strHost,
+                                  const std::optional<std::string>& strAuthorization);
+
+    /// Registers a new endpoint, makes the user available if the server asks for it, and keeps the presence
+    /// and event-channel URLs. Returns the presence URL; absent on failure, with an alert when a registration
+    /// doesn't get through.
+    std::optional<std::string>
+    httpPost_SetupApplicationsAndGetPresenceURL(const std::optional<std::string>& strHost,
+                                                const std::optional<std::string>& strApplicationsUrl,
+                                                const std::optional<std::string>& strAuthorization);
+
+    // ---- EventChannel.cpp ----
+
+    /// Reads the presence resource once. Returns the presence token as the server spells it and keeps it and
+    /// the on-call flag; absent on failure. Any thread; blocks 30 seconds at most.
+    std::optional<std::string> httpGet_MyPresence(const std::optional<std::string>& strUrl,
+                                                  const std::optional<std::string>& strAuthorization);
+
+    /// Whether the last presence that was read says "on-the-phone". Any thread.
+    bool IsUserOnCall() const { return bIsUserOnCall; }
+    /// The last presence token; absent when the server's answer had none, "" for none at all. Any thread.
+    std::optional<std::string> getPresenceStatus() const { return presenceStatus.get(); }
+    void setPresenceStatus(const std::optional<std::string>& strToken) { presenceStatus.set(strToken); }
+
+    /// Opens the next long poll, 15 seconds at most; nothing when no URL is known. Main thread.
+    void httpGet_EventChannels();
+
+    /// Cancels the long poll opened last and forgets the presence. Main thread.
+    void abortEventChannelConnection();
+
+    /// The status code is not looked at: an error's body comes as data like any other.
+    void connectionDidReceiveResponse(vellux::HttpConnection& connection) override;
+    /// Handles one batch of events: reads the presence anew for each presence event in it, hands it to the
+    /// controller and opens the next long poll. A batch without such an event opens none.
+    void connectionDidReceiveData(vellux::HttpConnection& connection, std::string_view data) override;
+    /// Waits half a second on the main thread and opens the same long poll again, without limit.
+    void connectionDidFailWithError(vellux::HttpConnection& connection,
+                                    const vellux::HttpError& error) override;
+    /// Does nothing; no callback has this form.
+    void connection(vellux::HttpConnection* connection);
+
+private:
+    using OptionalText = vellux::Shared<std::optional<std::string>>;
+
+    static vellux::SharedInstanceSlot<VelluxHttp> sharedVelluxHttpInstance;
+
+    VelluxHttp() = default;
+
+    OptionalText strOAuthToken;             // the whole Authorization value: token type, blank, access token
+    OptionalText strApplicationsServiceUrl; // kept only
+    OptionalText strPresenceUrl;
+    OptionalText strEventChannelUrl;
+    OptionalText domainString; // kept only
+    OptionalText presenceStatus;
+    std::atomic<bool> bIsUserOnCall{false};
+    std::shared_ptr<vellux::HttpConnection> urlConnectionToGetEvents; // main thread; the one opened last
+    OptionalText FQDN;                                                // the host that signed in
+    std::optional<std::string> nextLink;                              // main thread
+};

@@ -1,0 +1,98 @@
+// Connect and Disconnect, and the status monitor's one pass from sign-in to the event channel.
+
+#include "VelluxWindowUi/VelluxWindowUi.h"
+
+#include "AlertPopup.h"
+#include "VelluxHttp/VelluxHttp.h"
+#include "VelluxWindowUi/ColourIndex.h"
+#include "platform/Platform.h"
+
+namespace {
+
+constexpr double kHighestPriority = 1.0;
+
+void alert(const char* strMessage) {
+    AlertPopup::sharedAlertPopup().display("Vellux", strMessage);
+}
+
+constexpr const char* kFieldsAlert = "Please ensure all fields are entered correctly";
+
+} // namespace
+
+void VelluxWindowUi::onConnectButtonClicked(Button&) {
+    vellux::assertMainThread();
+    const std::string strTitle = controls.buttonConnect->title();
+    if (strTitle == "Connect") {
+        const std::string strServer = controls.textFieldLyncServerName->text();
+        const std::string strUser = controls.textFieldUsername->text();
+        const std::string strSecret = controls.textFieldPassword->text();
+        if (strServer.empty() || strUser.empty() || strSecret.empty()) {
+            alert(kFieldsAlert);
+            return;
+        }
+        writeSettings(strServer, strUser, strSecret);
+        const bool bComplete = readSettings();
+        controls.textFieldLyncStatus->setText(""); // before the monitor, who writes the presence there, runs
+        if (bComplete)
+            processLyncServerConnectionRequest();
+    } else if (strTitle == "Disconnect") {
+        VelluxHttp::sharedVelluxHttp().abortEventChannelConnection();
+        controls.buttonConnect->setTitle("Connect");
+        controls.textFieldLyncStatus->setText("Disconnected");
+        stopSyncFlashing();
+        displayVelluxColor(kColourOff);
+        lyncStatus.set("");
+    }
+}
+
+void VelluxWindowUi::processLyncServerConnectionRequest() {
+    vellux::assertMainThread();
+    threadForLyncStatusMonitor =
+        std::make_shared<vellux::WorkerThread>([this] { lyncStatusMonitorThreadMainMethod(); });
+    threadForLyncStatusMonitor->setPriority(kHighestPriority);
+    threadForLyncStatusMonitor->start();
+}
+
+void VelluxWindowUi::lyncStatusMonitorThreadMainMethod() {
+    VelluxHttp& client = VelluxHttp::sharedVelluxHttp();
+    Button& button = *controls.buttonConnect;
+    button.setEnabled(false);
+    button.setTitle("Connecting...");
+
+    // The button stays disabled until the user has dismissed the alert.
+    const auto fail = [&button](const char* strMessage) {
+        button.setTitle("Connect");
+        alert(strMessage);
+        button.setEnabled(true);
+    };
+
+    const std::string strHost = strFQDN.get();
+    const std::string strUser = strUserName.get();
+    const std::string strSecret = strPassword.get();
+    if (strHost.empty() || strUser.empty() || strSecret.empty()) {
+        alert(kFieldsAlert);
+        button.setEnabled(true);
+        button.setTitle("Connect");
+        return;
+    }
+    const auto strToken = client.httpPost_GetOAuthToken(strHost, strUser, strSecret);
+    if (!strToken)
+        return fail("Failed to get OAuthToken");
+    const auto strApplicationsUrl = client.httpGet_ApplicationServiceURL(strHost, strToken);
+    if (!strApplicationsUrl)
+        return fail("Failed to get ApplicationServiceURL");
+    const auto strPresenceUrl =
+        client.httpPost_SetupApplicationsAndGetPresenceURL(strHost, strApplicationsUrl, strToken);
+    if (!strPresenceUrl)
+        return fail("Failed to do SetupApplicationsAndGetPresenceURL");
+
+    const auto strPresence = client.httpGet_MyPresence(strPresenceUrl, strToken);
+    button.setTitle("Disconnect");
+    updateVelluxStatusWithPresence(strPresence); // absent, too: then the light goes off
+    vellux::platform().mainThread.runAndWait([this] { httpGetEventChannels(); });
+    button.setEnabled(true);
+}
+
+void VelluxWindowUi::httpGetEventChannels() {
+    VelluxHttp::sharedVelluxHttp().httpGet_EventChannels();
+}

@@ -1,0 +1,105 @@
+// The flashing workers and their stop protocol.
+
+#include "VelluxWindowUi/VelluxWindowUi.h"
+
+#include "VelluxControl/VelluxControl.h"
+#include "VelluxWindowUi/ColourIndex.h"
+#include "platform/Platform.h"
+
+namespace {
+
+constexpr vellux::Seconds kEndPoll{0.01};
+constexpr double kHighestPriority = 1.0;
+
+void waitUntilFinished(const vellux::WorkerThreadRef& thread) {
+    if (thread == nullptr || !thread->isExecuting())
+        return;
+    do
+        vellux::platform().clock.sleep(kEndPoll);
+    while (!thread->isFinished());
+}
+
+void stopHardwareFlash() {
+    if (isV30Type(deviceTypeAt(0)))
+        StopLightFlash(0);
+}
+
+// One worker's life. Period and colour are read anew at each step; the stop flag only after the colour half,
+// so a worker leaves with the colour shown.
+void flash(VelluxWindowUi& controller, const std::atomic<bool>& bQuit, const std::atomic<float>& flInterval,
+           const std::atomic<std::int64_t>& nColor) {
+    vellux::Clock& clock = vellux::platform().clock;
+    if (bQuit)
+        return;
+    do {
+        clock.sleep(vellux::Seconds(static_cast<double>(flInterval.load())));
+        controller.displayVelluxColor(kColourOff);
+        clock.sleep(vellux::Seconds(static_cast<double>(flInterval.load())));
+        controller.displayVelluxColor(static_cast<std::int32_t>(nColor.load()));
+    } while (!bQuit);
+}
+
+} // namespace
+
+void VelluxWindowUi::manualFlashingThreadMainMethod() {
+    flash(*this, bQuitManualFlashing, flManualFlashTimeInterval, indexOfManualModeColorList);
+}
+
+void VelluxWindowUi::syncFlashingThreadMainMethod() {
+    flash(*this, bQuitSyncFlashing, flSyncFlashTimeInterval, indexOfSyncModeColorList);
+}
+
+void VelluxWindowUi::quitManualFlashingThread() {
+    bQuitManualFlashing = true;
+    stopHardwareFlash();
+}
+
+void VelluxWindowUi::quitSyncFlashingThread() {
+    bQuitSyncFlashing = true;
+    stopHardwareFlash();
+}
+
+void VelluxWindowUi::waitForManualFlashingThreadToExit() {
+    waitUntilFinished(threadForManualFlash);
+}
+
+void VelluxWindowUi::waitForSyncFlashingThreadToExit() {
+    waitUntilFinished(threadForSyncFlash.get());
+}
+
+// Main thread only, so it needs no gate.
+void VelluxWindowUi::startManualFlashing() {
+    waitForManualFlashingThreadToExit();
+    threadForManualFlash =
+        std::make_shared<vellux::WorkerThread>([this] { manualFlashingThreadMainMethod(); });
+    bQuitManualFlashing = false;
+    threadForManualFlash->setPriority(kHighestPriority);
+    threadForManualFlash->start();
+}
+
+// Replaces the sync worker, whose stop has been asked for. Under the gate the request is repeated, since the
+// other side may have started a new worker in between, and so is the question, since it may have left the call.
+void VelluxWindowUi::restartSyncFlashing() {
+    const vellux::ScopedLock gate(syncFlashGate);
+    bQuitSyncFlashing = true;
+    waitForSyncFlashingThreadToExit();
+    if (bTerminating || !isToFlashOnCall())
+        return;
+    auto thread = std::make_shared<vellux::WorkerThread>([this] { syncFlashingThreadMainMethod(); });
+    threadForSyncFlash.set(thread);
+    bQuitSyncFlashing = false;
+    thread->setPriority(kHighestPriority);
+    thread->start();
+}
+
+void VelluxWindowUi::stopSyncFlashing() {
+    quitSyncFlashingThread();
+    const vellux::ScopedLock gate(syncFlashGate);
+    bQuitSyncFlashing = true;
+    waitForSyncFlashingThreadToExit();
+}
+
+void VelluxWindowUi::beginTermination() {
+    const vellux::ScopedLock gate(syncFlashGate);
+    bTerminating = true;
+}

@@ -1,0 +1,154 @@
+// Manual and sync mode, and the actions of the lists and of the flash-on-call box.
+
+#include "VelluxWindowUi/VelluxWindowUi.h"
+
+#include "VelluxControl/VelluxControl.h"
+#include "VelluxHttp/VelluxHttp.h"
+#include "VelluxWindowUi/ColourIndex.h"
+#include "VelluxWindowUi/FlashSpeeds.h"
+#include "platform/Platform.h"
+
+void VelluxWindowUi::clampToItems(std::atomic<std::int64_t>& nIndex, const ComboBox& list) const {
+    const std::int64_t nItems = list.numberOfItems();
+    if (nIndex >= nItems)
+        nIndex = nItems - 1;
+}
+
+bool VelluxWindowUi::isToFlashOnCall() const {
+    return controls.buttonFlashOnCall->state() == Button::kOn &&
+           VelluxHttp::sharedVelluxHttp().IsUserOnCall();
+}
+
+void VelluxWindowUi::setManualMode(Button&) {
+    vellux::assertMainThread();
+    controls.buttonSelectManualMode->setState(Button::kOn);
+    controls.buttonSelectSyncMode->setState(Button::kOff);
+    controls.manualModeColorList->setEnabled(true);
+    controls.manualModeFlashSpeedList->setEnabled(true);
+    clampToItems(indexOfManualModeColorList, *controls.manualModeColorList);
+    controls.manualModeColorList->selectItemAtIndex(indexOfManualModeColorList);
+    controls.manualModeFlashSpeedList->selectItemAtIndex(indexOfManualModeFlashSpeedList);
+
+    controls.textFieldLyncServerName->setEnabled(false);
+    controls.textFieldUsername->setEnabled(false);
+    controls.textFieldPassword->setEnabled(false);
+    controls.buttonFlashOnCall->setEnabled(false);
+    controls.buttonLightOffOnAway->setEnabled(false);
+    controls.buttonLightOffOnAvailable->setEnabled(false);
+    controls.syncModeColorList->setEnabled(false);
+    controls.syncModeFlashSpeedList->setEnabled(false);
+    controls.buttonConnect->setEnabled(false);
+
+    VelluxHttp::sharedVelluxHttp().abortEventChannelConnection();
+    bToConnect = controls.buttonConnect->title() == "Disconnect";
+    controls.buttonConnect->setTitle("Connect");
+    controls.textFieldLyncStatus->setText("");
+    stopSyncFlashing();
+
+    onManualModeColorListSelection(*controls.manualModeColorList);
+    onManualModeFlashSpeedListSelection(*controls.manualModeFlashSpeedList);
+}
+
+void VelluxWindowUi::setSyncMode(Button&) {
+    vellux::assertMainThread();
+    controls.buttonSelectManualMode->setState(Button::kOff);
+    controls.buttonSelectSyncMode->setState(Button::kOn);
+    controls.textFieldLyncServerName->setEnabled(true);
+    controls.textFieldUsername->setEnabled(true);
+    controls.textFieldPassword->setEnabled(true);
+    controls.buttonFlashOnCall->setEnabled(true);
+    controls.buttonLightOffOnAway->setEnabled(true);
+    controls.buttonLightOffOnAvailable->setEnabled(true);
+    const bool bFlashOnCall = controls.buttonFlashOnCall->state() == Button::kOn;
+    controls.syncModeColorList->setEnabled(bFlashOnCall);
+    controls.syncModeFlashSpeedList->setEnabled(bFlashOnCall);
+    controls.buttonConnect->setEnabled(true);
+    controls.manualModeColorList->setEnabled(false);
+    controls.manualModeFlashSpeedList->setEnabled(false);
+
+    quitManualFlashingThread();
+    waitForManualFlashingThreadToExit();
+
+    clampToItems(indexOfSyncModeColorList, *controls.syncModeColorList);
+    controls.syncModeColorList->selectItemAtIndex(indexOfSyncModeColorList);
+    controls.syncModeFlashSpeedList->selectItemAtIndex(indexOfSyncModeFlashSpeedList);
+
+    if (bToConnect) {
+        bToConnect = false;
+        processLyncServerConnectionRequest();
+    }
+}
+
+void VelluxWindowUi::onManualModeColorListSelection(ComboBox& sender) {
+    vellux::assertMainThread();
+    indexOfManualModeColorList = sender.indexOfSelectedItem();
+    if (indexOfManualModeColorList == kColourOff) {
+        quitManualFlashingThread();
+        waitForManualFlashingThreadToExit();
+    } else {
+        onManualModeFlashSpeedListSelection(*controls.manualModeFlashSpeedList);
+    }
+    displayVelluxColor(static_cast<std::int32_t>(indexOfManualModeColorList));
+}
+
+void VelluxWindowUi::onManualModeFlashSpeedListSelection(ComboBox& sender) {
+    vellux::assertMainThread();
+    const std::int64_t nPosition = sender.indexOfSelectedItem();
+    indexOfManualModeFlashSpeedList = nPosition;
+    quitManualFlashingThread();
+    if (nPosition == kSteadyPosition)
+        displayVelluxColor(static_cast<std::int32_t>(indexOfManualModeColorList));
+    const FlashSpeed* const pSpeed = manualFlashSpeed(nPosition);
+    if (pSpeed != nullptr)
+        flManualFlashTimeInterval = pSpeed->flHalfPeriod;
+    if (nPosition == kSteadyPosition || indexOfManualModeColorList == kColourOff)
+        return;
+
+    const std::uint8_t byType = deviceTypeAt(0);
+    if (isV30Type(byType)) {
+        StartLightFlash(0);
+        if (pSpeed != nullptr)
+            SelectLightFlashSpeed(0, pSpeed->byHardwareSpeed);
+    } else if (byType == 1 || byType == 2) {
+        startManualFlashing();
+    }
+}
+
+void VelluxWindowUi::onSyncModeFlashSpeedListSelection(ComboBox& sender) {
+    const std::int64_t nPosition = sender.indexOfSelectedItem();
+    indexOfSyncModeFlashSpeedList = nPosition;
+    quitSyncFlashingThread();
+    const FlashSpeed* const pSpeed = syncFlashSpeed(nPosition);
+    if (pSpeed != nullptr)
+        flSyncFlashTimeInterval = pSpeed->flHalfPeriod;
+    if (!isToFlashOnCall())
+        return;
+
+    const std::uint8_t byType = deviceTypeAt(0);
+    if (isV30Type(byType)) {
+        displayVelluxColor(static_cast<std::int32_t>(indexOfSyncModeColorList));
+        StartLightFlash(0);
+        if (pSpeed != nullptr)
+            SelectLightFlashSpeed(0, pSpeed->byHardwareSpeed);
+    } else if (byType == 1 || byType == 2) {
+        restartSyncFlashing();
+    }
+}
+
+void VelluxWindowUi::onSyncModeColorListSelection(ComboBox& sender) {
+    vellux::assertMainThread();
+    indexOfSyncModeColorList = sender.indexOfSelectedItem();
+    onFlashOnCallCheckedChanged(*controls.buttonFlashOnCall);
+    if (isToFlashOnCall())
+        displayVelluxColor(static_cast<std::int32_t>(indexOfSyncModeColorList));
+}
+
+void VelluxWindowUi::onFlashOnCallCheckedChanged(Button&) {
+    vellux::assertMainThread();
+    const bool bFlashOnCall = controls.buttonFlashOnCall->state() == Button::kOn;
+    if (!bFlashOnCall)
+        stopSyncFlashing();
+    controls.syncModeColorList->setEnabled(bFlashOnCall);
+    controls.syncModeFlashSpeedList->setEnabled(bFlashOnCall);
+    updateVelluxStatusWithPresence(VelluxHttp::sharedVelluxHttp().getPresenceStatus());
+}

@@ -1,0 +1,267 @@
+// The light controller: owner of the main window's controls and of what the light shows.
+//
+// One class in seven rooms:
+//   Window.cpp           shared instance, controls, start-up, small window actions, device notices, ending
+//   Display.cpp          colour lists, displayVelluxColor
+//   Modes.cpp            manual and sync mode, the lists' and the flash-on-call box's actions
+//   FlashWorkers.cpp     the two flashing workers and their stop protocol
+//   PresencePolicy.cpp   from a presence token to a colour
+//   Connection.cpp       Connect and Disconnect, the status monitor
+//   Settings.cpp         the two files: uistate.txt and configv31.bin
+//
+// Operations run on the main thread unless their comment says otherwise. Nobody above the driver looks at its
+// result codes. Fields that several threads touch are atomic or Shared; plain ones belong to the main thread.
+#pragma once
+
+#include "platform/Controls.h"
+#include "platform/Desktop.h"
+#include "support/Mutex.h"
+#include "support/Shared.h"
+#include "support/SharedInstance.h"
+#include "support/WorkerThread.h"
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+class AboutDialog;
+
+class VelluxWindowUi {
+public:
+    /// The one instance. Any thread. Its fourteen controls exist from the start, as the window design has
+    /// them.
+    static VelluxWindowUi& sharedVelluxWindowUi();
+    VelluxWindowUi(const VelluxWindowUi&) = delete;
+    VelluxWindowUi& operator=(const VelluxWindowUi&) = delete;
+
+    using Button = vellux::Button;
+    using ComboBox = vellux::ComboBox;
+    using TextField = vellux::TextField;
+    template <typename T> using Ref = std::shared_ptr<T>;
+
+    // ---- Window.cpp: controls ----
+    // Getters on any thread. Setters are for whoever builds the window, before initConfig; never null.
+
+    Ref<Button> buttonSelectSyncMode() const { return controls.buttonSelectSyncMode; }
+    Ref<TextField> textFieldLyncServerName() const { return controls.textFieldLyncServerName; }
+    Ref<TextField> textFieldUsername() const { return controls.textFieldUsername; }
+    Ref<TextField> textFieldPassword() const { return controls.textFieldPassword; }
+    Ref<Button> buttonFlashOnCall() const { return controls.buttonFlashOnCall; }
+    Ref<Button> buttonLightOffOnAway() const { return controls.buttonLightOffOnAway; }
+    Ref<Button> buttonLightOffOnAvailable() const { return controls.buttonLightOffOnAvailable; }
+    Ref<ComboBox> syncModeColorList() const { return controls.syncModeColorList; }
+    Ref<ComboBox> syncModeFlashSpeedList() const { return controls.syncModeFlashSpeedList; }
+    Ref<Button> buttonConnect() const { return controls.buttonConnect; }
+    Ref<TextField> textFieldLyncStatus() const { return controls.textFieldLyncStatus; }
+    Ref<Button> buttonSelectManualMode() const { return controls.buttonSelectManualMode; }
+    Ref<ComboBox> manualModeColorList() const { return controls.manualModeColorList; }
+    Ref<ComboBox> manualModeFlashSpeedList() const { return controls.manualModeFlashSpeedList; }
+
+    void setButtonSelectSyncMode(Ref<Button> control) { controls.buttonSelectSyncMode = std::move(control); }
+    void setTextFieldLyncServerName(Ref<TextField> control) {
+        controls.textFieldLyncServerName = std::move(control);
+    }
+    void setTextFieldUsername(Ref<TextField> control) { controls.textFieldUsername = std::move(control); }
+    void setTextFieldPassword(Ref<TextField> control) { controls.textFieldPassword = std::move(control); }
+    void setButtonFlashOnCall(Ref<Button> control) { controls.buttonFlashOnCall = std::move(control); }
+    void setButtonLightOffOnAway(Ref<Button> control) { controls.buttonLightOffOnAway = std::move(control); }
+    void setButtonLightOffOnAvailable(Ref<Button> control) {
+        controls.buttonLightOffOnAvailable = std::move(control);
+    }
+    void setSyncModeColorList(Ref<ComboBox> control) { controls.syncModeColorList = std::move(control); }
+    void setSyncModeFlashSpeedList(Ref<ComboBox> control) {
+        controls.syncModeFlashSpeedList = std::move(control);
+    }
+    void setButtonConnect(Ref<Button> control) { controls.buttonConnect = std::move(control); }
+    void setTextFieldLyncStatus(Ref<TextField> control) { controls.textFieldLyncStatus = std::move(control); }
+    void setButtonSelectManualMode(Ref<Button> control) {
+        controls.buttonSelectManualMode = std::move(control);
+    }
+    void setManualModeColorList(Ref<ComboBox> control) { controls.manualModeColorList = std::move(control); }
+    void setManualModeFlashSpeedList(Ref<ComboBox> control) {
+        controls.manualModeFlashSpeedList = std::move(control);
+    }
+
+    // ---- Window.cpp: start-up, window actions, device notices, ending ----
+
+    /// Start-up: lists, defaults, placeholders, both files; connects by itself when the files say so.
+    void initConfig();
+
+    /// Opens a new About window, above ordinary windows.
+    void onAbout(const vellux::Control* sender);
+    /// Opens the product's web site in the browser.
+    void openLink(const vellux::Control* sender);
+    /// Asks the application to end.
+    void onExit(const vellux::Control* sender);
+    /// Hides the window and answers false: it is never closed, and the light goes on following.
+    bool windowShouldClose(vellux::Window& window);
+
+    /// A light arrived: lists the lights anew, shows the colour asked for last, re-applies the mode and
+    /// refills the colour lists. May wait for a flashing worker's cycle.
+    void devicePlugged();
+    /// A light left: lists the lights anew and asks both flashing workers to stop; waits for nothing.
+    void deviceUnplugged();
+
+    /// First step of ending: from now on no sync flashing worker is started, so that a status monitor still
+    /// at work can't start one that nobody stops. Waits for the end of a worker being replaced.
+    void beginTermination();
+    /// Shows off, and nothing ever after, whoever asks; colour requests are still recorded.
+    void switchOffForGood();
+
+    // ---- Display.cpp ----
+
+    /// Records a colour index (0 red, 1 green, 2 yellow, 3 purple, 4 cyan, 5 blue, 6 white, 7 orange, 8 off)
+    /// and shows it on the first light. Returns the driver's result code; 0 where there is nothing to send.
+    /// Any thread; under the display lock, so it may wait for another colour's reports.
+    std::int32_t displayVelluxColor(std::int32_t nColor);
+
+    // ---- Modes.cpp ----
+
+    /// Enters manual mode: leaves the connection, remembering to take it up again, waits for the sync worker
+    /// and shows the manual colour.
+    void setManualMode(Button& sender);
+    /// Enters sync mode: waits for the manual worker and takes up a connection left for manual mode. The
+    /// light keeps its colour until the next presence.
+    void setSyncMode(Button& sender);
+
+    void onManualModeColorListSelection(ComboBox& sender);
+    void onManualModeFlashSpeedListSelection(ComboBox& sender);
+    void onSyncModeColorListSelection(ComboBox& sender);
+    /// Stores the chosen speed and, while the user is on a call and flash-on-call is checked, flashes at it.
+    /// Main thread, and the status monitor's by way of the presence policy.
+    void onSyncModeFlashSpeedListSelection(ComboBox& sender);
+    void onFlashOnCallCheckedChanged(Button& sender);
+
+    void setIndexOfManualModeColorList(std::int32_t nIndex) { indexOfManualModeColorList = nIndex; }
+    void setIndexOfManualModeFlashSpeedList(std::int32_t nIndex) { indexOfManualModeFlashSpeedList = nIndex; }
+    void setIndexOfSyncModeColorList(std::int32_t nIndex) { indexOfSyncModeColorList = nIndex; }
+    void setIndexOfSyncModeFlashSpeedList(std::int32_t nIndex) { indexOfSyncModeFlashSpeedList = nIndex; }
+
+    // ---- FlashWorkers.cpp ----
+    // Lights of type 1 and 2 can't flash by themselves: a worker alternates off and the colour. At most one
+    // manual and one sync worker run.
+
+    /// Bodies of the workers; each ends with the colour shown, up to two half periods after its stop request.
+    void manualFlashingThreadMainMethod();
+    void syncFlashingThreadMainMethod();
+    /// Ask a worker to stop, and a V30 light to flash no more; don't wait.
+    void quitManualFlashingThread();
+    void quitSyncFlashingThread();
+    /// Wait until a running worker has ended; no time-out.
+    void waitForManualFlashingThreadToExit();
+    void waitForSyncFlashingThreadToExit();
+
+    // ---- PresencePolicy.cpp ----
+    // On the thread of whoever brings the presence: main, or the status monitor. May wait for the sync worker.
+
+    /// In sync mode, shows what a presence token means, or flashes on a call, and puts the token, as the
+    /// server spelled it, into the status line. An absent token means off and an empty line.
+    void updateVelluxStatusWithPresence(const std::optional<std::string>& strToken);
+    /// Shows the colour of a lower-case token; unknown, "" and absent mean off.
+    void updateVelluxStatus(const std::optional<std::string>& strStatus);
+    /// Actions of the two switch-off boxes, and last step for the tokens "away" and "online".
+    void onlightOffOnAway(const Button* sender);
+    void onlightOffOnAvailable(const Button* sender);
+
+    // ---- Connection.cpp ----
+
+    /// Connects or disconnects, by the button's title. Connecting saves the credentials first and uses them
+    /// as they come back from the file.
+    void onConnectButtonClicked(Button& sender);
+    /// Starts the status monitor and returns at once.
+    void processLyncServerConnectionRequest();
+    /// Body of the status monitor's thread: one pass through sign-in, registration, presence and the opening
+    /// of the event channel. Blocks on requests, on alerts and on the main thread.
+    void lyncStatusMonitorThreadMainMethod();
+    /// Opens the event channel.
+    void httpGetEventChannels();
+
+    // ---- Settings.cpp ----
+
+    /// Writes the window-state file; errors are ignored.
+    void saveUiState();
+
+private:
+    VelluxWindowUi();
+
+    // Display.cpp
+    void fillColorLists();
+
+    // Modes.cpp
+    void clampToItems(std::atomic<std::int64_t>& nIndex, const ComboBox& list) const;
+    bool isToFlashOnCall() const;
+
+    // FlashWorkers.cpp
+    void startManualFlashing();
+    void restartSyncFlashing();
+    void stopSyncFlashing();
+
+    // Settings.cpp
+    void findOrCreateDirectory();
+    void restoreUiState();
+    void restoreSettings();
+    void writeSettings(const std::string& strServer, const std::string& strUser,
+                       const std::string& strSecret) const;
+    bool readSettings();
+
+    std::unique_ptr<AboutDialog> aboutDialog;
+    std::atomic<std::int64_t> indexOfSyncModeColorList{0};
+    std::atomic<std::int64_t> indexOfSyncModeFlashSpeedList{0};
+    vellux::Shared<vellux::WorkerThreadRef> threadForSyncFlash;
+    std::atomic<float> flSyncFlashTimeInterval{0}; // seconds
+    std::atomic<bool> bQuitSyncFlashing{false};
+    std::atomic<std::int64_t> indexOfManualModeColorList{0};
+    std::atomic<std::int64_t> indexOfManualModeFlashSpeedList{0};
+    vellux::WorkerThreadRef threadForManualFlash;
+    std::atomic<float> flManualFlashTimeInterval{0}; // seconds
+    std::atomic<bool> bQuitManualFlashing{false};
+    vellux::WorkerThreadRef threadForLyncStatusMonitor; // the one started last
+    std::atomic<std::int32_t> nCurrentVelluxColor{8};
+    std::string strVelluxDirectory;
+    std::string strConfigFile;
+    std::string strUiStateFile;
+    vellux::Shared<std::string> strFQDN;
+    vellux::Shared<std::string> strUserName;
+    vellux::Shared<std::string> strPassword;
+    vellux::Shared<std::optional<std::string>> lyncStatus; // last lower-case token
+    bool bToConnect = false;                               // manual mode was entered while connected
+    bool bConnectButtonClicked = false;                    // reserved; nothing reads or writes it
+    std::atomic<std::int32_t> nNumberOfVelluxDevices{0};
+    std::string aesKey;
+    std::vector<std::string> colorArray1; // lights of type 1 and 2: no orange
+    std::vector<std::string> colorArray2;
+
+    struct {
+        Ref<Button> buttonSelectSyncMode;
+        Ref<TextField> textFieldLyncServerName;
+        Ref<TextField> textFieldUsername;
+        Ref<TextField> textFieldPassword;
+        Ref<Button> buttonFlashOnCall;
+        Ref<Button> buttonLightOffOnAway;
+        Ref<Button> buttonLightOffOnAvailable;
+        Ref<ComboBox> syncModeColorList;
+        Ref<ComboBox> syncModeFlashSpeedList;
+        Ref<Button> buttonConnect;
+        Ref<TextField> textFieldLyncStatus;
+        Ref<Button> buttonSelectManualMode;
+        Ref<ComboBox> manualModeColorList;
+        Ref<ComboBox> manualModeFlashSpeedList;
+    } controls;
+
+    // The display lock, first in the order of locks.
+    vellux::RecursiveMutex displayLock;
+    bool bDisplayClosed VELLUX_GUARDED_BY(displayLock) = false;
+
+    // Makes each stop, wait, create, clear, start sequence of the sync worker whole: main and the status
+    // monitor both reach it, and without the gate one could wait forever for a worker whose stop flag the
+    // other has just cleared. Its holder takes nothing else but waits for the worker's end.
+    vellux::Mutex syncFlashGate;
+    bool bTerminating VELLUX_GUARDED_BY(syncFlashGate) = false;
+};
+
+/// Where the shared instance is kept.
+extern vellux::SharedInstanceSlot<VelluxWindowUi> sharedVelluxWindowUiInstance;

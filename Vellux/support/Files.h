@@ -1,0 +1,30 @@
+// Small files, read and written whole. Failures are values or nothing at all; nothing throws.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace vellux {
+
+enum class FileAccess {
+    Default,   ///< whatever the process's defaults give
+    OwnerOnly, ///< 0600; a looser file is tightened before it is written
+};
+
+/// Creates the directory with its parents, for its owner alone (0700), unless it is there. Failure is
+/// ignored.
+void createPrivateDirectory(const std::string& strPath);
+
+/// Creates an empty file unless there is something at the path. With OwnerOnly, a looser file that is there
+/// is tightened. Failure is ignored.
+void createFileIfMissing(const std::string& strPath, FileAccess access);
+
+/// The whole of a regular file as UTF-8 text; absent when it can't be read, is no UTF-8, or is larger than
+/// 1 MiB, which no file of ours comes near.
+std::optional<std::string> readTextFile(const std::string& strPath);
+
+/// Overwrites the file in place, creating it if need be. Failure is ignored.
+void writeFile(const std::string& strPath, std::string_view strText, FileAccess access);
+
+} // namespace vellux

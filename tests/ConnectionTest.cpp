@@ -1,0 +1,231 @@
+// Connect, Disconnect and the status monitor's one pass.
+#include "fakes/ServerTexts.h"
+#include "fakes/TestWorld.h"
+
+#include <fcntl.h>
+#include <regex>
+#include <semaphore>
+#include <sys/mman.h>
+#include <unistd.h>
+
+namespace {
+
+using vellux::HttpAnswer;
+
+const std::string kFieldsAlert = "alert Please ensure all fields are entered correctly";
+
+/// A program without a light, credentials typed, a server that lets everybody in.
+class ConnectionTest : public TestWorld {
+protected:
+    ConnectionTest() {
+        delegate().applicationDidFinishLaunching();
+        scriptServer(R"({"availability":"Online"})");
+        observeControls();
+        type("lync.example", "CORP\\pat", "secret");
+        desktop.whileAlertIsOpen = [this] {
+            journal.add("under " + ui().buttonConnect()->title() +
+                        (ui().buttonConnect()->isEnabled() ? ", enabled" : ", disabled"));
+        };
+    }
+    void click() { ui().onConnectButtonClicked(*ui().buttonConnect()); }
+    /// Waits for the end of the one monitor at work and gives all lines of these kinds.
+    Lines passed(std::initializer_list<std::string_view> kinds = {}) {
+        const auto bPassed = [this] {
+            return journal.count("connect enabled") > 0 && ui().buttonConnect()->title() != "Connecting...";
+        };
+        runUntil(bPassed, "the monitor's pass");
+        return journal.take(kinds);
+    }
+    Lines clickThrough(std::initializer_list<std::string_view> kinds = {}) {
+        journal.clear();
+        click();
+        return passed(kinds);
+    }
+};
+
+// The whole road from the click to the open channel, byte for byte; above all its order and the endpoint's id.
+TEST_F(ConnectionTest, connectsStepByStep) {
+    plugInFramed();
+    const std::string strPlain =
+        R"({"_links":{"events":{"href":"/ev"}},"_embedded":{"me":{"_links":{"presence":{"href":"/me"}}}}})";
+    const std::string strOffer = R"({"_embedded":{"me":{"_links":{"makeMeAvailable":{"href":"/mma"}}}}})";
+    transport.script("/ucwa/applications", {{strOffer, {}}, {strPlain, {}}});
+    transport.script("/mma", "");
+    transport.script("/me", R"({"availability":"Online"})");
+    Lines lines = clickThrough();
+    for (std::string& strLine : lines)
+        strLine = std::regex_replace(strLine, std::regex("[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}"), "ID");
+    const std::string strAuth = " | Authorization: Bearer T0k3n | ",
+                      strPost = " | Content-Type: application/json" + strAuth;
+    const std::string strRegister =
+        "request POST https://lync.example/ucwa/applications" + strPost +
+        "Content-Length: 130 | 30 s | {'Culture':'en-US','endpointId':'ID','userAgent':'Virelto-ID'}";
+    const Lines expected = {
+        "status ",
+        "priority highest",
+        "connect disabled",
+        "title Connecting...",
+        "request POST https://lync.example/WebTicket/oauthtoken | Content-Type: "
+        "application/x-www-form-urlencoded | "
+        "Content-Length: 53 | 30 s | grant_type=password&username=CORP\\pat&password=secret",
+        "request GET https://lync.example/Autodiscover/AutodiscoverService.svc/root/oauth/user" + strAuth +
+            "30 s",
+        strRegister,
+        "request POST https://lync.example/mma" + strPost + "Content-Length: 2 | 30 s | {}",
+        strRegister,
+        "request GET https://lync.example/me" + strAuth + "30 s",
+        "title Disconnect",
+        "report 55534243004002df",
+        "status Online",
+        "poll GET https://lync.example/ev" + strAuth + "15 s",
+        "connect enabled"};
+    EXPECT_EQ(lines, expected);
+}
+
+// A failing step without its alert, in the wrong order, or that leaves a button nobody can press any more.
+TEST_F(ConnectionTest, failingStepsAlertAndGiveTheButtonBack) {
+    plugInFramed();
+    const auto check = [&](const char* strPath, const HttpAnswer& answer, const char* strStep,
+                           const std::string& strFirstAlert = "") {
+        scriptServer(R"({"availability":"Online"})");
+        transport.script(strPath, {answer});
+        Lines expected = {"status ", "connect disabled", "title Connecting..."};
+        if (!strFirstAlert.empty())
+            expected.insert(expected.end(), {strFirstAlert, "under Connecting..., disabled"});
+        expected.insert(expected.end(), {"title Connect", std::string("alert Failed to ") + strStep,
+                                         "under Connect, disabled", "connect enabled"});
+        EXPECT_EQ(clickThrough({"title", "status", "connect", "alert", "under", "report", "poll"}), expected);
+    };
+    const char *strToken = "/WebTicket/oauthtoken",
+               *strUser = "/Autodiscover/AutodiscoverService.svc/root/oauth/user";
+    check(strToken, {}, "get OAuthToken", kConnectionAlert);
+    check(strToken, {R"({"error":"invalid_grant"})", {}}, "get OAuthToken",
+          "alert Username/Password Pair is invalid");
+    check(strToken, {"<html>", {}}, "get OAuthToken");
+    check(strUser, {}, "get ApplicationServiceURL", kConnectionAlert);
+    check(strUser, {"{}", {}}, "get ApplicationServiceURL");
+    check("/ucwa/applications", {}, "do SetupApplicationsAndGetPresenceURL", kConnectionAlert);
+    check("/ucwa/applications", {"{}", {}}, "do SetupApplicationsAndGetPresenceURL");
+    scriptServer("not JSON"); // without a presence the user is connected all the same, and the light off
+    EXPECT_EQ(
+        clickThrough({"title", "status", "alert", "report", "poll"}),
+        (Lines{"status ", "title Connecting...", "title Disconnect", "report 55534243004002ff", "status ",
+               "poll GET https://lync.example/ucwa/events?ack=1 | Authorization: Bearer T0k3n | 15 s"}));
+}
+
+// Fields that start a connection that can't be meant, or a file overwritten by half an input.
+TEST_F(ConnectionTest, fieldsAreCheckedAndUsedAsTheyComeBackFromTheFile) {
+    for (const Lines& texts : {Lines{"", "u", "p"}, Lines{"s", "", "p"}, Lines{"s", "u", ""}}) {
+        type(texts[0], texts[1], texts[2]);
+        journal.clear();
+        click();
+        EXPECT_EQ(journal.take(), (Lines{kFieldsAlert, "under Connect, enabled"}));
+    }
+    EXPECT_EQ(contentOf(settingsPath("configv31.bin")), "");
+    type("lync.example", " ", "  "); // blanks are text
+    EXPECT_TRUE(clickThrough({"request"}).front().ends_with("| grant_type=password&username= &password=  "));
+    click(); // disconnects
+    journal.clear();
+    for (const Lines& texts : {Lines{"s;t", "u", "p"}, Lines{"s", ";", "p"}, Lines{"s", "u", "p;"}}) {
+        const std::string strBefore = contentOf(settingsPath("configv31.bin"));
+        type(texts[0], texts[1], texts[2]);
+        click(); // saves, empties the status line, starts nothing
+        EXPECT_NE(contentOf(settingsPath("configv31.bin")), strBefore);
+    }
+    ui().processLyncServerConnectionRequest(); // the credentials have been emptied
+    EXPECT_EQ(passed(), (Lines{"status ", "status ", "status ", "priority highest", "connect disabled",
+                               "title Connecting...", kFieldsAlert, "under Connecting..., disabled",
+                               "connect enabled", "title Connect"}));
+}
+
+// A full disk: the connection takes what the file holds, never what was typed.
+TEST_F(ConnectionTest, unwritableFileConnectsWithTheEarlierCredentials) {
+    clickThrough();
+    click();
+    const std::string strSaved = contentOf(settingsPath("configv31.bin"));
+    const int nFile = memfd_create("sealed", MFD_ALLOW_SEALING | MFD_CLOEXEC); // not even root writes it
+    ASSERT_EQ(write(nFile, strSaved.data(), strSaved.size()), static_cast<ssize_t>(strSaved.size()));
+    ASSERT_EQ(fcntl(nFile, F_ADD_SEALS, F_SEAL_WRITE | F_SEAL_SHRINK | F_SEAL_GROW), 0);
+    std::filesystem::remove(settingsPath("configv31.bin"));
+    std::filesystem::create_symlink("/proc/self/fd/" + std::to_string(nFile), settingsPath("configv31.bin"));
+    type("other.example", "CORP\\eve", "else");
+    const Lines requests = clickThrough({"request"});
+    close(nFile);
+    ASSERT_EQ(requests.size(), 4U);
+    EXPECT_TRUE(requests.front().starts_with("request POST https://lync.example/") &&
+                requests.front().ends_with("username=CORP\\pat&password=secret"));
+    click();
+    std::filesystem::remove(settingsPath("configv31.bin"));
+    std::filesystem::create_directory(settingsPath("configv31.bin")); // neither written nor read
+    journal.clear();
+    click();
+    endThreads();
+    EXPECT_EQ(journal.take(), Lines{"status "});
+}
+
+// A light left on, a long poll left open, or a box that brings back the presence of a connection that is over.
+TEST_F(ConnectionTest, disconnectsStepByStep) {
+    plugInV30();
+    scriptPresence(R"({"availability":"Online","activity":"on-the-phone"})");
+    userSets(ui().buttonFlashOnCall(), true);
+    clickThrough();
+    click(); // while the light flashes red by itself
+    EXPECT_EQ(journal.take(),
+              (Lines{"cancel https://lync.example/ucwa/events?ack=1", "title Connect", "status Disconnected",
+                     "report ff0000100000ffff", "report ff0000110000ffff"}));
+    EXPECT_EQ(client().getPresenceStatus(), "");
+    userSets(ui().buttonLightOffOnAvailable(), true);
+    EXPECT_EQ(journal.take(), Lines{});
+    for (const char* strTitle : {"Connecting...", "", "connect"}) {
+        ui().buttonConnect()->setTitle(strTitle);
+        journal.clear();
+        click();
+        EXPECT_EQ(journal.take(), Lines{});
+    }
+}
+
+// A monitor that overrules the mode the user has changed to meanwhile.
+TEST_F(ConnectionTest, manualModeWhileConnectingKeepsLightAndStatusLine) {
+    std::counting_semaphore<> reached{0}, goOn{0};
+    clock.letRun(); // the manual worker's half periods don't matter here
+    transport.onRequest = [&](const vellux::HttpRequest& request) {
+        if (request.strUrl.ends_with("/me/presence")) {
+            reached.release();
+            goOn.acquire();
+        }
+    };
+    click();
+    reached.acquire();
+    ui().setManualMode(*ui().buttonSelectManualMode());
+    journal.clear();
+    goOn.release(2); // also for the event's request
+    const std::string strPoll =
+        "poll GET https://lync.example/ucwa/events?ack=1 | Authorization: Bearer T0k3n | 15 s";
+    EXPECT_EQ(passed({"title", "connect", "status", "poll"}),
+              (Lines{"title Disconnect", strPoll, "connect enabled"}));
+    transport.lastPoll().simulateData(batch("/n"));
+    EXPECT_EQ(journal.take({"status"}), Lines{});
+}
+
+// A return to sync mode that does not connect again, does so twice, or connects somebody who had disconnected.
+TEST_F(ConnectionTest, connectionIsTakenUpAgainOnceAfterManualMode) {
+    clock.letRun();
+    clickThrough();
+    const auto manual = [&] { ui().setManualMode(*ui().buttonSelectManualMode()); };
+    const auto sync = [&] { ui().setSyncMode(*ui().buttonSelectSyncMode()); };
+    manual();
+    EXPECT_EQ(journal.take({"cancel", "title", "status", "connect"}),
+              (Lines{"connect disabled", "cancel https://lync.example/ucwa/events?ack=1", "title Connect",
+                     "status "}));
+    sync();
+    runUntilConnectShows("Disconnect");
+    EXPECT_EQ(journal.take({"request"}).size(), 4U);
+    sync();
+    click();
+    manual();
+    sync();
+    endThreads(); // a monitor, if there were one, included
+    EXPECT_EQ(journal.lines({"request"}), Lines{});
+}
+
+} // namespace

@@ -1,0 +1,59 @@
+// Colour indexes on the first light.
+
+#include "fakes/LightWorld.h"
+
+#include <limits>
+
+namespace {
+
+class Display : public LightWorld {
+protected:
+    Lines show(std::int32_t nColor) {
+        EXPECT_EQ(ui().displayVelluxColor(nColor), 0) << nColor;
+        return reports();
+    }
+};
+
+// An index that shows another colour; 7 taken for off on the older lights; an index beyond the table sent; a
+// report to a light of no known type.
+TEST_F(Display, EveryIndexOnEveryFamily) {
+    const char* const kFramed[] = {"ef", "df", "cf", "af", "9f", "bf", "8f", "", "ff"};
+    const char* const kV30[] = {"ff000000", "00009600", "ff003c00", "80800000", "00ffff00",
+                                "00960000", "ff327d00", "ff000f00", "ff000f01"}; // the last report
+    const std::int32_t nowhere[] = {9, -1, std::numeric_limits<std::int32_t>::min()};
+    const auto light = plugInFramed();
+    for (std::int32_t nColor = 0; nColor <= 8; ++nColor)
+        EXPECT_EQ(show(nColor), framed(kFramed[nColor])) << nColor;
+    for (const std::int32_t nColor : nowhere)
+        EXPECT_EQ(show(nColor), Lines{}) << nColor;
+    remove(light);
+    plugInV30();
+    for (std::int32_t nColor = 0; nColor <= 8; ++nColor)
+        EXPECT_EQ(show(nColor).back(), v30(kV30[nColor]).front()) << nColor;
+    for (const std::int32_t nColor : nowhere)
+        EXPECT_EQ(show(nColor), Lines{}) << nColor;
+    for (const int nType : {0, 5, 8, 255}) {
+        asDeviceInfo[0] = static_cast<std::uint8_t>(nType);
+        for (std::int32_t nColor = 0; nColor <= 8; ++nColor)
+            EXPECT_EQ(show(nColor), Lines{}) << nType;
+    }
+}
+
+// The second light changed as well; lists by the last light, not the first; the driver's result swallowed; an
+// index that shows nothing forgotten, so that a light that arrives is given the colour before it.
+TEST_F(Display, OnlyTheFirstLight) {
+    hid.present(FakeHidManager::light(0x1130, 0x1E00, "first"));
+    const auto second = FakeHidManager::light(0x2C0D, 6, "second");
+    arrive(second);
+    journal.clear();
+    EXPECT_EQ(show(0), Lines{"report first 60..00"});
+    EXPECT_EQ(show(7), Lines{});
+    EXPECT_EQ(ui().syncModeColorList()->numberOfItems(), 8);
+    hid.noticeArrival(second);
+    runPending();
+    EXPECT_EQ(reports(), (Lines{"report first 73..00", "report first 73..00"}));
+    hid.scriptResults(std::vector<VelluxResult>(50, 0xE00002ED));
+    EXPECT_EQ(ui().displayVelluxColor(0), static_cast<std::int32_t>(0xE00002ED));
+}
+
+} // namespace

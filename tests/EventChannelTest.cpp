@@ -1,0 +1,176 @@
+// The presence query and the event channel.
+#include "fakes/ServerTexts.h"
+#include "fakes/TestWorld.h"
+
+namespace {
+
+using Text = std::optional<std::string>;
+using vellux::HttpAnswer;
+using Lines = Journal::Lines;
+
+const std::string kP = R"({"link":{"rel":"presence"},"type":"updated"})"; // a presence event
+const std::string kAsk =
+    "request GET https://lync.example/ucwa/me/presence | Authorization: Bearer T0k3n | 30 s";
+std::string poll(const std::string& strPath) {
+    return "poll GET https://lync.example" + strPath + " | Authorization: Bearer T0k3n | 15 s";
+}
+/// What a number of presence events bring about, one after the other, each with the light before the next poll.
+Lines heard(int nEvents) {
+    Lines lines;
+    while (nEvents-- > 0)
+        lines.insert(lines.end(), {kAsk, "report 55534243004002ef", "status Busy", poll("/n")});
+    return lines;
+}
+
+/// A signed-in program with a light, in sync mode, its channel open.
+class EventChannelTest : public TestWorld {
+protected:
+    EventChannelTest() {
+        delegate().applicationDidFinishLaunching();
+        plugInFramed();
+        scriptServer(R"({"availability":"Busy","activity":"on-the-phone"})");
+        client().httpPost_GetOAuthToken("lync.example", "u", "p");
+        client().httpPost_SetupApplicationsAndGetPresenceURL("lync.example",
+                                                             "https://lync.example/ucwa/applications", "t");
+        observeControls();
+        journal.clear();
+        client().httpGet_EventChannels();
+    }
+    /// What a piece of data, or a failure, brings about on the poll opened last.
+    Lines deliver(const std::string& strData) {
+        journal.clear();
+        transport.lastPoll().simulateData(strData);
+        return journal.take();
+    }
+    Lines fail() {
+        journal.clear();
+        transport.lastPoll().simulateResponse();
+        transport.lastPoll().simulateFailure();
+        return journal.take();
+    }
+};
+
+// A presence passed on altered, or a failed query that forgets the call the user is on.
+TEST_F(EventChannelTest, presenceQueryKeepsItsStateUnlessAnAnswerCame) {
+    const auto check = [&](const HttpAnswer& answer, const Text& strResult, const Text& strStatus,
+                           bool bOnCall) {
+        SCOPED_TRACE(answer.body.value_or("no body").substr(0, 80));
+        const std::string strUrl = "https://lync.example/ucwa/me/presence";
+        transport.script("/ucwa/me/presence",
+                         {{R"({"availability":"Away","activity":"on-the-phone"})", {}}, answer});
+        client().httpGet_MyPresence(strUrl, "A b");
+        journal.clear();
+        EXPECT_EQ(client().httpGet_MyPresence(strUrl, "A b"), strResult);
+        EXPECT_EQ(journal.take(), Lines{"request GET " + strUrl + " | Authorization: A b | 30 s"});
+        EXPECT_EQ(client().getPresenceStatus(), strStatus);
+        EXPECT_EQ(client().IsUserOnCall(), bOnCall);
+    };
+    for (const char* strActivity :
+         {R"("In a meeting")", R"("On-The-Phone")", R"("on-the-phone ")", R"(["on-the-phone"])"})
+        check({R"({"availability":"Busy","activity":)" + std::string(strActivity) + "}", {}}, "Busy", "Busy",
+              false);
+    check({R"({"availability":"","activity":"on-the-phone"})", {}}, "", "", true);
+    check({R"({"availability":"BeRightBack"})", {}}, "BeRightBack", "BeRightBack", false);
+    check({R"({"activity":"on-the-phone"})", {}}, {}, {}, true);
+    for (const HttpAnswer& answer : brokenAnswers(R"({"availability":"Busy"})"))
+        check(answer, {}, "Away", true);
+    for (const std::string& strBody : notObjects())
+        check({strBody, {}}, {}, "Away", true);
+    for (const std::string& strBody : wrongKinds({"availability"}))
+        check({strBody, {}}, {}, {}, false);
+    for (const std::string& strHost : kBadHosts)
+        EXPECT_EQ(client().httpGet_MyPresence("https://" + strHost + "/p", "A b"), std::nullopt);
+    EXPECT_EQ(client().httpGet_MyPresence({}, "A b"), std::nullopt);
+    EXPECT_EQ(client().httpGet_MyPresence("https://lync.example/p", {}), std::nullopt);
+    EXPECT_EQ(journal.take(), Lines{});
+}
+
+// Each event's order of effects; a batch that stops too early or too late, or opens polls nobody needs.
+TEST_F(EventChannelTest, batchesHaveTheirEffectsUpToTheFirstGap) {
+    EXPECT_EQ(journal.lines(), Lines{poll("/ucwa/events?ack=1")});
+    const auto event = [](const std::string& strRel, const std::string& strType) {
+        return R"({"link":{"rel":")" + strRel + R"("},"type":")" + strType + R"("})";
+    };
+    EXPECT_EQ(deliver(batch("/n", kP + "," + kP)), heard(2));
+    EXPECT_EQ(deliver(batch("/n", event("mypresence2", "added") + "," + event("presence", "was updated"))),
+              heard(2));
+    EXPECT_EQ(deliver(batch("/n", event("note", "updated") + "," + event("presence", "deleted") + "," + kP)),
+              heard(1));
+    EXPECT_EQ(deliver(batch("/n", event("Presence", "added") + "," + event("presence", "Added"))), Lines{});
+    EXPECT_EQ(deliver(batch("/n", "")), Lines{});
+    EXPECT_EQ(deliver(batch("", kP)), Lines{});
+    // Whatever is missing or of another kind ends the batch; what came before it has had its effect.
+    const std::string strNext = R"({"_links":{"next":{"href":"/n"}},"sender":)",
+                      strEntry = R"({"events":[)" + kP + "]}";
+    EXPECT_EQ(deliver(strNext + "[" + strEntry + R"(,{"events":[]},)" + strEntry + "]}"), heard(2));
+    for (const std::string strGap :
+         {"7", "null", "[]", "{}", R"("events")", R"({"events":{}})", R"({"events":"presence"})"})
+        EXPECT_EQ(deliver(strNext + "[" + strEntry + "," + strGap + "," + strEntry + "]}"), heard(1))
+            << strGap;
+    for (const std::string& strGap : wrongKinds({"link", "rel"}, R"(,"type":"added")"))
+        EXPECT_EQ(deliver(batch("/n", kP + "," + strGap + "," + kP)), heard(1)) << strGap;
+    for (const std::string& strGap : wrongKinds({"type"}, R"(,"link":{"rel":"note"})"))
+        EXPECT_EQ(deliver(batch("/n", kP + "," + strGap + "," + kP)), heard(1)) << strGap;
+    for (const std::string strSender :
+         {"[]", "7", "null", "{}", R"({"events":[]})", R"("presence")", "[null]", "[7]", "[[]]"})
+        EXPECT_EQ(deliver(strNext + strSender + "}"), Lines{}) << strSender;
+    for (const std::string& strData :
+         badBodies({"_links", "next", "href"}, R"(,"sender":[)" + strEntry + "]"))
+        EXPECT_EQ(deliver(strData), Lines{}) << strData.substr(0, 80);
+    EXPECT_EQ(deliver(R"({"_links":{"next":{"href":"/n"}}})"), Lines{});
+    EXPECT_EQ(deliver(R"({"code":"Gone","message":"presence added"})"), Lines{});
+    EXPECT_EQ(deliver(batch("/n").substr(0, 40)), Lines{}); // pieces are not put together
+    EXPECT_EQ(deliver(batch("/n").substr(40)), Lines{});
+    EXPECT_EQ(deliver(batch("/a b")).back(), "status Busy"); // makes no URL: no poll
+    client().httpGet_EventChannels();
+    EXPECT_EQ(journal.take(), Lines{});
+}
+
+// A light set by an answer that never came, or a channel that goes on in spite of it.
+TEST_F(EventChannelTest, failedRequeryEndsTheBatch) {
+    std::vector<HttpAnswer> answers = brokenAnswers(R"({"availability":"Busy"})");
+    answers.insert(answers.end(), {{"<html>", {}}, {"{}", {}}, {R"({"availability":null})", {}}});
+    Lines expected = heard(1);
+    expected.push_back(kAsk);
+    for (const HttpAnswer& bad : answers) {
+        const HttpAnswer good{R"({"availability":"Busy"})", {}};
+        transport.script("/ucwa/me/presence", {good, bad, good});
+        EXPECT_EQ(deliver(batch("/n", kP + "," + kP + "," + kP)), expected);
+    }
+}
+
+// A quiet hour that ends the channel, a retry without pause, or one that skips a batch.
+TEST_F(EventChannelTest, failureWaitsAndAsksAgain) {
+    for (int n = 0; n < 3; ++n) {
+        EXPECT_EQ(fail(), (Lines{"sleep 0.5", poll("/ucwa/events?ack=1")}));
+        deliver(R"({"_links":{"next":{"href":"/unused"}}})");
+    }
+    deliver(batch("/n"));
+    EXPECT_EQ(fail(), (Lines{"sleep 0.5", poll("/n")}));
+}
+
+// News lost because they arrived on a poll that has been replaced meanwhile.
+TEST_F(EventChannelTest, replacedPollIsStillHeard) {
+    deliver(batch("/m"));
+    FakeConnection& replaced = *transport.polls().front();
+    replaced.simulateData(batch("/n"));
+    EXPECT_EQ(journal.take(), heard(1));
+    replaced.simulateFailure();
+    EXPECT_EQ(journal.take(), (Lines{"sleep 0.5", poll("/n")}));
+    client().abortEventChannelConnection();
+    EXPECT_EQ(journal.take(), Lines{"cancel https://lync.example/n"}); // the newest, and only it
+}
+
+// A light that goes on following after the user has left, or a call flag that outlives the connection.
+TEST_F(EventChannelTest, abortSilencesTheChannelAndForgetsThePresence) {
+    deliver(batch("/n"));
+    ASSERT_TRUE(client().IsUserOnCall());
+    client().abortEventChannelConnection();
+    EXPECT_EQ(journal.take(), Lines{"cancel https://lync.example/n"});
+    EXPECT_EQ(client().getPresenceStatus(), "");
+    EXPECT_FALSE(client().IsUserOnCall());
+    EXPECT_EQ(deliver(batch("/n")), Lines{});
+    EXPECT_EQ(fail(), Lines{});
+}
+
+} // namespace

@@ -1,0 +1,144 @@
+// The application's life from start to end, and its alerts.
+#include "AlertPopup.h"
+#include "fakes/ServerTexts.h"
+#include "fakes/TestWorld.h"
+
+#include <atomic>
+#include <thread>
+
+namespace {
+
+using Lines = Journal::Lines;
+
+const std::string kRed = "report 55534243004002ef", kOff = "report 55534243004002ff"; // of a light of type 1
+/// The lines, and then the devices' release.
+Lines thenReleased(Lines lines) {
+    lines.insert(lines.end(),
+                 {"hid unregister arrival", "hid unregister removal", "hid unschedule", "hid close"});
+    return lines;
+}
+
+class LifecycleTest : public TestWorld {
+protected:
+    /// Starts with the lights present, flashes on a call or by hand, and gives the journal of the shut-down.
+    Lines shutDownWhileFlashing(std::int64_t nVendor, std::int64_t nProduct, bool bManual) {
+        hid.present(FakeHidManager::light(nVendor, nProduct));
+        delegate().applicationDidFinishLaunching();
+        runPending();
+        scriptServer(R"({"availability":"Busy","activity":"on-the-phone"})");
+        userSets(ui().buttonFlashOnCall(), true);
+        clock.letRun();
+        connect();
+        if (bManual)
+            ui().setManualMode(*ui().buttonSelectManualMode());
+        journal.clear();
+        if (nVendor == 0x1130)
+            runUntil([this] { return journal.count(kOff) > 0; }, "the flashing worker");
+        delegate().applicationWillTerminate();
+        EXPECT_EQ(contentOf(settingsPath("uistate.txt")), bManual ? "0;1;0;0;0;1;0;2" : "1;1;0;0;0;1;0;2");
+        return journal.take({"report", "cancel", "hid"});
+    }
+};
+
+// A start that forgets to keep the system awake, or darkens a light before the system has announced it.
+TEST_F(LifecycleTest, startsInOrder) {
+    for (const bool bLight : {false, true}) {
+        if (bLight)
+            hid.present(FakeHidManager::light(0x1130, 1));
+        delegate().applicationDidFinishLaunching();
+        EXPECT_EQ(journal.take(), (Lines{"desktop activity 16777215 receiving OSC messages", "hid create",
+                                         "hid matching", "hid register arrival", "hid register removal",
+                                         "hid schedule", "hid open", "window main front"}));
+        EXPECT_TRUE(delegate().activity() && *delegate().activity());
+        runPending(); // the arrival: dark, then the colour asked for last, which is none
+        EXPECT_EQ(journal.take(), bLight ? (Lines{kOff, kOff}) : Lines{});
+        VelluxReleaseDevices();
+        journal.clear();
+    }
+}
+
+// A platform without activities, or without a device service, that keeps the program from starting.
+TEST_F(LifecycleTest, startsWithoutActivityAndLights) {
+    desktop.bOffersActivity = false;
+    hid.bOpenFails = true;
+    delegate().applicationDidFinishLaunching();
+    EXPECT_FALSE(delegate().activity());
+    VelluxReleaseDevices();
+    hid.bCreateFails = true;
+    delegate().applicationDidFinishLaunching();
+    EXPECT_EQ(journal.count("window main front"), 2U);
+    delegate().applicationWillTerminate();
+}
+
+// A worker that lights a light again after the end, a long poll left behind, or devices released too early.
+TEST_F(LifecycleTest, shutDownEndsACallsFlashingOff) {
+    const Lines lines = shutDownWhileFlashing(0x1130, 1, false);
+    ASSERT_GE(lines.size(), 7U);
+    EXPECT_EQ(Lines(lines.end() - 7, lines.end()),
+              thenReleased({kRed, "cancel https://lync.example/ucwa/events?ack=1", kOff}));
+}
+TEST_F(LifecycleTest, shutDownEndsManualFlashingOff) {
+    const Lines lines = shutDownWhileFlashing(0x1130, 1, true);
+    ASSERT_GE(lines.size(), 6U);
+    EXPECT_EQ(Lines(lines.end() - 6, lines.end()), thenReleased({kRed, kOff}));
+}
+TEST_F(LifecycleTest, shutDownEndsFlashingByTheLightItselfOff) {
+    EXPECT_EQ(shutDownWhileFlashing(0x2C0D, 6, false),
+              thenReleased({"report ff0000100000ffff", "report ff0000100000ffff",
+                            "cancel https://lync.example/ucwa/events?ack=1", "report ff0000110000ffff"}));
+}
+
+// A second start of the program that shows nothing.
+TEST_F(LifecycleTest, reopenBringsTheWindowToTheFront) {
+    delegate().setWindow(&desktop.main);
+    EXPECT_TRUE(delegate().applicationShouldHandleReopen(true));
+    EXPECT_TRUE(delegate().applicationShouldHandleReopen(false));
+    delegate().applicationDidChangeOcclusionState();
+    EXPECT_EQ(journal.take(), (Lines{"window main front", "window main front"}));
+}
+
+// A caller that goes on before the user has answered, or gets an answer that nobody gave.
+TEST_F(LifecycleTest, alertsAreShownOnMainWhileTheCallerWaits) {
+    AlertPopup& popup = AlertPopup::sharedAlertPopup();
+    desktop.nResponse = 1001;
+    EXPECT_EQ(popup.display("Vellux", "at once"), 1001);
+    desktop.nResponse = 1002;
+    EXPECT_EQ(popup.display("Other", ""), 1002);
+    EXPECT_EQ(journal.take(), (Lines{"alert at once", "alert  | title Other"}));
+    std::atomic<bool> bAnswered{false};
+    desktop.whileAlertIsOpen = [&, mainThreadId = std::this_thread::get_id()] {
+        EXPECT_EQ(std::this_thread::get_id(), mainThreadId);
+        EXPECT_FALSE(bAnswered);
+    };
+    std::jthread caller([&] {
+        EXPECT_EQ(popup.display("Vellux", "from a worker"), 1002);
+        bAnswered = true;
+    });
+    runUntil([&] { return bAnswered.load(); }, "the answer");
+}
+
+// Two failing connections whose alerts pile up: a modal loop goes on with what is queued, but for another alert.
+TEST_F(LifecycleTest, alertsOfTwoThreadsAreShownOneAfterTheOther) {
+    std::atomic<int> nAsking{0}, nAnswered{0};
+    int nOpen = 0, nShown = 0;
+    desktop.whileAlertIsOpen = [&] {
+        EXPECT_EQ(++nOpen, 1);
+        EXPECT_LE(nAnswered, nShown++);
+        runPending();
+        --nOpen;
+    };
+    std::vector<std::jthread> callers;
+    for (int n = 0; n < 2; ++n)
+        callers.emplace_back([&] {
+            ++nAsking;
+            AlertPopup::sharedAlertPopup().display("Vellux", "from a worker");
+            ++nAnswered;
+        });
+    while (nAsking < 2)
+        journal.waitForChange();
+    journal.waitForChange(); // gives both the time to queue theirs
+    runUntil([&] { return nAnswered == 2; }, "both answers");
+    EXPECT_EQ(journal.take(), (Lines{"alert from a worker", "alert from a worker"}));
+}
+
+} // namespace

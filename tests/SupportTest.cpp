@@ -1,0 +1,242 @@
+// The small pieces: text, URLs, files, the main thread's queue, worker threads, shared instances.
+
+#include "fakes/TestWorld.h"
+#include "fakes/Watchdog.h"
+#include "support/Files.h"
+#include "support/SharedInstance.h"
+#include "support/Text.h"
+#include "support/Url.h"
+
+#include <atomic>
+#include <limits>
+#include <sys/stat.h>
+#include <thread>
+
+namespace {
+
+using namespace vellux;
+using namespace std::string_view_literals;
+namespace fs = std::filesystem;
+
+// Overflow, or a rest that spoils what stands at the head.
+TEST(Text, IntegerValue) {
+    for (const char* strText : {"12", "+12", " \t\n12", "12 3", "12x", "12.9", "0012"})
+        EXPECT_EQ(integerValue(strText), 12) << strText;
+    for (const char* strText : {"", "0", "x12", "-", "+-5", "- 5", "0x10"})
+        EXPECT_EQ(integerValue(strText), 0) << strText;
+    EXPECT_EQ(integerValue("-3;"), -3);
+    for (const char* strText :
+         {"9223372036854775807", "9223372036854775808", "9223372036854775810", "99999999999999999999x"})
+        EXPECT_EQ(integerValue(strText), std::numeric_limits<std::int64_t>::max()) << strText;
+    EXPECT_EQ(integerValue("-9223372036854775807"), -std::numeric_limits<std::int64_t>::max());
+    for (const char* strText : {"-9223372036854775808", "-9223372036854775809", "-99999999999999999999"})
+        EXPECT_EQ(integerValue(strText), std::numeric_limits<std::int64_t>::min()) << strText;
+}
+
+// Overlong forms, surrogates, what lies beyond U+10FFFF, and texts cut short, let through (RFC 3629).
+TEST(Text, Utf8) {
+    for (const auto text : {""sv, "\0a"sv, "\xC2\x80"sv, "\xDF\xBF"sv, "\xE0\xA0\x80"sv, "\xED\x9F\xBF"sv,
+                            "\xEE\x80\x80"sv, "\xF0\x90\x80\x80"sv, "\xF4\x8F\xBF\xBF"sv})
+        EXPECT_TRUE(isUtf8(text)) << testing::PrintToString(text);
+    for (const auto text :
+         {"\x80"sv, "a\xBF"sv, "\xC0\x80"sv, "\xC1\xBF"sv, "\xC2"sv, "\xC2\x7F"sv, "\xC2\xC0"sv,
+          "\xE0\x9F\xBF"sv, "\xE1\x80"sv, "\xE1\x80\x7F"sv, "\xED\xA0\x80"sv, "\xF0\x8F\xBF\xBF"sv,
+          "\xF1\x80\x80"sv, "\xF4\x90\x80\x80"sv, "\xF5\x80\x80\x80"sv, "\xFF"sv})
+        EXPECT_FALSE(isUtf8(text)) << testing::PrintToString(text);
+}
+
+// Empty pieces dropped; a separator found in a replacement; letters beyond ASCII taken apart.
+TEST(Text, SplitReplaceLower) {
+    using Pieces = std::vector<std::string>;
+    EXPECT_EQ(split("", ";"), Pieces{""});
+    EXPECT_EQ(split(";a;;b;", ";"), (Pieces{"", "a", "", "b", ""}));
+    EXPECT_EQ(split("a::b:c", "::"), (Pieces{"a", "b:c"}));
+    EXPECT_EQ(split("ab", ""), Pieces{"ab"});
+    EXPECT_EQ(replaceAll("aXbX", "X", "XX"), "aXXbXX");
+    EXPECT_EQ(replaceAll("ab", "", "x"), "ab");
+    EXPECT_EQ(toLower("BeRightBack [\xC3\x84@Z"), "berightback [\xC3\x84@z");
+}
+
+// A request to what is no address; a good address refused.
+TEST(Url, WhatFormsOne) {
+    for (const std::string& strUrl : split("https://h|http://h/|HTTPS://h:443/a?b=c#d|https://u:p@h:1/"
+                                           "|https://h:65535|https://[::1]:8080/x|"
+                                           "https://h/%41%fF|https:///path|https://h/a:b@c",
+                                           "|"))
+        EXPECT_TRUE(formsUrl(strUrl)) << strUrl;
+    for (const std::string& strUrl : split(
+             "|h|//h/|ftp://h/|file:///etc/passwd|https:/h|https://h /| https://h|https://h/a "
+             "b|https://h/\r\nX: y|"
+             "https://h/\x7F|https://h\xC3\xBC/|https://h:65536/|https://h:8a/|https://h:-1/|https://"
+             "h:99999999999/|"
+             "https://h/%|https://h/%4|https://h/%4g|https://[::1|https://[::1]x/|https://h/<a>|https://h/\"|"
+             "https://h/{a}|https://h/\\",
+             "|"))
+        EXPECT_FALSE(formsUrl(strUrl)) << strUrl;
+}
+
+class Files : public TestWorld {
+protected:
+    Files() { umask(022); }
+    static unsigned modeOf(const std::string& strPath) {
+        return static_cast<unsigned>(fs::status(strPath).permissions());
+    }
+    std::string path(const char* strName) const { return (directory / strName).string(); }
+};
+
+// Credentials that others can read, in a new file or in a loose old one; a directory that they can look into.
+TEST_F(Files, AreForTheirOwnerAlone) {
+    createPrivateDirectory(path("a/b"));
+    EXPECT_EQ(modeOf(path("a/b")), 0700U);
+    writeFile(path("secret"), "s", FileAccess::OwnerOnly);
+    EXPECT_EQ(modeOf(path("secret")), 0600U);
+    createFileIfMissing(path("empty"), FileAccess::OwnerOnly);
+    EXPECT_EQ(modeOf(path("empty")), 0600U);
+    for (const auto access : {FileAccess::Default, FileAccess::OwnerOnly}) {
+        fs::permissions(path("secret"), fs::perms(0664));
+        createFileIfMissing(path("secret"), access);
+        EXPECT_EQ(modeOf(path("secret")), access == FileAccess::OwnerOnly ? 0600U : 0664U);
+        fs::permissions(path("secret"), fs::perms(0664));
+        writeFile(path("secret"), "longer", access);
+        EXPECT_EQ(modeOf(path("secret")), access == FileAccess::OwnerOnly ? 0600U : 0664U);
+    }
+}
+
+// A rest of the longer text before; a content that comes back changed; rubbish, or more than memory holds, read.
+TEST_F(Files, ComeBackWholeOrNotAtAll) {
+    EXPECT_EQ(readTextFile(path("f")), std::nullopt);
+    for (const auto text : {"a longer text"sv, "\0 \r\n gr\xC3\xBC\xC3\x9F\n"sv, ""sv}) {
+        writeFile(path("f"), text, FileAccess::OwnerOnly);
+        createFileIfMissing(path("f"), FileAccess::Default);
+        EXPECT_EQ(readTextFile(path("f")), text);
+    }
+    writeContent(path("f"), "\x89PNG\xFF");
+    EXPECT_EQ(readTextFile(path("f")), std::nullopt);
+    const std::string strLargest(1024 * 1024, 'x');
+    writeContent(path("f"), strLargest);
+    EXPECT_TRUE(readTextFile(path("f")) == strLargest);
+    writeContent(path("f"), strLargest + "x");
+    EXPECT_EQ(readTextFile(path("f")), std::nullopt);
+    fs::resize_file(path("f"), std::uintmax_t{1} << 40);
+    EXPECT_EQ(readTextFile(path("f")), std::nullopt);
+}
+
+// A program that hangs or throws because something else stands where its file should be.
+TEST_F(Files, ThatAreNoFiles) {
+    const Watchdog watchdog("a FIFO in place of a file");
+    fs::create_directory(path("directory"));
+    ASSERT_EQ(mkfifo(path("fifo").c_str(), 0644), 0);
+    writeFile(path("file"), "x", FileAccess::Default);
+    for (const std::string& strPath :
+         {path("directory"), path("fifo"), path("file/below"), path("no/such"), std::string()})
+        for (const auto access : {FileAccess::Default, FileAccess::OwnerOnly}) {
+            createFileIfMissing(strPath, access);
+            writeFile(strPath, "text", access);
+            EXPECT_EQ(readTextFile(strPath), std::nullopt) << strPath;
+        }
+    createPrivateDirectory(path("file/below"));
+    EXPECT_EQ(modeOf(path("directory")), 0755U); // not tightened into a file's mode
+    EXPECT_EQ(contentOf(path("file")), "x");
+}
+
+// Calls out of order, dropped, or run on the wrong thread; a waiter that goes on before its call is done.
+TEST(CallQueue, RunsInOrderOnItsThread) {
+    const Watchdog watchdog("a call that was waited for");
+    std::atomic<int> nWakes = 0;
+    CallQueue queue([&nWakes] { ++nWakes; });
+    std::vector<int> order;
+    std::thread other([&] {
+        queue.post([&] {
+            queue.post([&] { order.push_back(4); });       // behind those that wait
+            queue.runAndWait([&] { order.push_back(1); }); // at once
+        });
+        queue.post([&] { order.push_back(2); });
+        queue.runAndWait([&] { order.push_back(queue.isCurrent() ? 3 : -3); });
+        queue.runAndWait([&] { order.push_back(queue.isCurrent() ? 5 : -5); });
+        order.push_back(queue.isCurrent() ? -6 : 6);
+        queue.close();
+    });
+    while (nWakes < 3)
+        std::this_thread::yield();
+    queue.run();
+    other.join();
+    EXPECT_EQ(order, (std::vector<int>{1, 2, 3, 4, 5, 6}));
+    EXPECT_EQ(nWakes, 5);
+}
+
+// A waiter that quitting leaves behind, even one whose call is running, as with an alert open; a call that runs
+// after the close, or keeps what it holds.
+TEST(CallQueue, CloseFreesEveryWaiter) {
+    const Watchdog watchdog("a waiter of a closed queue");
+    std::atomic<int> nQueued = 0;
+    CallQueue queue([&nQueued] { ++nQueued; });
+    bool bRun = false;
+    const auto token = std::make_shared<int>(0);
+    std::vector<std::thread> waiters;
+    for (int n = 0; n < 3; ++n)
+        waiters.emplace_back([&queue, &bRun, n, token] {
+            queue.runAndWait([&queue, &bRun, n, token] {
+                if (n == 0)
+                    queue.close();
+                bRun = n != 0;
+            });
+        });
+    while (nQueued < 3)
+        std::this_thread::yield();
+    queue.runPending();
+    for (std::thread& waiter : waiters)
+        waiter.join();
+    waiters.clear();
+    std::thread([&] { queue.runAndWait([&] { bRun = true; }); }).join();
+    queue.post([&] { bRun = true; });
+    queue.run();
+    EXPECT_FALSE(bRun);
+    EXPECT_EQ(token.use_count(), 1);
+}
+
+using Workers = TestWorld;
+
+// A handle that tells of a thread what is not true; a thread that dies with its handle, or leaves what it holds
+// behind; its priority lost.
+TEST_F(Workers, StateAndPriority) {
+    std::atomic<bool> bGo = false;
+    const auto token = std::make_shared<int>(0);
+    auto worker = std::make_shared<WorkerThread>([&bGo, token] {
+        while (!bGo)
+            std::this_thread::yield();
+    });
+    EXPECT_FALSE(worker->isExecuting() || worker->isFinished());
+    worker->setPriority(1.0);
+    worker->start();
+    EXPECT_TRUE(worker->isExecuting() && !worker->isFinished());
+    std::make_shared<WorkerThread>([this, token] { journal.add("dropped ran"); })->start();
+    bGo = true;
+    WorkerThread::joinAll();
+    EXPECT_TRUE(!worker->isExecuting() && worker->isFinished());
+    EXPECT_EQ(journal.lines({"priority highest"}).size(), 1U);
+    EXPECT_EQ(journal.count("dropped ran"), 1U);
+    EXPECT_EQ(token.use_count(), 1);
+}
+
+// Two instances, one of them lost; an instance seen half made (the thread sanitizer tells).
+TEST_F(Workers, ShareOneInstance) {
+    static SharedInstanceSlot<std::string> slot;
+    std::atomic<int> nCreated = 0, nReady = 0;
+    std::vector<std::thread> users;
+    for (int n = 0; n < 4; ++n)
+        users.emplace_back([&] {
+            for (++nReady; nReady < 4;)
+                std::this_thread::yield();
+            const std::string& strInstance = sharedInstance(slot, [&] {
+                ++nCreated;
+                return new std::string("made");
+            });
+            EXPECT_EQ(strInstance, "made");
+        });
+    for (std::thread& user : users)
+        user.join();
+    EXPECT_EQ(nCreated, 1);
+    EXPECT_EQ(&VelluxWindowUi::sharedVelluxWindowUi(), sharedVelluxWindowUiInstance.instance);
+}
+
+} // namespace

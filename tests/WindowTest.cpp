@@ -1,0 +1,101 @@
+// The window's set-up and its small actions.
+#include "AboutDialog.h"
+#include "fakes/TestWorld.h"
+
+namespace {
+
+using Ui = VelluxWindowUi;
+
+class WindowTest : public TestWorld {};
+
+// A step of start-up out of order: lists selected before they are filled, a mode set before its defaults.
+TEST_F(WindowTest, startUpSetsTheControlsInOrder) {
+    observeControls(true);
+    ui().initConfig();
+    EXPECT_EQ(journal.take(), (Lines{"control syncModeColorList items 0",
+                                     "control manualModeColorList items 0",
+                                     "control syncModeColorList items 9",
+                                     "control manualModeColorList items 9",
+                                     "control textFieldLyncServerName placeholder",
+                                     "control textFieldUsername placeholder",
+                                     "control manualModeColorList selected 0",
+                                     "control manualModeFlashSpeedList selected 2",
+                                     "control buttonSelectManualMode state 0",
+                                     "control buttonSelectSyncMode state 1",
+                                     "control textFieldLyncServerName enabled",
+                                     "control textFieldUsername enabled",
+                                     "control textFieldPassword enabled",
+                                     "control buttonFlashOnCall enabled",
+                                     "control buttonLightOffOnAway enabled",
+                                     "control buttonLightOffOnAvailable enabled",
+                                     "control syncModeColorList disabled",
+                                     "control syncModeFlashSpeedList disabled",
+                                     "connect enabled",
+                                     "control manualModeColorList disabled",
+                                     "control manualModeFlashSpeedList disabled",
+                                     "control syncModeColorList selected 0",
+                                     "control syncModeFlashSpeedList selected 1",
+                                     "window main front"}));
+    EXPECT_EQ(client().getPresenceStatus(), "");
+    EXPECT_EQ(ui().buttonConnect()->title(), "Connect");
+    vellux::Placeholder placeholder{"Domain\\Username", "Helvetica-Oblique", 13, 0.2F, 0.2F, 0.2F, 0.5};
+    EXPECT_EQ(ui().textFieldUsername()->placeholder(), placeholder);
+    ASSERT_TRUE(ui().textFieldLyncServerName()->placeholder());
+    placeholder.strText = ui().textFieldLyncServerName()->placeholder()->strText;
+    EXPECT_EQ(ui().textFieldLyncServerName()->placeholder(), placeholder);
+    EXPECT_NE(placeholder.strText, "");
+}
+
+// A setter that writes another control's field.
+TEST_F(WindowTest, eachControlHasItsOwnAccessors) {
+    std::vector<std::function<void()>>
+        checks; // after all setters, so that one field written twice is noticed
+    const auto set = [&]<typename T>(void (Ui::*setter)(std::shared_ptr<T>),
+                                     std::shared_ptr<T> (Ui::*getter)() const) {
+        const auto control = std::make_shared<T>();
+        (ui().*setter)(control);
+        checks.push_back([this, control, getter] { EXPECT_EQ((ui().*getter)(), control); });
+    };
+    set(&Ui::setButtonSelectSyncMode, &Ui::buttonSelectSyncMode);
+    set(&Ui::setTextFieldLyncServerName, &Ui::textFieldLyncServerName);
+    set(&Ui::setTextFieldUsername, &Ui::textFieldUsername);
+    set(&Ui::setTextFieldPassword, &Ui::textFieldPassword);
+    set(&Ui::setButtonFlashOnCall, &Ui::buttonFlashOnCall);
+    set(&Ui::setButtonLightOffOnAway, &Ui::buttonLightOffOnAway);
+    set(&Ui::setButtonLightOffOnAvailable, &Ui::buttonLightOffOnAvailable);
+    set(&Ui::setSyncModeColorList, &Ui::syncModeColorList);
+    set(&Ui::setSyncModeFlashSpeedList, &Ui::syncModeFlashSpeedList);
+    set(&Ui::setButtonConnect, &Ui::buttonConnect);
+    set(&Ui::setTextFieldLyncStatus, &Ui::textFieldLyncStatus);
+    set(&Ui::setButtonSelectManualMode, &Ui::buttonSelectManualMode);
+    set(&Ui::setManualModeColorList, &Ui::manualModeColorList);
+    set(&Ui::setManualModeFlashSpeedList, &Ui::manualModeFlashSpeedList);
+    for (const auto& check : checks)
+        check();
+}
+
+// About windows that pile up or hide behind others, a main window that closes for good, a platform without About.
+TEST_F(WindowTest, smallActions) {
+    ui().onAbout(nullptr);
+    const Lines opened = {"desktop load AboutDialog", "window about level modal panel", "window about front"};
+    EXPECT_EQ(journal.take(), opened);
+    ui().onAbout(nullptr);
+    Lines lines = journal.take();
+    EXPECT_EQ(std::erase(lines, "window about gone"), 1U);
+    EXPECT_EQ(lines, opened);
+    desktop.bHasAboutDescription = false;
+    ui().onAbout(nullptr);
+    EXPECT_EQ(journal.count("window about front"), 0U);
+    EXPECT_TRUE(AboutDialog().windowShouldClose(nullptr));
+    journal.clear();
+    ui().openLink(nullptr);
+    ui().onExit(nullptr);
+    EXPECT_FALSE(ui().windowShouldClose(desktop.main));
+    lines = journal.take();
+    ASSERT_EQ(lines.size(), 3U);
+    EXPECT_TRUE(lines[0].starts_with("desktop open http")) << lines[0];
+    EXPECT_EQ(lines[1], "desktop terminate");
+    EXPECT_EQ(lines[2], "window main out");
+}
+
+} // namespace

@@ -1,0 +1,96 @@
+// A desktop without a screen, and threads without priorities.
+#pragma once
+
+#include "fakes/Journal.h"
+#include "platform/Desktop.h"
+#include "platform/Threads.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+
+/// Journals "window NAME front|out|level N".
+class FakeWindow : public vellux::Window {
+public:
+    FakeWindow(Journal& journal, std::string strName) : m_journal(journal), m_strName(std::move(strName)) {}
+    ~FakeWindow() override { m_journal.add("window " + m_strName + " gone"); }
+
+    void makeKeyAndOrderFront() override { m_journal.add("window " + m_strName + " front"); }
+    void orderOut() override { m_journal.add("window " + m_strName + " out"); }
+    void setLevel(vellux::WindowLevel level) override {
+        m_journal.add("window " + m_strName +
+                      (level == vellux::WindowLevel::ModalPanel ? " level modal panel" : " level normal"));
+    }
+
+private:
+    Journal& m_journal;
+    std::string m_strName;
+};
+
+/// Journals alerts as "alert MESSAGE" when they are what all alerts of the program are, else with all that
+/// differs; the rest as "desktop ...".
+class FakeDesktop : public vellux::Desktop {
+public:
+    FakeDesktop(Journal& journal, std::string strSupportDirectory)
+        : m_journal(journal), m_strSupportDirectory(std::move(strSupportDirectory)), main(journal, "main") {}
+
+    // ---- what tests do ----
+
+    std::int32_t nResponse = vellux::kAlertFirstButtonReturn;
+    std::function<void()> whileAlertIsOpen;
+    bool bOffersActivity = true;
+    bool bHasAboutDescription = true;
+
+    // ---- the port ----
+
+    std::int32_t runModal(const vellux::Alert& alert) override {
+        std::string strLine = "alert " + alert.strInformativeText;
+        if (alert.strMessageText != "Vellux")
+            strLine += " | title " + alert.strMessageText;
+        if (alert.buttons != std::vector<std::string>{"OK"})
+            strLine += " | other buttons";
+        if (alert.style != vellux::AlertStyle::Informational)
+            strLine += " | other style";
+        m_journal.add(strLine);
+        if (whileAlertIsOpen)
+            whileAlertIsOpen();
+        return nResponse;
+    }
+    vellux::Window* mainWindow() override { return &main; }
+    std::unique_ptr<vellux::Window> loadWindow(std::string_view strDescription, AboutDialog&) override {
+        m_journal.add("desktop load " + std::string(strDescription));
+        return bHasAboutDescription ? std::make_unique<FakeWindow>(m_journal, "about") : nullptr;
+    }
+    void openUrl(const std::string& strUrl) override { m_journal.add("desktop open " + strUrl); }
+    void terminate() override { m_journal.add("desktop terminate"); }
+    std::optional<vellux::ProcessActivity> beginActivityWithOptions(std::uint64_t nOptions,
+                                                                    const std::string& strReason) override {
+        m_journal.add("desktop activity " + std::to_string(nOptions) + " " + strReason);
+        if (!bOffersActivity)
+            return std::nullopt;
+        return std::make_shared<int>(0);
+    }
+    std::string applicationSupportDirectory() override { return m_strSupportDirectory; }
+
+private:
+    Journal& m_journal;
+    std::string m_strSupportDirectory;
+
+public:
+    FakeWindow main;
+};
+
+/// Journals "priority N" for each thread that sets one.
+class FakeThreads : public vellux::Threads {
+public:
+    explicit FakeThreads(Journal& journal) : m_journal(journal) {}
+
+    void setCurrentThreadPriority(double dPriority) override {
+        m_journal.add(dPriority == 1.0 ? "priority highest" : "priority other");
+    }
+
+private:
+    Journal& m_journal;
+};

@@ -1,0 +1,157 @@
+// Lights in memory, behind the HID port.
+#pragma once
+
+#include "fakes/Journal.h"
+#include "platform/HidManager.h"
+#include "platform/MainThread.h"
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+/// A device of a given identity. Without a property map entry it lacks that property.
+struct FakeHidDevice : vellux::HidDevice {
+    std::map<std::string, std::int64_t, std::less<>> properties;
+    std::string strName; // put before its reports when the test has several lights
+};
+
+inline std::string hex(std::span<const std::uint8_t> bytes) {
+    static constexpr char kDigits[] = "0123456789abcdef";
+    std::string strResult;
+    for (const std::uint8_t by : bytes) {
+        strResult += kDigits[by >> 4];
+        strResult += kDigits[by & 0x0F];
+    }
+    return strResult;
+}
+
+/// Journals "report HEX" ("report NAME HEX" for a named light; 64-byte reports whose tail is all zero end in
+/// "..00") and the manager's life as "hid ..." lines.
+class FakeHidManager : public vellux::HidManager {
+public:
+    FakeHidManager(Journal& journal, vellux::MainThread& mainThread)
+        : m_journal(journal), m_mainThread(mainThread) {}
+
+    // ---- what tests do ----
+
+    static std::shared_ptr<FakeHidDevice> light(std::int64_t nVendor, std::int64_t nProduct,
+                                                std::string strName = {}) {
+        auto device = std::make_shared<FakeHidDevice>();
+        device->properties = {{"VendorID", nVendor}, {"ProductID", nProduct}};
+        device->strName = std::move(strName);
+        return device;
+    }
+
+    /// Puts a device into the set without any notice: as before start-up.
+    void present(const vellux::HidDeviceRef& device) { m_devices.push_back(device); }
+    /// A device arrives: its notice is queued to main.
+    void simulateArrival(const vellux::HidDeviceRef& device) {
+        m_devices.push_back(device);
+        noticeArrival(device);
+    }
+    void simulateRemoval(const vellux::HidDeviceRef& device) {
+        std::erase(m_devices, device);
+        m_mainThread.post([this, device] {
+            if (m_removal)
+                m_removal(device);
+        });
+    }
+    /// A late notice of a device that is, or is no longer, in the set.
+    void noticeArrival(const vellux::HidDeviceRef& device) {
+        m_mainThread.post([this, device] {
+            if (m_arrival)
+                m_arrival(device);
+        });
+    }
+
+    bool bCreateFails = false;
+    bool bOpenFails = false;
+    bool bNoSet = false; // copyDevices gives nothing at all
+    /// Whether devices that are there at open() are noticed, as real managers do.
+    bool bNoticesAtOpen = true;
+
+    /// The result of the coming reports, in order; afterwards success.
+    void scriptResults(std::vector<vellux::HidResult> results) {
+        const std::lock_guard lock(m_mutex);
+        m_results = std::move(results);
+        m_nNextResult = 0;
+    }
+    /// Asked for the result of each report first, on the sending thread; nothing leaves it to the script.
+    std::function<std::optional<vellux::HidResult>()> onReport;
+    const std::vector<vellux::HidMatching>& matching() const { return m_matching; }
+
+    // ---- the port ----
+
+    bool create() override {
+        m_journal.add("hid create");
+        return !bCreateFails;
+    }
+    void setDeviceMatchingMultiple(const std::vector<vellux::HidMatching>& matching) override {
+        m_journal.add("hid matching");
+        m_matching = matching;
+    }
+    void registerDeviceMatchingCallback(std::function<void(const vellux::HidDeviceRef&)> callback) override {
+        m_journal.add(callback ? "hid register arrival" : "hid unregister arrival");
+        m_arrival = std::move(callback);
+    }
+    void registerDeviceRemovalCallback(std::function<void(const vellux::HidDeviceRef&)> callback) override {
+        m_journal.add(callback ? "hid register removal" : "hid unregister removal");
+        m_removal = std::move(callback);
+    }
+    void scheduleWithRunLoop() override { m_journal.add("hid schedule"); }
+    void unscheduleFromRunLoop() override { m_journal.add("hid unschedule"); }
+    vellux::HidResult open() override {
+        m_journal.add("hid open");
+        if (bOpenFails)
+            return 0xE00002C5;
+        if (bNoticesAtOpen)
+            for (const auto& device : m_devices)
+                noticeArrival(device);
+        return 0;
+    }
+    void close() override { m_journal.add("hid close"); }
+    std::optional<vellux::HidDeviceList> copyDevices() override {
+        if (bNoSet)
+            return std::nullopt;
+        return m_devices;
+    }
+    std::optional<std::int64_t> deviceGetProperty(const vellux::HidDeviceRef& device,
+                                                  std::string_view strKey) override {
+        const auto& properties = static_cast<const FakeHidDevice&>(*device).properties;
+        const auto found = properties.find(strKey);
+        return found == properties.end() ? std::nullopt : std::optional(found->second);
+    }
+    vellux::HidResult deviceSetReport(const vellux::HidDeviceRef& device, vellux::HidReportType type,
+                                      std::uint8_t byReportID,
+                                      std::span<const std::uint8_t> payload) override {
+        const std::string& strName = static_cast<const FakeHidDevice&>(*device).strName;
+        std::string strHex = hex(payload);
+        if (payload.size() == 64 &&
+            std::all_of(payload.begin() + 1, payload.end(), [](auto by) { return by == 0; }))
+            strHex = hex(payload.first(1)) + "..00";
+        const bool bPlain = type == vellux::HidReportType::Output && byReportID == 0;
+        m_journal.add("report " + (strName.empty() ? "" : strName + " ") + strHex +
+                      (bPlain ? "" : " not an output report with ID 0"));
+        if (const auto result = onReport ? onReport() : std::nullopt)
+            return *result;
+        const std::lock_guard lock(m_mutex);
+        return m_nNextResult < m_results.size() ? m_results[m_nNextResult++] : 0;
+    }
+
+private:
+    Journal& m_journal;
+    vellux::MainThread& m_mainThread;
+    std::vector<vellux::HidMatching> m_matching;
+    std::function<void(const vellux::HidDeviceRef&)> m_arrival;
+    std::function<void(const vellux::HidDeviceRef&)> m_removal;
+    vellux::HidDeviceList m_devices;
+    std::mutex m_mutex;
+    std::vector<vellux::HidResult> m_results;
+    std::size_t m_nNextResult = 0;
+};

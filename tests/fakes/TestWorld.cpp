@@ -1,0 +1,174 @@
+#include "fakes/TestWorld.h"
+
+#include <fstream>
+#include <iterator>
+#include <random>
+
+namespace {
+
+std::filesystem::path makeDirectory() {
+    std::random_device random;
+    auto path = std::filesystem::temp_directory_path() /
+                ("vellux-test-" + std::to_string(random()) + std::to_string(random()));
+    std::filesystem::create_directory(path);
+    return path;
+}
+
+} // namespace
+
+TestWorld::TestWorld() : directory(makeDirectory()) {
+    vellux::installPlatform({hid, transport, mainThread, clock, threads, desktop});
+}
+
+TestWorld::~TestWorld() {
+    // Ends whatever the test left running, so that no thread outlives the ports.
+    ui().quitManualFlashingThread();
+    ui().quitSyncFlashingThread();
+    clock.letRun();
+    endThreads();
+    std::error_code error;
+    std::filesystem::remove_all(directory, error);
+}
+
+void TestWorld::observeControls(bool bAllControls) {
+    using Change = vellux::Control::Change;
+    ui().buttonConnect()->setObserver([this](Change change) {
+        const auto button = ui().buttonConnect();
+        if (change == Change::Title)
+            journal.add("title " + button->title());
+        else if (change == Change::Enabled)
+            journal.add(button->isEnabled() ? "connect enabled" : "connect disabled");
+    });
+    ui().textFieldLyncStatus()->setObserver(
+        [this](Change) { journal.add("status " + ui().textFieldLyncStatus()->text()); });
+    if (!bAllControls)
+        return;
+
+    const auto button = [this](const char* strName, const std::shared_ptr<vellux::Button>& control) {
+        control->setObserver([this, strName, pControl = control.get()](Change change) {
+            journal.add("control " + std::string(strName) +
+                        (change == Change::Enabled ? (pControl->isEnabled() ? " enabled" : " disabled")
+                                                   : " state " + std::to_string(pControl->state())));
+        });
+    };
+    const auto field = [this](const char* strName, const std::shared_ptr<vellux::TextField>& control) {
+        control->setObserver([this, strName, pControl = control.get()](Change change) {
+            journal.add("control " + std::string(strName) +
+                        (change == Change::Enabled ? (pControl->isEnabled() ? " enabled" : " disabled")
+                         : change == Change::Text  ? " text"
+                                                   : " placeholder"));
+        });
+    };
+    const auto list = [this](const char* strName, const std::shared_ptr<vellux::ComboBox>& control) {
+        control->setObserver([this, strName, pControl = control.get()](Change change) {
+            journal.add("control " + std::string(strName) +
+                        (change == Change::Enabled ? (pControl->isEnabled() ? " enabled" : " disabled")
+                         : change == Change::Items
+                             ? " items " + std::to_string(pControl->numberOfItems())
+                             : " selected " + std::to_string(pControl->indexOfSelectedItem())));
+        });
+    };
+    button("buttonSelectSyncMode", ui().buttonSelectSyncMode());
+    button("buttonSelectManualMode", ui().buttonSelectManualMode());
+    button("buttonFlashOnCall", ui().buttonFlashOnCall());
+    button("buttonLightOffOnAway", ui().buttonLightOffOnAway());
+    button("buttonLightOffOnAvailable", ui().buttonLightOffOnAvailable());
+    field("textFieldLyncServerName", ui().textFieldLyncServerName());
+    field("textFieldUsername", ui().textFieldUsername());
+    field("textFieldPassword", ui().textFieldPassword());
+    list("syncModeColorList", ui().syncModeColorList());
+    list("syncModeFlashSpeedList", ui().syncModeFlashSpeedList());
+    list("manualModeColorList", ui().manualModeColorList());
+    list("manualModeFlashSpeedList", ui().manualModeFlashSpeedList());
+}
+
+void TestWorld::runUntil(const std::function<bool()>& condition, const char* strWhat) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    for (;;) {
+        mainThread.runPending();
+        if (condition())
+            return;
+        if (std::chrono::steady_clock::now() > deadline) {
+            FAIL() << "waited 20 s for " << strWhat << "; journal:\n"
+                   << testing::PrintToString(journal.lines());
+        }
+        journal.waitForChange();
+    }
+}
+
+void TestWorld::runUntilConnectShows(const std::string& strTitle) {
+    runUntil([&] { return ui().buttonConnect()->title() == strTitle && ui().buttonConnect()->isEnabled(); },
+             "the Connect button");
+}
+
+std::shared_ptr<FakeHidDevice> TestWorld::plugIn(std::int64_t nVendor, std::int64_t nProduct) {
+    auto device = FakeHidManager::light(nVendor, nProduct);
+    hid.simulateArrival(device);
+    runPending();
+    journal.clear();
+    return device;
+}
+
+void TestWorld::scriptServer(const std::string& strPresenceBody) {
+    transport.script("/WebTicket/oauthtoken", R"({"token_type":"Bearer","access_token":"T0k3n"})");
+    transport.script("/Autodiscover/AutodiscoverService.svc/root/oauth/user",
+                     R"({"_links":{"applications":{"href":"https://pool.example/ucwa/applications"}}})");
+    transport.script("/ucwa/applications",
+                     R"({"_links":{"events":{"href":"/ucwa/events?ack=1"}},)"
+                     R"("_embedded":{"me":{"_links":{"presence":{"href":"/ucwa/me/presence"}}}}})");
+    scriptPresence(strPresenceBody);
+}
+
+void TestWorld::scriptPresence(const std::string& strPresenceBody) {
+    transport.script("/ucwa/me/presence", strPresenceBody);
+}
+
+void TestWorld::type(const std::string& strServer, const std::string& strUser,
+                     const std::string& strPassword) {
+    ui().textFieldLyncServerName()->setText(strServer);
+    ui().textFieldUsername()->setText(strUser);
+    ui().textFieldPassword()->setText(strPassword);
+}
+
+void TestWorld::endThreads() {
+    mainThread.close();
+    vellux::WorkerThread::joinAll();
+}
+
+void TestWorld::connect() {
+    type("lync.example", "CORP\\pat", "secret");
+    ui().onConnectButtonClicked(*ui().buttonConnect());
+    runUntilConnectShows("Disconnect");
+}
+
+void TestWorld::userSelects(const std::shared_ptr<vellux::ComboBox>& list, std::int64_t nIndex,
+                            void (VelluxWindowUi::*action)(vellux::ComboBox&)) {
+    list->selectItemAtIndex(nIndex);
+    (ui().*action)(*list);
+}
+
+void TestWorld::userSets(const std::shared_ptr<vellux::Button>& box, bool bOn) {
+    box->setState(bOn ? vellux::Button::kOn : vellux::Button::kOff);
+    if (box == ui().buttonFlashOnCall())
+        ui().onFlashOnCallCheckedChanged(*box);
+    else if (box == ui().buttonLightOffOnAway())
+        ui().onlightOffOnAway(box.get());
+    else if (box == ui().buttonLightOffOnAvailable())
+        ui().onlightOffOnAvailable(box.get());
+    else
+        FAIL() << "not a check box";
+}
+
+std::string TestWorld::settingsPath(const std::string& strName) const {
+    return (directory / "Vellux" / strName).string();
+}
+
+std::string TestWorld::contentOf(const std::string& strPath) {
+    std::ifstream file(strPath, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void TestWorld::writeContent(const std::string& strPath, const std::string& strContent) {
+    std::filesystem::create_directories(std::filesystem::path(strPath).parent_path());
+    std::ofstream(strPath, std::ios::binary | std::ios::trunc) << strContent;
+}

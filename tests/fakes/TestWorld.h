@@ -1,0 +1,82 @@
+// The fixture of most tests: the real modules on fake ports, with one journal of all that crosses them.
+#pragma once
+
+#include "VelluxAppDelegate.h"
+#include "VelluxControl/VelluxControl.h"
+#include "VelluxHttp/VelluxHttp.h"
+#include "VelluxWindowUi/VelluxWindowUi.h"
+#include "fakes/FakeClock.h"
+#include "fakes/FakeDesktop.h"
+#include "fakes/FakeHidManager.h"
+#include "fakes/FakeHttpTransport.h"
+#include "fakes/Journal.h"
+#include "platform/Platform.h"
+#include "support/CallQueue.h"
+#include "support/WorkerThread.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <vector>
+
+/// The test's thread is the main thread. Each test is a process of its own, so the shared instances are new.
+class TestWorld : public testing::Test {
+protected:
+    using Lines = Journal::Lines;
+
+    TestWorld();
+    ~TestWorld() override;
+
+    /// Journals "title ...", "status ...", "connect enabled|disabled" and, with bAllControls, every other
+    /// write to a control as "control NAME ...".
+    void observeControls(bool bAllControls = false);
+
+    /// Runs the main thread's calls until the condition holds; fails the test after 20 seconds.
+    void runUntil(const std::function<bool()>& condition, const char* strWhat);
+    /// Until the Connect button has the title and is enabled: a status monitor has done its pass.
+    void runUntilConnectShows(const std::string& strTitle);
+    /// Closes the main thread's queue, as quitting does, and waits for the end of every other thread.
+    void endThreads();
+    /// Runs what is queued now.
+    void runPending() { mainThread.runPending(); }
+
+    /// A light is there and its arrival noticed; nothing of that is left in the journal.
+    std::shared_ptr<FakeHidDevice> plugIn(std::int64_t nVendor, std::int64_t nProduct);
+    std::shared_ptr<FakeHidDevice> plugInV30() { return plugIn(0x2C0D, 0x0006); }
+    std::shared_ptr<FakeHidDevice> plugInFramed() { return plugIn(0x1130, 0x0001); }
+    std::shared_ptr<FakeHidDevice> plugInPlain() { return plugIn(0x1130, 0x1E00); }
+
+    /// Scripts a server that lets everybody in: sign-in, registration (one POST, no make-me-available), and a
+    /// presence resource with the given content.
+    void scriptServer(const std::string& strPresenceBody);
+    void scriptPresence(const std::string& strPresenceBody);
+    /// Fills the three text fields.
+    void type(const std::string& strServer, const std::string& strUser, const std::string& strPassword);
+    /// Types credentials and presses Connect, then waits for "Disconnect".
+    void connect();
+
+    VelluxWindowUi& ui() { return VelluxWindowUi::sharedVelluxWindowUi(); }
+    VelluxHttp& client() { return VelluxHttp::sharedVelluxHttp(); }
+    VelluxAppDelegate& delegate() { return VelluxAppDelegate::sharedVelluxAppDelegate(); }
+
+    // A user's actions, as a view carries them out: the model first, then the operation.
+    void userSelects(const std::shared_ptr<vellux::ComboBox>& list, std::int64_t nIndex,
+                     void (VelluxWindowUi::*action)(vellux::ComboBox&));
+    void userSets(const std::shared_ptr<vellux::Button>& box, bool bOn);
+
+    std::string settingsPath(const std::string& strName) const;
+    static std::string contentOf(const std::string& strPath);
+    static void writeContent(const std::string& strPath, const std::string& strContent);
+
+    const std::filesystem::path directory;
+    Journal journal;
+    vellux::CallQueue mainThread;
+    FakeHidManager hid{journal, mainThread};
+    FakeHttpTransport transport{journal};
+    FakeClock clock{journal};
+    FakeThreads threads{journal};
+    FakeDesktop desktop{journal, directory.string()};
+};

@@ -1,0 +1,150 @@
+// A status monitor at work while main changes modes and ends the program. Each test ends by itself or loudly.
+#include "fakes/TestWorld.h"
+
+#include <algorithm>
+#include <atomic>
+#include <condition_variable>
+#include <cstdlib>
+#include <iostream>
+#include <mutex>
+#include <random>
+#include <semaphore>
+#include <thread>
+
+namespace {
+
+class ConnectionThreadsTest : public TestWorld {
+protected:
+    /// A code light that flashes during calls, and a user who is on one: each pass starts a sync worker.
+    ConnectionThreadsTest() {
+        delegate().applicationDidFinishLaunching();
+        plugInFramed();
+        scriptServer(R"({"availability":"Busy","activity":"on-the-phone"})");
+        userSets(ui().buttonFlashOnCall(), true);
+        type("lync.example", "CORP\\pat", "secret");
+        clock.letRun();
+        journal.clear();
+    }
+    void click() { ui().onConnectButtonClicked(*ui().buttonConnect()); }
+    /// What the program's end does after the delegate's shut-down. The light must be off then, and stay so.
+    void end() {
+        endThreads();
+        EXPECT_EQ(journal.lines({"report"}).back(), "report 55534243004002ff");
+    }
+    /// Aborts the process when a test takes longer than a minute: main itself may be what hangs.
+    std::jthread budget{[this](const std::stop_token& stop) {
+        std::mutex mutex;
+        std::unique_lock lock(mutex);
+        std::condition_variable_any never;
+        if (never.wait_for(lock, stop, std::chrono::seconds(60), [] { return false; }) ||
+            stop.stop_requested())
+            return;
+        std::cerr << "HANG. The journal's end:\n";
+        Lines lines = journal.lines();
+        lines.erase(lines.begin(), lines.end() - std::min<std::ptrdiff_t>(40, std::ssize(lines)));
+        std::cerr << testing::PrintToString(lines) << std::endl;
+        std::abort();
+    }};
+};
+
+struct StressTest : ConnectionThreadsTest, testing::WithParamInterface<unsigned> {};
+
+// Main and the monitor both replace the sync worker; without the gate that makes each replacement whole, either
+// waits forever for a worker whose stop flag the other has just cleared. Odds: without the gate, each of 24
+// processes hung within its 100 rounds.
+TEST_P(StressTest, modesChangeWhileMonitorsShowAPresence) {
+    constexpr std::ptrdiff_t kMonitors = 3;
+    std::counting_semaphore<> reached{0}, goOn{0};
+    std::atomic<std::size_t> nPasses{0};
+    transport.onRequest = [&](const vellux::HttpRequest& request) {
+        if (request.strUrl.ends_with("/me/presence")) {
+            ++nPasses;
+            reached.release();
+            goOn.acquire();
+        }
+    };
+    std::minstd_rand random(GetParam());
+    for (int nRound = 0; nRound < 100; ++nRound) {
+        ui().setManualMode(*ui().buttonSelectManualMode()); // while disconnected, so nothing reconnects
+        ui().setSyncMode(*ui().buttonSelectSyncMode());
+        userSets(ui().buttonFlashOnCall(), true);
+        click();
+        for (int n = 1; n < kMonitors; ++n)
+            ui().processLyncServerConnectionRequest();
+        for (int n = 0; n < kMonitors; ++n)
+            reached.acquire();
+        goOn.release(kMonitors);
+        for (int n = 0; n < 4; ++n)
+            if (const auto nAction = random() % 8; nAction == 0)
+                ui().setManualMode(*ui().buttonSelectManualMode());
+            else if (nAction < 4)
+                userSets(ui().buttonFlashOnCall(), nAction == 1);
+            else
+                ui().onSyncModeFlashSpeedListSelection(*ui().syncModeFlashSpeedList());
+        runUntil(
+            [&] {
+                if (ui().buttonConnect()->title() == "Disconnect" && transport.polls().size() == nPasses)
+                    click();
+                return ui().buttonConnect()->title() == "Connect" && transport.polls().size() == nPasses;
+            },
+            "the monitor's end");
+    }
+    delegate().applicationWillTerminate();
+    end();
+}
+INSTANTIATE_TEST_SUITE_P(, StressTest, testing::Range(1U, 7U));
+
+struct TerminationTest : ConnectionThreadsTest, testing::WithParamInterface<std::tuple<std::string, int>> {};
+
+// A monitor that outlives the shut-down: it must end, light nothing, and open no long poll. It is held in a
+// request and let go at some moment of the shut-down, is showing an alert, or is waiting for main.
+TEST_P(TerminationTest, endsWithTheLightOff) {
+    const std::string strPlace = std::get<0>(GetParam()),
+                      strHeld = strPlace == "off" ? "/me/presence" : strPlace;
+    const bool bEven = std::get<1>(GetParam()) % 2 == 0;
+    std::counting_semaphore<> reached{0}, goOn{0};
+    std::atomic<bool> bEnding{false};
+    transport.onRequest = [&](const vellux::HttpRequest& request) {
+        if (request.strUrl.ends_with(strHeld)) {
+            reached.release();
+            goOn.acquire();
+        }
+    };
+    const auto showsBusy = [&] { return ui().textFieldLyncStatus()->text() == "Busy"; };
+    hid.onReport = [&]() -> std::optional<vellux::HidResult> {
+        if (strPlace == "off" && bEnding && mainThread.isCurrent()) { // while main sends the last report
+            goOn.release(3);
+            while (bEven ? !showsBusy() : ui().buttonConnect()->title() != "Disconnect")
+                journal.waitForChange(); // until the flashing was to start, or the colour is to be shown
+        }
+        return std::nullopt;
+    };
+    if (strPlace == "off" && !bEven)
+        scriptPresence(R"({"availability":"Busy"})");
+    if (strPlace == "alert") {
+        transport.script("/WebTicket/oauthtoken", {FakeHttpTransport::failure()});
+        desktop.whileAlertIsOpen = [this] { delegate().applicationWillTerminate(); };
+        click();
+        runUntil([this] { return journal.count("hid close") > 0; }, "the end under the alert");
+    } else {
+        click();
+        if (strPlace == "main") // the monitor has started the flashing and waits for main, or is about to
+            while (!showsBusy())
+                journal.waitForChange();
+        else
+            reached.acquire();
+        if (strPlace != "off" && bEven) // let go just before the end, else held until after it
+            goOn.release(3);
+        bEnding = true;
+        delegate().applicationWillTerminate();
+        goOn.release(3);
+    }
+    end();
+    EXPECT_EQ(journal.lines({"poll"}), Lines{});
+}
+INSTANTIATE_TEST_SUITE_P(, TerminationTest,
+                         testing::Combine(testing::Values("/oauthtoken", "/oauth/user", "/ucwa/applications",
+                                                          "/me/presence", "off", "main", "alert"),
+                                          testing::Range(0, 6)));
+
+} // namespace
