@@ -1,0 +1,158 @@
+#include "adapters/curl/CurlNetwork.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace vellux {
+
+namespace {
+
+constexpr int kNoHurry = 60 * 60 * 1000; // ms; curl shortens it to its own timers
+
+CURLM* makeMulti() {
+    static const CURLcode initialised = curl_global_init(CURL_GLOBAL_DEFAULT); // once for the process
+    static_cast<void>(initialised);
+    return curl_multi_init();
+}
+
+CURLSH* makeShare() {
+    // Used by the network thread alone, so no lock functions.
+    CURLSH* const share = curl_share_init();
+    curl_share_setopt(share, CURLSHOPT_SHARE, CURL_LOCK_DATA_COOKIE);
+    curl_share_setopt(share, CURLSHOPT_SHARE, CURL_LOCK_DATA_SSL_SESSION);
+    return share;
+}
+
+} // namespace
+
+CurlNetwork::CurlNetwork(CurlTransportOptions options)
+    : m_options(std::move(options)), m_share(makeShare()), m_multi(makeMulti()), m_thread([this] { run(); }) {
+}
+
+CurlNetwork::~CurlNetwork() = default;
+
+// Under the lock, and never once closed: the multi handle is there.
+void CurlNetwork::wakeUp() {
+    curl_multi_wakeup(m_multi.get());
+}
+
+bool CurlNetwork::start(const std::shared_ptr<CurlTransfer>& transfer) {
+    const ScopedLock lock(m_mutex);
+    if (m_bClosed)
+        return false;
+    m_starting.push_back(transfer);
+    wakeUp();
+    return true;
+}
+
+void CurlNetwork::cancel(const std::shared_ptr<CurlTransfer>& transfer) {
+    const ScopedLock lock(m_mutex);
+    if (m_bClosed)
+        return;
+    m_cancelled.push_back(transfer);
+    wakeUp();
+}
+
+void CurlNetwork::close() {
+    const ScopedLock lock(m_mutex);
+    if (m_bClosed)
+        return;
+    m_bClosed = true;
+    wakeUp();
+}
+
+void CurlNetwork::stop() {
+    close();
+    m_thread.join();
+    m_multi.reset();
+    m_share.reset();
+}
+
+void CurlNetwork::run() {
+    while (takeOrders()) {
+        int nRunning = 0;
+        curl_multi_perform(m_multi.get(), &nRunning);
+        finishDone();
+        const int nTimeout = flushGathered();
+        curl_multi_poll(m_multi.get(), nullptr, 0, nTimeout, nullptr);
+    }
+    // Closed: takeOrders has begun what was still to be started, so that everything ends here.
+    while (!m_running.empty()) {
+        const std::shared_ptr<CurlTransfer> transfer = m_running.back();
+        drop(transfer);
+        transfer->end(HttpError{"cancelled"});
+    }
+}
+
+// Starts and cancels what was asked for; false when the network is to close.
+bool CurlNetwork::takeOrders() {
+    Transfers starting;
+    Transfers cancelled;
+    bool bClosed = false;
+    {
+        const ScopedLock lock(m_mutex);
+        starting.swap(m_starting);
+        cancelled.swap(m_cancelled);
+        bClosed = m_bClosed;
+    }
+    for (const auto& transfer : starting)
+        begin(transfer);
+    for (const auto& transfer : cancelled) {
+        drop(transfer);
+        transfer->abandon();
+    }
+    return !bClosed;
+}
+
+void CurlNetwork::begin(const std::shared_ptr<CurlTransfer>& transfer) {
+    CURL* const easy = transfer->prepare(m_options, m_share.get());
+    if (easy == nullptr || curl_multi_add_handle(m_multi.get(), easy) != CURLM_OK) {
+        transfer->release();
+        transfer->end(CURLE_FAILED_INIT);
+        return;
+    }
+    m_running.push_back(transfer);
+}
+
+void CurlNetwork::finishDone() {
+    int nLeft = 0;
+    while (const CURLMsg* const message = curl_multi_info_read(m_multi.get(), &nLeft)) {
+        if (message->msg != CURLMSG_DONE)
+            continue;
+        const CURLcode code = message->data.result;
+        const auto found =
+            std::find_if(m_running.begin(), m_running.end(),
+                         [easy = message->easy_handle](const auto& each) { return each->handle() == easy; });
+        if (found == m_running.end())
+            continue;
+        const std::shared_ptr<CurlTransfer> transfer = *found;
+        drop(transfer); // its connection is free for whatever the end sets off
+        transfer->end(code);
+    }
+}
+
+void CurlNetwork::drop(const std::shared_ptr<CurlTransfer>& transfer) {
+    if (std::erase(m_running, transfer) == 0)
+        return;
+    curl_multi_remove_handle(m_multi.get(), transfer->handle());
+    transfer->release();
+}
+
+// Hands on what is due; returns the milliseconds until something will be.
+int CurlNetwork::flushGathered() {
+    const auto now = CurlTransfer::Clock::now();
+    int nTimeout = kNoHurry;
+    for (const auto& transfer : m_running) {
+        const auto due = transfer->gatheredDue();
+        if (!due)
+            continue;
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(*due - now).count();
+        if (left <= 0)
+            transfer->flush();
+        else
+            nTimeout = std::min(nTimeout, static_cast<int>(left));
+    }
+    return nTimeout;
+}
+
+} // namespace vellux

@@ -1,0 +1,68 @@
+// The network thread: one curl multi handle, one connection pool, all requests.
+#pragma once
+
+#include "adapters/curl/CurlTransfer.h"
+#include "support/Mutex.h"
+
+#include <curl/curl.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace vellux {
+
+/// Runs transfers. Operations may be called from any thread; the transfers' callbacks come on the network
+/// thread, which blocks on nothing but its own poll and sleeps while there is nothing to do.
+class CurlNetwork {
+public:
+    explicit CurlNetwork(CurlTransportOptions options);
+    ~CurlNetwork();
+    CurlNetwork(const CurlNetwork&) = delete;
+    CurlNetwork& operator=(const CurlNetwork&) = delete;
+
+    /// Starts a transfer; false after close(), and then it never ends.
+    bool start(const std::shared_ptr<CurlTransfer>& transfer);
+    /// Drops a transfer and closes its socket; it never ends.
+    void cancel(const std::shared_ptr<CurlTransfer>& transfer);
+    /// Ends every transfer with an error and takes no more. Returns at once.
+    void close();
+    /// Closes, waits for the network thread, whose every callback has returned by then, and closes the pool.
+    /// Not on the network thread. Needed before the last reference goes.
+    void stop();
+
+private:
+    using Transfers = std::vector<std::shared_ptr<CurlTransfer>>;
+
+    void run();
+    bool takeOrders();
+    void begin(const std::shared_ptr<CurlTransfer>& transfer);
+    void finishDone();
+    void drop(const std::shared_ptr<CurlTransfer>& transfer);
+    int flushGathered();
+    void wakeUp() VELLUX_REQUIRES(m_mutex);
+
+    const CurlTransportOptions m_options;
+
+    // The network thread's own.
+    struct FreeMulti {
+        void operator()(CURLM* multi) const { curl_multi_cleanup(multi); }
+    };
+    struct FreeShare {
+        void operator()(CURLSH* share) const { curl_share_cleanup(share); }
+    };
+    std::unique_ptr<CURLSH, FreeShare> m_share; // cookies and TLS sessions, kept in memory
+    std::unique_ptr<CURLM, FreeMulti> m_multi;
+    Transfers m_running;
+
+    Mutex m_mutex;
+    Transfers m_starting VELLUX_GUARDED_BY(m_mutex);
+    Transfers m_cancelled VELLUX_GUARDED_BY(m_mutex);
+    bool m_bClosed VELLUX_GUARDED_BY(m_mutex) = false;
+
+    std::thread m_thread; // last: it uses all of the above
+};
+
+} // namespace vellux

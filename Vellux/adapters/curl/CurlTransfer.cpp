@@ -1,0 +1,183 @@
+#include "adapters/curl/CurlTransfer.h"
+
+#include "support/Text.h"
+#include "support/Url.h"
+
+#include <sys/socket.h>
+
+#include <string_view>
+#include <utility>
+
+namespace vellux {
+
+namespace {
+
+constexpr std::size_t kLargestBody = std::size_t{16} * 1024 * 1024;
+constexpr std::chrono::milliseconds kSilence{100};
+constexpr long kMostRedirects = 20;
+constexpr long kOldestIdleConnection = 60; // seconds; servers and firewalls drop them silently
+constexpr const char* kProtocols = "http,https";
+
+bool breaksLine(std::string_view strText) {
+    return strText.find_first_of(std::string_view("\r\n\0", 3)) != std::string_view::npos;
+}
+
+bool hasField(const HttpHeaderFields& headerFields, std::string_view strName) {
+    for (const auto& field : headerFields)
+        if (toLower(field.first) == strName)
+            return true;
+    return false;
+}
+
+// curl's own way to write a field without a value ends in ";"; "Name:" would mean to leave the field out.
+std::string fieldLine(const std::string& strName, const std::string& strValue) {
+    const bool bBlank = strValue.find_first_not_of(" \t") == std::string::npos;
+    return bBlank ? strName + ";" : strName + ": " + strValue;
+}
+
+// Not inherited by programs that the desktop starts for us, such as the browser.
+curl_socket_t openSocket(void*, curlsocktype, curl_sockaddr* address) {
+    return socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
+}
+
+} // namespace
+
+std::optional<HttpError> refusalOf(const HttpRequest& request) {
+    if (!formsUrl(request.strUrl))
+        return HttpError{"not a URL"};
+    for (const auto& [strName, strValue] : request.headerFields)
+        if (breaksLine(strName) || breaksLine(strValue))
+            return HttpError{"line break in a header field"};
+    return std::nullopt;
+}
+
+CurlTransfer::CurlTransfer(HttpRequest request, Received received, Ended ended)
+    : m_request(std::move(request)), m_received(std::move(received)), m_ended(std::move(ended)) {}
+
+CurlTransfer::~CurlTransfer() = default;
+
+CURL* CurlTransfer::prepare(const CurlTransportOptions& options, CURLSH* share) {
+    m_easy.reset(curl_easy_init());
+    CURL* const easy = m_easy.get();
+    if (easy == nullptr)
+        return nullptr;
+
+    curl_easy_setopt(easy, CURLOPT_PRIVATE, this);
+    curl_easy_setopt(easy, CURLOPT_SHARE, share);
+    curl_easy_setopt(easy, CURLOPT_COOKIEFILE, ""); // cookies on, none read from anywhere
+    curl_easy_setopt(easy, CURLOPT_URL, m_request.strUrl.c_str());
+    curl_easy_setopt(easy, CURLOPT_PATH_AS_IS, 1L);
+    curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, kProtocols);
+    curl_easy_setopt(easy, CURLOPT_REDIR_PROTOCOLS_STR, kProtocols);
+    curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 1L);
+    curl_easy_setopt(easy, CURLOPT_MAXREDIRS, kMostRedirects);
+    curl_easy_setopt(easy, CURLOPT_HTTP_VERSION, CURL_HTTP_VERSION_1_1);
+    curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS,
+                     static_cast<long>(std::chrono::milliseconds(m_request.timeout).count()));
+    curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
+    curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L); // a name look-up that hangs doesn't hold the end up
+    curl_easy_setopt(easy, CURLOPT_MAXAGE_CONN, kOldestIdleConnection);
+    curl_easy_setopt(easy, CURLOPT_OPENSOCKETFUNCTION, openSocket);
+    curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &CurlTransfer::onBytes);
+    curl_easy_setopt(easy, CURLOPT_WRITEDATA, this);
+
+    curl_easy_setopt(easy, CURLOPT_SSL_VERIFYPEER, 1L);
+    curl_easy_setopt(easy, CURLOPT_SSL_VERIFYHOST, 2L);
+    if (const auto& strAuthorities = options.strTrustedAuthorities) {
+        curl_blob blob{const_cast<char*>(strAuthorities->data()), strAuthorities->size(), CURL_BLOB_COPY};
+        curl_easy_setopt(easy, CURLOPT_CAINFO_BLOB, &blob);
+        curl_easy_setopt(easy, CURLOPT_CAPATH, nullptr); // these authorities and no others
+    }
+    if (!options.bUseProxies)
+        curl_easy_setopt(easy, CURLOPT_PROXY, "");
+
+    if (m_request.body) {
+        curl_easy_setopt(easy, CURLOPT_POST, 1L);
+        curl_easy_setopt(easy, CURLOPT_POSTFIELDS, m_request.body->c_str()); // not copied; lives as long
+        curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(m_request.body->size()));
+    }
+    setHeaderFields();
+    return easy;
+}
+
+void CurlTransfer::release() {
+    m_easy.reset();
+}
+
+void CurlTransfer::setHeaderFields() {
+    const auto append = [this](const std::string& strLine) {
+        if (curl_slist* const list = curl_slist_append(m_headerFields.get(), strLine.c_str())) {
+            static_cast<void>(m_headerFields.release()); // the same list, or the first entry of a new one
+            m_headerFields.reset(list);
+        }
+    };
+    HttpHeaderFields headerFields = m_request.headerFields;
+    // curl writes the length itself, as the last field and with this value. Left to it, the field also
+    // disappears when a redirect turns the request into one without a body.
+    if (m_request.body && !headerFields.empty() &&
+        headerFields.back() ==
+            std::pair<std::string, std::string>("Content-Length", std::to_string(m_request.body->size())))
+        headerFields.pop_back();
+    for (const auto& [strName, strValue] : headerFields)
+        append(fieldLine(strName, strValue));
+    // What curl would add of its own.
+    for (const char* strOwn : {"Accept", "Expect", "Content-Type"})
+        if (!hasField(headerFields, toLower(strOwn)))
+            append(std::string(strOwn) + ":");
+    curl_easy_setopt(m_easy.get(), CURLOPT_HTTPHEADER, m_headerFields.get());
+}
+
+std::size_t CurlTransfer::onBytes(char* bytes, std::size_t nSize, std::size_t nCount, void* self) {
+    auto& transfer = *static_cast<CurlTransfer*>(self);
+    const std::size_t nBytes = nSize * nCount;
+    if (nBytes > kLargestBody - transfer.m_nTotal) {
+        transfer.m_bTooLarge = true;
+        return 0; // anything but nBytes ends the transfer
+    }
+    transfer.m_bytes.append(bytes, nBytes);
+    transfer.m_nTotal += nBytes;
+    transfer.m_lastPiece = Clock::now();
+    return nBytes;
+}
+
+std::optional<CurlTransfer::Clock::time_point> CurlTransfer::gatheredDue() const {
+    if (!m_received || m_bytes.empty())
+        return std::nullopt;
+    return m_lastPiece + kSilence;
+}
+
+void CurlTransfer::flush() {
+    if (m_received && !m_bytes.empty())
+        m_received(std::exchange(m_bytes, {}));
+}
+
+void CurlTransfer::end(CURLcode code) {
+    if (m_bTooLarge)
+        finish(HttpError{"body too large"});
+    else if (code != CURLE_OK)
+        finish(HttpError{curl_easy_strerror(code)});
+    else
+        finish(std::nullopt);
+}
+
+void CurlTransfer::end(HttpError error) {
+    finish(std::move(error));
+}
+
+void CurlTransfer::finish(std::optional<HttpError> error) {
+    flush();
+    HttpAnswer answer;
+    // An answer without content is an empty body; a failure without content is none.
+    if (!error || m_nTotal > 0)
+        answer.body = std::move(m_bytes);
+    answer.error = std::move(error);
+    m_received = nullptr;
+    std::exchange(m_ended, nullptr)(std::move(answer));
+}
+
+void CurlTransfer::abandon() {
+    m_received = nullptr;
+    m_ended = nullptr;
+}
+
+} // namespace vellux

@@ -1,0 +1,87 @@
+// One request on its way through curl.
+#pragma once
+
+#include "platform/HttpTransport.h"
+
+#include <curl/curl.h>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace vellux {
+
+/// What differs between the product, which uses the defaults, and programs with a server of their own.
+struct CurlTransportOptions {
+    /// Certificate authorities to trust, as PEM text; absent: the system's trust store. Verification is
+    /// always on.
+    std::optional<std::string> strTrustedAuthorities;
+    /// Whether the proxies that the environment names are used.
+    bool bUseProxies = true;
+};
+
+/// Why curl can't be asked for this at all; absent when it can. A URL that can't be formed, a header field
+/// with a line break or a zero byte in it: what would become another request than the one that was meant.
+std::optional<HttpError> refusalOf(const HttpRequest& request);
+
+/// One request, the easy handle that performs it, and what has come of it so far. Created anywhere, then used
+/// by the network thread alone, its callbacks included.
+class CurlTransfer {
+public:
+    using Clock = std::chrono::steady_clock;
+
+    /// Called with what came since the last call, once it is clear that nothing belongs to it any more: the
+    /// response is complete, or nothing came for 100 ms. Without one the whole body is given to `ended`.
+    using Received = std::function<void(std::string bytes)>;
+    /// Called once, last. Without a `received`, the answer holds the body.
+    using Ended = std::function<void(HttpAnswer answer)>;
+
+    CurlTransfer(HttpRequest request, Received received, Ended ended);
+    ~CurlTransfer();
+    CurlTransfer(const CurlTransfer&) = delete;
+    CurlTransfer& operator=(const CurlTransfer&) = delete;
+
+    /// Sets the easy handle up; null when curl can't make one.
+    CURL* prepare(const CurlTransportOptions& options, CURLSH* share);
+    CURL* handle() const { return m_easy.get(); }
+    /// Frees the easy handle, which is in no multi handle any more. On the network thread: the handle touches
+    /// what all of them share.
+    void release();
+
+    /// When gathered bytes are due; absent when there are none to hand on.
+    std::optional<Clock::time_point> gatheredDue() const;
+    /// Hands gathered bytes on.
+    void flush();
+
+    /// Ends the transfer, once; its callbacks, and what they hold, are gone afterwards.
+    void end(CURLcode code);
+    void end(HttpError error);
+    /// Ends the transfer without a call.
+    void abandon();
+
+private:
+    static std::size_t onBytes(char* bytes, std::size_t nSize, std::size_t nCount, void* self);
+    void setHeaderFields();
+    void finish(std::optional<HttpError> error);
+
+    struct FreeEasy {
+        void operator()(CURL* easy) const { curl_easy_cleanup(easy); }
+    };
+    struct FreeList {
+        void operator()(curl_slist* list) const { curl_slist_free_all(list); }
+    };
+
+    const HttpRequest m_request;
+    Received m_received;
+    Ended m_ended;
+    std::unique_ptr<curl_slist, FreeList> m_headerFields;
+    std::unique_ptr<CURL, FreeEasy> m_easy;
+    std::string m_bytes;
+    std::size_t m_nTotal = 0;
+    bool m_bTooLarge = false;
+    Clock::time_point m_lastPiece;
+};
+
+} // namespace vellux

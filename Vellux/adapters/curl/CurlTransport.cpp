@@ -1,0 +1,127 @@
+#include "adapters/curl/CurlTransport.h"
+
+#include <condition_variable>
+#include <mutex>
+#include <utility>
+
+namespace vellux {
+
+namespace {
+
+// Where a thread that sends waits for its answer.
+class Waiter {
+public:
+    void finish(HttpAnswer answer) {
+        const std::lock_guard lock(m_mutex);
+        m_answer = std::move(answer);
+        m_finished.notify_one(); // under the lock: the waiter may be gone right after
+    }
+
+    HttpAnswer wait() {
+        std::unique_lock lock(m_mutex);
+        m_finished.wait(lock, [this] { return m_answer.has_value(); });
+        return std::move(*m_answer);
+    }
+
+private:
+    std::mutex m_mutex;
+    std::condition_variable m_finished;
+    std::optional<HttpAnswer> m_answer;
+};
+
+// An asynchronous request. Its callbacks are posted to main and hold it until the last of them has run.
+class CurlConnection : public HttpConnection, public std::enable_shared_from_this<CurlConnection> {
+public:
+    CurlConnection(MainThread& mainThread, std::shared_ptr<CurlNetwork> network, HttpRequest request,
+                   HttpConnectionDelegate& delegate)
+        : m_mainThread(mainThread), m_network(std::move(network)), m_request(std::move(request)),
+          m_delegate(delegate) {}
+
+    void start() override {
+        if (std::exchange(m_bStarted, true) || m_bCancelled)
+            return;
+        if (auto error = refusalOf(m_request)) {
+            postEnd({std::nullopt, std::move(error)});
+            return;
+        }
+        m_transfer = std::make_shared<CurlTransfer>(
+            m_request, [self = shared_from_this()](std::string bytes) { self->postData(std::move(bytes)); },
+            [self = shared_from_this()](HttpAnswer answer) { self->postEnd(std::move(answer)); });
+        if (!m_network->start(m_transfer))
+            m_transfer = nullptr;
+    }
+
+    void cancel() override {
+        m_bCancelled = true;
+        if (m_transfer != nullptr)
+            m_network->cancel(std::exchange(m_transfer, nullptr));
+    }
+
+private:
+    // Network thread.
+    void postData(std::string bytes) {
+        m_mainThread.post([self = shared_from_this(), bytes = std::move(bytes)] { self->deliver(bytes); });
+    }
+    void postEnd(HttpAnswer answer) {
+        m_mainThread.post([self = shared_from_this(), answer = std::move(answer)] { self->finish(answer); });
+    }
+
+    // Main thread. Any of these may cancel the connection.
+    void respond() {
+        if (!m_bCancelled && !std::exchange(m_bResponded, true))
+            m_delegate.connectionDidReceiveResponse(*this);
+    }
+    void deliver(const std::string& bytes) {
+        respond();
+        if (!m_bCancelled)
+            m_delegate.connectionDidReceiveData(*this, bytes);
+    }
+    void finish(const HttpAnswer& answer) {
+        m_transfer = nullptr; // and with it the circle that kept this connection alive
+        if (!answer.error)
+            respond();
+        else if (!m_bCancelled)
+            m_delegate.connectionDidFailWithError(*this, *answer.error);
+    }
+
+    MainThread& m_mainThread;
+    const std::shared_ptr<CurlNetwork> m_network;
+    const HttpRequest m_request;
+    HttpConnectionDelegate& m_delegate;
+    // Main thread's own.
+    std::shared_ptr<CurlTransfer> m_transfer;
+    bool m_bStarted = false;
+    bool m_bCancelled = false;
+    bool m_bResponded = false;
+};
+
+} // namespace
+
+CurlTransport::CurlTransport(MainThread& mainThread, CurlTransportOptions options)
+    : m_mainThread(mainThread), m_network(std::make_shared<CurlNetwork>(std::move(options))) {}
+
+CurlTransport::~CurlTransport() {
+    m_network->stop();
+}
+
+HttpAnswer CurlTransport::sendSynchronousRequest(const HttpRequest& request) {
+    if (auto error = refusalOf(request))
+        return {std::nullopt, std::move(error)};
+    Waiter waiter;
+    const auto transfer = std::make_shared<CurlTransfer>(
+        request, nullptr, [&waiter](HttpAnswer answer) { waiter.finish(std::move(answer)); });
+    if (!m_network->start(transfer))
+        return {std::nullopt, HttpError{"closed"}};
+    return waiter.wait();
+}
+
+std::shared_ptr<HttpConnection> CurlTransport::createConnection(const HttpRequest& request,
+                                                                HttpConnectionDelegate& delegate) {
+    return std::make_shared<CurlConnection>(m_mainThread, m_network, request, delegate);
+}
+
+void CurlTransport::close() {
+    m_network->close();
+}
+
+} // namespace vellux

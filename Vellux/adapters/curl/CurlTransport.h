@@ -1,0 +1,37 @@
+// The HTTP port on libcurl.
+#pragma once
+
+#include "adapters/curl/CurlNetwork.h"
+#include "platform/HttpTransport.h"
+#include "platform/MainThread.h"
+
+#include <memory>
+
+namespace vellux {
+
+/// Any thread may send; callbacks of asynchronous requests go to the main thread. All requests ride on the
+/// connections of one pool, whichever thread asks.
+class CurlTransport : public HttpTransport {
+public:
+    /// Starts the network thread. `mainThread` must outlive the transport.
+    explicit CurlTransport(MainThread& mainThread, CurlTransportOptions options = {});
+    /// Closes and waits for the network thread. Connections that somebody still holds are then dead.
+    ~CurlTransport() override;
+    CurlTransport(const CurlTransport&) = delete;
+    CurlTransport& operator=(const CurlTransport&) = delete;
+
+    HttpAnswer sendSynchronousRequest(const HttpRequest& request) override;
+    std::shared_ptr<HttpConnection> createConnection(const HttpRequest& request,
+                                                     HttpConnectionDelegate& delegate) override;
+
+    /// Cancels what is under way: synchronous requests return an error at once, asynchronous ones call nobody
+    /// back, and later requests fail. Any thread.
+    void close();
+
+private:
+    MainThread& m_mainThread;
+    // Shared with the connections, which may outlive the transport: their holders are never destroyed.
+    std::shared_ptr<CurlNetwork> m_network;
+};
+
+} // namespace vellux

@@ -1,0 +1,74 @@
+// hidapi would list devices, too, but its 0.13 ends the program when one leaves while it is being listed: it
+// takes the length of an attribute that can no longer be read. Bad contacts and a resume from sleep do just
+// that, so this asks udev itself.
+
+#include "adapters/hidapi/HidrawListing.h"
+
+#include "adapters/hidapi/Udev.h"
+
+#include <array>
+#include <cstdio>
+#include <fstream>
+#include <string>
+#include <sys/stat.h>
+
+namespace vellux {
+
+namespace {
+
+std::uint16_t primaryUsageOf(const std::string& strPlace) {
+    std::array<char, 4096> bytes{}; // the kernel takes none that is longer
+    std::ifstream file(strPlace + "/report_descriptor", std::ios::binary);
+    file.read(bytes.data(), bytes.size());
+    return primaryUsage(
+        {reinterpret_cast<const std::uint8_t*>(bytes.data()), static_cast<std::size_t>(file.gcount())});
+}
+
+// The kernel numbers the HID devices that it meets, and the number is part of their place in sysfs; the node's
+// inode is new whenever a driver takes a device up anew.
+std::string instanceOf(const char* strPlace, const char* strPath) {
+    struct stat node {};
+    const bool bNode = ::stat(strPath, &node) == 0;
+    return std::string(strPlace) + '#' + (bNode ? std::to_string(node.st_ino) : "");
+}
+
+// Whatever is null has left.
+std::optional<HidrawEntry> describe(udev* pUdev, const char* strPlace) {
+    const UdevPtr<udev_device> node(udev_device_new_from_syspath(pUdev, strPlace));
+    if (node == nullptr)
+        return std::nullopt;
+    const char* strPath = udev_device_get_devnode(node.get());
+    udev_device* pHid = udev_device_get_parent_with_subsystem_devtype(node.get(), "hid", nullptr); // node's
+    if (strPath == nullptr || pHid == nullptr)
+        return std::nullopt;
+    const char* strHidPlace = udev_device_get_syspath(pHid);
+    const char* strID = udev_device_get_property_value(pHid, "HID_ID"); // bus:vendor:product
+    unsigned nVendorID = 0;
+    unsigned nProductID = 0;
+    if (strHidPlace == nullptr || strID == nullptr ||
+        std::sscanf(strID, "%*4x:%8x:%8x", &nVendorID, &nProductID) != 2)
+        return std::nullopt;
+    return HidrawEntry{strPath, instanceOf(strPlace, strPath), static_cast<std::uint16_t>(nVendorID),
+                       static_cast<std::uint16_t>(nProductID), primaryUsageOf(strHidPlace)};
+}
+
+} // namespace
+
+std::vector<HidrawEntry> listHidrawDevices() {
+    std::vector<HidrawEntry> devices;
+    const UdevPtr<udev> context(udev_new());
+    if (context == nullptr)
+        return devices;
+    const UdevPtr<udev_enumerate> enumeration(udev_enumerate_new(context.get()));
+    if (enumeration == nullptr || udev_enumerate_add_match_subsystem(enumeration.get(), "hidraw") < 0 ||
+        udev_enumerate_scan_devices(enumeration.get()) < 0)
+        return devices;
+    udev_list_entry* pEntry = nullptr;
+    udev_list_entry_foreach(pEntry, udev_enumerate_get_list_entry(enumeration.get())) {
+        if (auto entry = describe(context.get(), udev_list_entry_get_name(pEntry)))
+            devices.push_back(std::move(*entry));
+    }
+    return devices;
+}
+
+} // namespace vellux

@@ -1,0 +1,140 @@
+#include "adapters/hidapi/HidrawManager.h"
+
+#include "adapters/hidapi/HidrawDevice.h"
+#include "adapters/hidapi/HidrawWatch.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <utility>
+
+namespace vellux {
+
+// Main thread only. Notices that are queued own it, and find here what has become of their manager.
+struct HidrawManager::Notices {
+    using Callback = std::function<void(const HidDeviceRef&)>;
+
+    Callback arrival;
+    Callback removal;
+    bool bScheduled = false;
+    std::uint64_t nSession = 0; // counts every open() and close()
+
+    /// The call that delivers one notice, unless its session is over by then.
+    static std::function<void()> call(std::shared_ptr<Notices> notices, std::uint64_t nSession,
+                                      Callback Notices::*pWhich, HidDeviceRef device) {
+        return [notices = std::move(notices), nSession, pWhich, device = std::move(device)] {
+            if (notices->nSession != nSession || !notices->bScheduled)
+                return;
+            const Callback callback = (*notices).*pWhich; // a copy: it may unregister itself
+            if (callback)
+                callback(device);
+        };
+    }
+};
+
+HidrawManager::HidrawManager(MainThread& mainThread)
+    : m_mainThread(mainThread), m_notices(std::make_shared<Notices>()),
+      m_handles(std::make_shared<HidrawHandles>()) {}
+
+HidrawManager::~HidrawManager() {
+    HidrawManager::close();
+}
+
+void HidrawManager::requireMainThread() const {
+    if (m_mainThread.isCurrent())
+        return;
+    std::fputs("vellux: the HID manager was called on another thread than the main thread\n", stderr);
+    std::abort();
+}
+
+bool HidrawManager::create() {
+    close();
+    m_matching.clear();
+    m_notices->arrival = {};
+    m_notices->removal = {};
+    m_notices->bScheduled = false;
+    return true;
+}
+
+void HidrawManager::setDeviceMatchingMultiple(const std::vector<HidMatching>& matching) {
+    requireMainThread();
+    m_matching = matching;
+}
+
+void HidrawManager::registerDeviceMatchingCallback(std::function<void(const HidDeviceRef&)> callback) {
+    requireMainThread();
+    m_notices->arrival = std::move(callback);
+}
+
+void HidrawManager::registerDeviceRemovalCallback(std::function<void(const HidDeviceRef&)> callback) {
+    requireMainThread();
+    m_notices->removal = std::move(callback);
+}
+
+void HidrawManager::scheduleWithRunLoop() {
+    requireMainThread();
+    m_notices->bScheduled = true;
+}
+
+void HidrawManager::unscheduleFromRunLoop() {
+    requireMainThread();
+    m_notices->bScheduled = false;
+}
+
+HidResult HidrawManager::open() {
+    requireMainThread();
+    if (m_watch.get() != nullptr)
+        return 0;
+    const std::uint64_t nSession = ++m_notices->nSession;
+    auto report = [notices = m_notices, nSession, &mainThread = m_mainThread](const HidrawChanges& changes) {
+        for (const HidDeviceRef& device : changes.removed)
+            mainThread.post(Notices::call(notices, nSession, &Notices::removal, device));
+        for (const HidDeviceRef& device : changes.arrived)
+            mainThread.post(Notices::call(notices, nSession, &Notices::arrival, device));
+    };
+    auto watch = std::make_shared<HidrawWatch>(m_handles, m_matching, std::move(report));
+    const HidResult result = watch->start();
+    if (result == 0)
+        m_watch.set(std::move(watch));
+    return result;
+}
+
+void HidrawManager::close() {
+    requireMainThread();
+    ++m_notices->nSession;
+    const std::shared_ptr<HidrawWatch> watch = m_watch.get();
+    if (watch == nullptr)
+        return;
+    m_watch.set(nullptr);
+    watch->stop();
+}
+
+std::optional<HidDeviceList> HidrawManager::copyDevices() {
+    requireMainThread();
+    const std::shared_ptr<HidrawWatch> watch = m_watch.get();
+    if (watch == nullptr)
+        return std::nullopt;
+    return watch->devices();
+}
+
+std::optional<std::int64_t> HidrawManager::deviceGetProperty(const HidDeviceRef& device,
+                                                             std::string_view strKey) {
+    requireMainThread();
+    const auto* const pDevice = dynamic_cast<const HidrawDevice*>(device.get());
+    if (pDevice == nullptr)
+        return std::nullopt;
+    return hidrawProperty(pDevice->entry(), strKey);
+}
+
+HidResult HidrawManager::deviceSetReport(const HidDeviceRef& device, HidReportType type,
+                                         std::uint8_t byReportID, std::span<const std::uint8_t> payload) {
+    auto* const pDevice = dynamic_cast<HidrawDevice*>(device.get());
+    return pDevice != nullptr ? pDevice->send(type, byReportID, payload) : ENODEV;
+}
+
+void HidrawManager::redeliver() {
+    if (const std::shared_ptr<HidrawWatch> watch = m_watch.get())
+        watch->redeliver();
+}
+
+} // namespace vellux

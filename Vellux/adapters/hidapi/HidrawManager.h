@@ -1,0 +1,67 @@
+// The HID port on hidapi's hidraw backend.
+#pragma once
+
+#include "platform/HidManager.h"
+#include "platform/MainThread.h"
+#include "support/Shared.h"
+
+#include <memory>
+#include <vector>
+
+namespace vellux {
+
+class HidrawHandles;
+class HidrawWatch;
+
+/// The process's one HID manager. Everything that is global in hidapi happens on its device-watch thread,
+/// which runs from open() to close(); reports are written on the threads that send them. No lock is held
+/// while a notice is delivered.
+class HidrawManager : public HidManager {
+public:
+    /// `mainThread` must outlive the manager; notices are posted to it.
+    explicit HidrawManager(MainThread& mainThread);
+    /// Closes the manager. Main thread.
+    ~HidrawManager() override;
+    HidrawManager(const HidrawManager&) = delete;
+    HidrawManager& operator=(const HidrawManager&) = delete;
+
+    /// A fresh manager, with nothing matched and nothing registered; one that was open is closed.
+    bool create() override;
+    /// Counts from the next open() on.
+    void setDeviceMatchingMultiple(const std::vector<HidMatching>& matching) override;
+    void registerDeviceMatchingCallback(std::function<void(const HidDeviceRef&)> callback) override;
+    void registerDeviceRemovalCallback(std::function<void(const HidDeviceRef&)> callback) override;
+    void scheduleWithRunLoop() override;
+    /// Notices that are due while the manager is not scheduled are dropped, not kept.
+    void unscheduleFromRunLoop() override;
+    /// Waits until each device has been listed and opened. Without a udev daemon the devices that are there
+    /// are found, but later changes are not noticed.
+    HidResult open() override;
+    /// Waits for the device-watch thread, which takes as long as the opening of a device under way.
+    void close() override;
+
+    /// Absent while the manager is not open. A device keeps its place in the list for as long as it is there.
+    std::optional<HidDeviceList> copyDevices() override;
+    std::optional<std::int64_t> deviceGetProperty(const HidDeviceRef& device,
+                                                  std::string_view strKey) override;
+    /// errno of the failure; EACCES and the like for a device that may not be opened, ENODEV for one that is
+    /// gone or not of this manager, EIO when a part of the report was taken.
+    HidResult deviceSetReport(const HidDeviceRef& device, HidReportType type, std::uint8_t byReportID,
+                              std::span<const std::uint8_t> payload) override;
+
+    /// Delivers a removal and an arrival for every device that is there: lights lose their state while the
+    /// system sleeps. Does nothing while the manager is not open. Any thread; returns at once.
+    void redeliver();
+
+private:
+    struct Notices;
+    void requireMainThread() const;
+
+    MainThread& m_mainThread;
+    const std::shared_ptr<Notices> m_notices;
+    const std::shared_ptr<HidrawHandles> m_handles;
+    std::vector<HidMatching> m_matching;          // main thread only
+    Shared<std::shared_ptr<HidrawWatch>> m_watch; // null while not open; set by the main thread
+};
+
+} // namespace vellux

@@ -1,0 +1,65 @@
+// The device watch: the thread that lists the devices, opens them and follows their coming and going.
+#pragma once
+
+#include "adapters/hidapi/HidrawCatalogue.h"
+#include "adapters/hidapi/HidrawDevice.h"
+#include "adapters/hidapi/HotplugSource.h"
+#include "adapters/hidapi/WakeUp.h"
+#include "support/Shared.h"
+
+#include <atomic>
+#include <functional>
+#include <future>
+#include <memory>
+#include <thread>
+#include <vector>
+
+namespace vellux {
+
+/// Started once, stopped once. Idle, it sleeps without a timer.
+class HidrawWatch {
+public:
+    /// Called on the watch's thread after each listing with what changed; the list that devices() gives is up
+    /// to date by then.
+    using Report = std::function<void(const HidrawChanges&)>;
+
+    HidrawWatch(std::shared_ptr<HidrawHandles> handles, std::vector<HidMatching> matching, Report report);
+    /// Stops the watch.
+    ~HidrawWatch();
+    HidrawWatch(const HidrawWatch&) = delete;
+    HidrawWatch& operator=(const HidrawWatch&) = delete;
+
+    /// Starts the thread and waits until the devices have been listed, opened and reported for the first time.
+    /// 0, or the platform's code.
+    HidResult start();
+    /// Ends the thread and waits for it, which takes as long as the opening of a device under way. Nothing is
+    /// reported any more after that, and devices() is empty. The thread that called start().
+    void stop();
+
+    /// Lists anew and reports each present device as gone and come. Any thread; returns at once.
+    void redeliver();
+    /// The present devices. Any thread.
+    HidDeviceList devices() const { return m_devices.get(); }
+
+private:
+    void run(std::promise<HidResult> listed);
+    void settle();
+    void refresh(bool bRedeliver);
+    HidrawOpened open(const HidrawEntry& entry);
+
+    const std::shared_ptr<HidrawHandles> m_handles;
+    const std::vector<HidMatching> m_matching;
+    const Report m_report;
+    const std::shared_ptr<WakeUp> m_wake = std::make_shared<WakeUp>();
+    std::atomic<bool> m_bStop{false};
+    std::atomic<bool> m_bRedeliver{false};
+    Shared<HidDeviceList> m_devices;
+
+    // The watch's thread only.
+    std::unique_ptr<HotplugSource> m_hotplug;
+    HidrawCatalogue m_catalogue;
+
+    std::thread m_thread;
+};
+
+} // namespace vellux

@@ -1,0 +1,122 @@
+// The adapters to Linux as far as any machine shows them, whatever devices it has.
+
+#include "adapters/hidapi/HidrawManager.h"
+#include "adapters/linux/LinuxThreads.h"
+#include "adapters/linux/StandardDirectories.h"
+#include "adapters/linux/SystemClock.h"
+#include "fakes/Watchdog.h"
+#include "support/CallQueue.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <chrono>
+#include <sys/resource.h>
+#include <thread>
+
+using namespace vellux;
+
+namespace {
+
+// Files in the wrong place for anyone who has set one of the variables, sets it wrongly or not at all.
+TEST(StandardDirectories, DataHomeComesFromTheFirstAbsoluteValue) {
+    constexpr std::nullopt_t unset = std::nullopt;
+    const struct {
+        UserEnvironment environment;
+        const char* strDataHome;
+    } rows[] = {
+        {{"/data", "/home/x", "/account"}, "/data"},
+        {{"/data//", "/home/x", "/account"}, "/data"},
+        {{"/", "/home/x", "/account"}, "/"},
+        {{"", "/home/x", "/account"}, "/home/x/.local/share"},
+        {{"data", "/home/x", "/account"}, "/home/x/.local/share"},
+        {{"~/data", "/home/x/", "/account"}, "/home/x/.local/share"},
+        {{unset, "", "/account"}, "/account/.local/share"},
+        {{unset, "home/x", "/account/"}, "/account/.local/share"},
+        {{unset, unset, "/account"}, "/account/.local/share"},
+        {{unset, "/", "/account"}, "/.local/share"},
+        {{unset, unset, unset}, "/.local/share"},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(userDataHome(row.environment), row.strDataHome);
+}
+
+TEST(StandardDirectories, TheReaderTellsUnsetFromEmpty) {
+    ::unsetenv("XDG_DATA_HOME");
+    ::setenv("HOME", "", 1);
+    const UserEnvironment environment = readUserEnvironment();
+    EXPECT_EQ(environment.strXdgDataHome, std::nullopt);
+    EXPECT_EQ(environment.strHome, "");
+    EXPECT_EQ(userDataHome(environment).front(), '/');
+}
+
+// A scale turned upside down, or a program that takes back what nice(1) was told.
+TEST(LinuxThreads, PrioritiesBecomeNiceValues) {
+    const struct {
+        double dPriority;
+        int nCurrent, nNice;
+    } rows[] = {{1.0, 0, 0},   {0.5, 0, 0},  {0.25, 0, 10}, {0.0, 0, 19},
+                {-1.0, 0, 19}, {2.0, -5, 0}, {1.0, 5, 5},   {0.25, 5, 10}};
+    for (const auto& row : rows)
+        EXPECT_EQ(niceValue(row.dPriority, row.nCurrent), row.nNice) << row.dPriority << " " << row.nCurrent;
+}
+
+// The whole process slowed down by one thread.
+TEST(LinuxThreads, OnlyTheCallingThreadChanges) {
+    const int nBefore = ::getpriority(PRIO_PROCESS, 0);
+    int nThread = 0;
+    std::thread([&] {
+        LinuxThreads().setCurrentThreadPriority(0.0);
+        nThread = ::getpriority(PRIO_PROCESS, 0);
+    }).join();
+    EXPECT_EQ(nThread, 19);
+    EXPECT_EQ(::getpriority(PRIO_PROCESS, 0), nBefore);
+}
+
+TEST(SystemClock, SleepsAtLeastAsLongAsAskedAndNeverForNothing) {
+    const Watchdog watchdog("sleep");
+    SystemClock clock;
+    const auto begin = std::chrono::steady_clock::now();
+    clock.sleep(Seconds(0.02));
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(20));
+    clock.sleep(Seconds(0));
+    clock.sleep(Seconds(-1e300));
+}
+
+// A watch that can't be ended or started again, and notices for nobody.
+TEST(HidrawManager, OpensAndClosesAgainAndAgain) {
+    const Watchdog watchdog("device watch");
+    CallQueue mainThread;
+    HidrawManager manager(mainThread);
+    int nNotices = 0;
+    EXPECT_FALSE(manager.copyDevices());
+    manager.redeliver();
+    manager.close();
+    for (int n = 0; n < 3; ++n) {
+        ASSERT_TRUE(manager.create());
+        manager.setDeviceMatchingMultiple({{{"VendorID", -1}}}); // no device has it
+        manager.registerDeviceMatchingCallback([&](const HidDeviceRef&) { ++nNotices; });
+        manager.registerDeviceRemovalCallback([&](const HidDeviceRef&) { ++nNotices; });
+        manager.scheduleWithRunLoop();
+        ASSERT_EQ(manager.open(), 0U);
+        EXPECT_EQ(manager.copyDevices(), HidDeviceList{});
+        manager.redeliver();
+        mainThread.runPending();
+        manager.close();
+        EXPECT_FALSE(manager.copyDevices());
+    }
+    mainThread.runPending();
+    EXPECT_EQ(nNotices, 0);
+}
+
+TEST(HidrawManager, ReferencesOfOthersAreNoDevicesOfTheManager) {
+    CallQueue mainThread;
+    HidrawManager manager(mainThread);
+    const std::uint8_t byPayload = 0;
+    for (const HidDeviceRef& device : {HidDeviceRef(), std::make_shared<HidDevice>()}) {
+        EXPECT_EQ(manager.deviceSetReport(device, HidReportType::Output, 0, {&byPayload, 1}), ENODEV);
+        EXPECT_EQ(manager.deviceGetProperty(device, "VendorID"), std::nullopt);
+    }
+}
+
+} // namespace

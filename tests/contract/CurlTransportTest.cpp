@@ -1,0 +1,263 @@
+// The HTTP adapter against plain sockets: what goes out byte by byte, and what is made of what comes back.
+
+#include "adapters/curl/CurlTransport.h"
+#include "contract/RawServer.h"
+#include "support/CallQueue.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+using vellux::HttpAnswer;
+using vellux::HttpConnection;
+using vellux::HttpError;
+using vellux::HttpRequest;
+
+namespace {
+
+using Texts = std::vector<std::string>;
+
+HttpRequest get(const std::string& strUrl) {
+    return {"GET", strUrl, {{"Authorization", "Bearer T"}}, {}, {}};
+}
+
+class CurlTransportTest : public testing::Test, protected vellux::HttpConnectionDelegate {
+protected:
+    CurlTransportTest() { setenv("http_proxy", "http://127.0.0.1:1", 1); } // to be ignored when told to
+
+    HttpAnswer send(HttpRequest request) {
+        request.timeout = std::chrono::seconds(20);
+        return transport.sendSynchronousRequest(request);
+    }
+    std::shared_ptr<HttpConnection> poll(const std::string& strUrl, int nTimeout = 20) {
+        HttpRequest request = get(strUrl);
+        request.timeout = std::chrono::seconds(nTimeout);
+        auto connection = transport.createConnection(request, *this);
+        connection->start();
+        return connection;
+    }
+    void runUntil(const std::function<bool()>& condition) {
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+        while (!condition()) {
+            ASSERT_LT(std::chrono::steady_clock::now(), deadline) << testing::PrintToString(heard);
+            mainThread.runPending();
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    }
+    void runUntilHeard(std::size_t nCount) {
+        runUntil([&] { return heard.size() >= nCount; });
+    }
+
+    void connectionDidReceiveResponse(HttpConnection&) override { hear("response"); }
+    void connectionDidReceiveData(HttpConnection&, std::string_view data) override {
+        hear("data " + std::string(data));
+    }
+    void connectionDidFailWithError(HttpConnection&, const HttpError&) override { hear("failed"); }
+    void hear(const std::string& strLine) {
+        EXPECT_TRUE(mainThread.isCurrent());
+        heard.push_back(strLine);
+    }
+
+    vellux::CallQueue mainThread;
+    vellux::CurlTransport transport{mainThread, {std::nullopt, false}};
+    Texts heard;
+};
+
+} // namespace
+
+// Guards against fields that curl adds, reorders or repeats: servers are particular about this wire form.
+TEST_F(CurlTransportTest, SendsExactlyTheseBytes) {
+    RawServer server({RawServer::answer("{}"), RawServer::answer("{}"), RawServer::answer("{}")});
+    EXPECT_TRUE(send({"POST",
+                      server.origin() + "/WebTicket/oauthtoken",
+                      {{"Content-Type", "application/x-www-form-urlencoded"}, {"Content-Length", "47"}},
+                      "grant_type=password&username=C\\p&password=\xC3\xA9+&=",
+                      {}})
+                    .succeeded());
+    EXPECT_TRUE(
+        send({"POST",
+              server.origin() + "/a/./../b?ack=1",
+              {{"Content-Type", "application/json"}, {"Authorization", "  "}, {"Content-Length", "2"}},
+              "{}",
+              {}})
+            .succeeded());
+    EXPECT_TRUE(send(get(server.origin() + "/p")).succeeded());
+    const std::string strHost = "Host: " + server.host() + "\r\n";
+    EXPECT_EQ(server.requests(),
+              (Texts{"POST /WebTicket/oauthtoken HTTP/1.1\r\n" + strHost +
+                         "Content-Type: application/x-www-form-urlencoded\r\nContent-Length: 47\r\n\r\n"
+                         "grant_type=password&username=C\\p&password=\xC3\xA9+&=",
+                     "POST /a/./../b?ack=1 HTTP/1.1\r\n" + strHost +
+                         "Content-Type: application/json\r\nAuthorization:\r\nContent-Length: 2\r\n\r\n{}",
+                     "GET /p HTTP/1.1\r\n" + strHost + "Authorization: Bearer T\r\n\r\n"}));
+    EXPECT_EQ(server.connections(), 1) << "all requests ride on one connection";
+}
+
+// Guards against reading the status code, and against taking "no content" for "no body" or the reverse.
+TEST_F(CurlTransportTest, TellsBodiesFromFailures) {
+    struct {
+        const char* strWhat;
+        RawServer::Reply reply;
+        std::optional<std::string> body;
+        bool bError;
+    } const cases[] = {
+        {"error page", RawServer::answer("<p>", "500 Oh"), "<p>", false},
+        {"unauthorized", RawServer::answer("x", "401 No", "WWW-Authenticate: Negotiate\r\n"), "x", false},
+        {"no content", {RawServer::send("HTTP/1.1 204 No Content\r\n\r\n")}, "", false},
+        {"empty", RawServer::answer(""), "", false},
+        {"zero bytes inside", RawServer::answer(std::string("a\0b", 3)), std::string("a\0b", 3), false},
+        {"cut in the body",
+         {RawServer::send("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nhalf"), RawServer::close()},
+         "half",
+         true},
+        {"cut before the body",
+         {RawServer::send("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\n"), RawServer::close()},
+         std::nullopt,
+         true},
+        {"no HTTP", {RawServer::send("hello\r\n\r\n"), RawServer::close()}, std::nullopt, true},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.strWhat);
+        RawServer server({each.reply});
+        const HttpAnswer answer = send(get(server.origin() + "/"));
+        EXPECT_EQ(answer.body, each.body);
+        EXPECT_EQ(answer.error.has_value(), each.bError);
+    }
+}
+
+// Guards against memory being filled by a server that never ends.
+TEST_F(CurlTransportTest, RefusesBodiesOverSixteenMebibytes) {
+    constexpr std::size_t kLimit = 16 * 1024 * 1024;
+    RawServer server(
+        {RawServer::answer(std::string(kLimit, 'x')), RawServer::answer(std::string(kLimit + 1, 'x'))});
+    EXPECT_TRUE(send(get(server.origin() + "/")).succeeded());
+    EXPECT_FALSE(send(get(server.origin() + "/")).succeeded());
+}
+
+// Guards against a token or a link smuggling in a header field, a second request or another protocol.
+TEST_F(CurlTransportTest, RefusesMalformedRequestsBeforeSending) {
+    RawServer server({});
+    for (const std::string& strValue : Texts{"a\r\nX: y", "a\n", "a\r", std::string("a\0b", 3)}) {
+        HttpRequest request = get(server.origin() + "/");
+        request.headerFields[0].second = strValue;
+        EXPECT_FALSE(send(request).succeeded());
+    }
+    for (const std::string& strUrl : Texts{server.origin() + "/a b", server.origin() + "/\xC3\xA9",
+                                           "http://127.0.0.1:port/", "file:///etc/hostname", ""})
+        EXPECT_FALSE(send(get(strUrl)).succeeded()) << strUrl;
+    poll(server.origin() + "/a b");
+    runUntilHeard(1);
+    EXPECT_EQ(heard, Texts{"failed"});
+    EXPECT_EQ(server.connections(), 0);
+}
+
+// Guards against a redirected sign-in hanging on a body that is no longer sent, and against leaving http.
+TEST_F(CurlTransportTest, FollowsRedirectsWithinHttp) {
+    RawServer server({RawServer::answer("", "302 Found", "Location: /next\r\n"), RawServer::answer("there"),
+                      RawServer::answer("", "302 Found", "Location: file:///etc/hostname\r\n")});
+    const HttpRequest post = {"POST",
+                              server.origin() + "/",
+                              {{"Content-Type", "application/json"}, {"Content-Length", "2"}},
+                              "{}",
+                              {}};
+    EXPECT_EQ(send(post).body, "there");
+    EXPECT_EQ(server.requests().at(1),
+              "GET /next HTTP/1.1\r\nHost: " + server.host() + "\r\nContent-Type: application/json\r\n\r\n");
+    EXPECT_TRUE(send(post).error.has_value());
+}
+
+// Guards against a session that the server ties to a cookie being lost between requests.
+TEST_F(CurlTransportTest, KeepsCookiesInMemory) {
+    RawServer server({RawServer::answer("", "200 OK", "Set-Cookie: s=1; Path=/\r\n"), RawServer::answer("")});
+    send(get(server.origin() + "/"));
+    send(get(server.origin() + "/"));
+    EXPECT_NE(server.requests().at(1).find("Cookie: s=1\r\n"), std::string::npos);
+}
+
+// Guards against a batch of events falling apart into pieces that are each unreadable. A busy machine may
+// really fall silent for 100 ms, so one whole delivery in ten tries is enough; without gathering there is none.
+TEST_F(CurlTransportTest, GathersPiecesThatBelongTogether) {
+    const RawServer::Reply inPieces = {RawServer::send("HTTP/1.1 200 OK\r\nContent-Length: 8\r\n\r\nab"),
+                                       RawServer::send("cd"), RawServer::send("ef"), RawServer::send("gh")};
+    RawServer server(std::vector<RawServer::Reply>(10, inPieces));
+    int nWhole = 0;
+    for (int n = 0; n < 10 && nWhole == 0; ++n) {
+        heard.clear();
+        poll(server.origin() + "/");
+        runUntil([&] { return !heard.empty() && heard.back().ends_with("gh"); });
+        nWhole += heard == Texts{"response", "data abcdefgh"} ? 1 : 0;
+    }
+    EXPECT_EQ(nWhole, 1);
+}
+
+// Guards against a batch waiting for the end of an answer that the server keeps open, and against a cut
+// connection hiding what came before it.
+TEST_F(CurlTransportTest, DeliversAfterSilenceAndThenTheFailure) {
+    RawServer server({{RawServer::send("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nab"),
+                       RawServer::waitForGo(), RawServer::send("cd"), RawServer::close()}});
+    poll(server.origin() + "/"); // the reference is dropped at once: that cancels nothing
+    runUntilHeard(2);
+    EXPECT_EQ(heard, (Texts{"response", "data ab"}));
+    server.go();
+    runUntilHeard(4);
+    EXPECT_EQ(heard, (Texts{"response", "data ab", "data cd", "failed"}));
+}
+
+// Guards against a second start asking twice, and a callback arriving after a cancel, even one already queued.
+TEST_F(CurlTransportTest, CallsNobodyAfterCancel) {
+    RawServer server({RawServer::answer("one"), RawServer::answer("two")});
+    const auto connection = poll(server.origin() + "/1");
+    connection->start();
+    while (server.requests().empty())
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    send(get(server.origin() + "/2")); // the first answer is through, or about to be
+    connection->cancel();
+    connection->cancel();
+    transport.close();
+    mainThread.runPending();
+    EXPECT_EQ(heard, Texts{});
+    EXPECT_EQ(server.requests().size(), 2U);
+}
+
+// Guards against a long poll that nobody answers lasting forever, and against a time limit that starts anew
+// with every byte.
+TEST_F(CurlTransportTest, TimesOut) {
+    RawServer server({{RawServer::waitForGo()}});
+    poll(server.origin() + "/", 1);
+    runUntilHeard(1);
+    EXPECT_EQ(heard, Texts{"failed"});
+}
+
+// Guards against a program that can't end while a server keeps it waiting.
+TEST_F(CurlTransportTest, CloseFreesAWaitingThread) {
+    RawServer server({{RawServer::waitForGo()}});
+    HttpAnswer answer;
+    std::thread waiting([&] { answer = send(get(server.origin() + "/")); });
+    while (server.requests().empty())
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    transport.close();
+    waiting.join();
+    EXPECT_TRUE(answer.error.has_value());
+    EXPECT_FALSE(send(get(server.origin() + "/")).succeeded());
+}
+
+// Guards against lost wake-ups and mixed-up answers between threads: each round has 8 threads with 50 requests.
+TEST_F(CurlTransportTest, ServesManyThreads) {
+    constexpr int kThreads = 8;
+    constexpr int kEach = 50;
+    RawServer server(std::vector<RawServer::Reply>(kThreads * kEach, RawServer::answer("ok")));
+    std::vector<std::thread> threads;
+    std::atomic<int> nGood{0};
+    for (int n = 0; n < kThreads; ++n)
+        threads.emplace_back([&] {
+            for (int k = 0; k < kEach; ++k)
+                nGood += send(get(server.origin() + "/")).body == "ok" ? 1 : 0;
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(nGood, kThreads * kEach);
+}

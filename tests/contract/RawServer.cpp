@@ -1,0 +1,138 @@
+#include "contract/RawServer.h"
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdlib>
+
+RawServer::Reply RawServer::answer(const std::string& strBody, const std::string& strStatus,
+                                   const std::string& strFields) {
+    return {send("HTTP/1.1 " + strStatus + "\r\n" + strFields +
+                 "Content-Length: " + std::to_string(strBody.size()) + "\r\n\r\n" + strBody)};
+}
+
+RawServer::RawServer(std::vector<Reply> replies) : m_replies(replies.begin(), replies.end()) {
+    m_nListener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t nLength = sizeof address;
+    if (bind(m_nListener, reinterpret_cast<sockaddr*>(&address), nLength) != 0 ||
+        listen(m_nListener, 16) != 0 ||
+        getsockname(m_nListener, reinterpret_cast<sockaddr*>(&address), &nLength) != 0)
+        std::abort();
+    m_nPort = ntohs(address.sin_port);
+    m_thread = std::thread([this] { serve(); });
+}
+
+RawServer::~RawServer() {
+    {
+        const std::lock_guard lock(m_mutex);
+        m_bStopping = true;
+        for (const int nSocket : m_sockets)
+            shutdown(nSocket, SHUT_RDWR);
+        m_changed.notify_all();
+    }
+    shutdown(m_nListener, SHUT_RDWR);
+    m_thread.join();
+    for (std::thread& thread : m_connectionThreads)
+        thread.join();
+    for (const int nSocket : m_sockets)
+        ::close(nSocket);
+    ::close(m_nListener);
+}
+
+void RawServer::go() {
+    const std::lock_guard lock(m_mutex);
+    ++m_nGo;
+    m_changed.notify_all();
+}
+
+std::vector<std::string> RawServer::requests() const {
+    const std::lock_guard lock(m_mutex);
+    return m_requests;
+}
+
+void RawServer::serve() {
+    for (;;) {
+        const int nSocket = accept4(m_nListener, nullptr, nullptr, SOCK_CLOEXEC);
+        if (nSocket < 0)
+            return;
+        ++m_nConnections;
+        const int nOn = 1;
+        setsockopt(nSocket, IPPROTO_TCP, TCP_NODELAY, &nOn, sizeof nOn);
+        const std::lock_guard lock(m_mutex);
+        m_sockets.push_back(nSocket);
+        if (m_bStopping)
+            return;
+        m_connectionThreads.emplace_back([this, nSocket] { serveConnection(nSocket); });
+    }
+}
+
+void RawServer::serveConnection(int nSocket) {
+    std::string strBuffer;
+    std::string strRequest;
+    while (readRequest(nSocket, strBuffer, strRequest)) {
+        Reply reply = answer("", "404 Not Found");
+        {
+            const std::lock_guard lock(m_mutex);
+            m_requests.push_back(strRequest);
+            if (!m_replies.empty()) {
+                reply = m_replies.front();
+                m_replies.pop_front();
+            }
+        }
+        if (!play(nSocket, reply))
+            break;
+    }
+    shutdown(nSocket, SHUT_RDWR);
+}
+
+// One request: head, and as much body as its Content-Length says.
+bool RawServer::readRequest(int nSocket, std::string& strBuffer, std::string& strRequest) const {
+    for (;;) {
+        const std::size_t nHead = strBuffer.find("\r\n\r\n");
+        if (nHead != std::string::npos) {
+            std::size_t nSize = nHead + 4;
+            const std::size_t nField = strBuffer.find("Content-Length: ");
+            if (nField < nHead)
+                nSize += static_cast<std::size_t>(std::atol(strBuffer.c_str() + nField + 16));
+            if (strBuffer.size() >= nSize) {
+                strRequest = strBuffer.substr(0, nSize);
+                strBuffer.erase(0, nSize);
+                return true;
+            }
+        }
+        std::array<char, 4096> piece{};
+        const ssize_t nRead = recv(nSocket, piece.data(), piece.size(), 0);
+        if (nRead <= 0)
+            return false;
+        strBuffer.append(piece.data(), static_cast<std::size_t>(nRead));
+    }
+}
+
+bool RawServer::play(int nSocket, const Reply& reply) {
+    for (const Step& step : reply) {
+        if (step.kind == Step::Kind::Close)
+            return false;
+        if (step.kind == Step::Kind::Wait) {
+            std::unique_lock lock(m_mutex);
+            m_changed.wait(lock, [this] { return m_nGo > 0 || m_bStopping; });
+            --m_nGo;
+            continue;
+        }
+        std::size_t nSent = 0;
+        while (nSent < step.bytes.size()) {
+            const ssize_t nNow =
+                ::send(nSocket, step.bytes.data() + nSent, step.bytes.size() - nSent, MSG_NOSIGNAL);
+            if (nNow <= 0)
+                return false;
+            nSent += static_cast<std::size_t>(nNow);
+        }
+    }
+    return true;
+}

@@ -1,0 +1,61 @@
+// A plain-socket HTTP server that keeps the raw bytes of every request and answers byte by byte as scripted.
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+class RawServer {
+public:
+    /// What an answer is made of: bytes to send as one piece, a wait until the test calls go(), or the end of
+    /// the connection.
+    struct Step {
+        enum class Kind { Send, Wait, Close } kind;
+        std::string bytes;
+    };
+    using Reply = std::vector<Step>;
+
+    static Step send(std::string bytes) { return {Step::Kind::Send, std::move(bytes)}; }
+    static Step waitForGo() { return {Step::Kind::Wait, {}}; }
+    static Step close() { return {Step::Kind::Close, {}}; }
+    /// A whole answer with its length.
+    static Reply answer(const std::string& strBody, const std::string& strStatus = "200 OK",
+                        const std::string& strFields = {});
+
+    /// The replies to the requests as they come, whichever connection they come on; afterwards 404.
+    explicit RawServer(std::vector<Reply> replies);
+    ~RawServer();
+
+    /// "http://127.0.0.1:PORT" and "127.0.0.1:PORT".
+    std::string origin() const { return "http://" + host(); }
+    std::string host() const { return "127.0.0.1:" + std::to_string(m_nPort); }
+
+    /// Lets the next Wait step pass.
+    void go();
+    std::vector<std::string> requests() const;
+    int connections() const { return m_nConnections; }
+
+private:
+    void serve();
+    void serveConnection(int socket);
+    bool readRequest(int socket, std::string& strBuffer, std::string& strRequest) const;
+    bool play(int socket, const Reply& reply);
+
+    int m_nListener = -1;
+    int m_nPort = 0;
+    mutable std::mutex m_mutex;
+    std::condition_variable m_changed;
+    std::deque<Reply> m_replies;
+    std::vector<std::string> m_requests;
+    int m_nGo = 0;
+    bool m_bStopping = false;
+    std::vector<int> m_sockets;
+    std::vector<std::thread> m_connectionThreads;
+    std::atomic<int> m_nConnections{0};
+    std::thread m_thread;
+};
