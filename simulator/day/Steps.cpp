@@ -1,0 +1,181 @@
+// The steps of a script, one operation each.
+
+#include "day/DayPlayer.h"
+
+#include "VelluxWindowUi/VelluxWindowUi.h"
+#include "support/Text.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace vellux::simulator {
+
+namespace {
+
+// A light that is switched off and on has flashed when it has gone dark twice: the second time it came back
+// in between.
+constexpr int kDarkeningsOfAFlash = 2;
+
+bool flashes(const std::string& strColour, const LightRecord& before, const LightRecord& now) {
+    const bool bByItself = !now.state.strFlashing.empty() && now.state.strFlashing != "unset";
+    if (bByItself)
+        return now.state.strColour == strColour;
+    return now.nDarkenings - before.nDarkenings >= kDarkeningsOfAFlash && now.strLastColour == strColour;
+}
+
+std::string joined(const std::vector<std::string>& texts) {
+    std::string strAll;
+    for (const std::string& strText : texts)
+        strAll += (strAll.empty() ? "" : ", ") + strText;
+    return strAll;
+}
+
+} // namespace
+
+// ---- The user ---------------------------------------------------------------------------------------------
+
+DayPlayer::Failure DayPlayer::play(const ConnectStep& step) {
+    const Credentials credentials{m_stage.server.host(), step.strUserName.value_or(m_script.strUserName),
+                                  step.strPassword.value_or(m_script.strPassword)};
+    const std::size_t nAlertsBefore = m_stage.desktop.alerts().size();
+    Failure failure = onMain([credentials](VelluxWindowUi& controller) {
+        Refusal refusal = enterCredentials(controller, credentials);
+        return refusal ? refusal : pressConnect(controller, "Connect");
+    });
+    return failure || !step.bWait ? failure : waitUntilConnected(nAlertsBefore);
+}
+
+DayPlayer::Failure DayPlayer::play(const DisconnectStep&) {
+    Failure failure =
+        onMain([](VelluxWindowUi& controller) { return pressConnect(controller, "Disconnect"); });
+    return failure ? failure : waitUntilNotPolling();
+}
+
+DayPlayer::Failure DayPlayer::play(const BoxStep& step) {
+    return onMain([step](VelluxWindowUi& controller) { return setBox(controller, step.strBox, step.bOn); });
+}
+
+DayPlayer::Failure DayPlayer::play(const SelectStep& step) {
+    return onMain(
+        [step](VelluxWindowUi& controller) { return selectEntry(controller, step.strList, step.entry); });
+}
+
+DayPlayer::Failure DayPlayer::play(const ModeStep& step) {
+    const std::size_t nAlertsBefore = m_stage.desktop.alerts().size();
+    const bool bConnected = m_stage.controller.buttonConnect()->title() == "Disconnect";
+    Failure failure =
+        onMain([step](VelluxWindowUi& controller) { return selectMode(controller, step.bManual); });
+    if (failure)
+        return failure;
+    const bool bReconnects = std::exchange(m_bLeftConnected, step.bManual && bConnected) && !step.bManual;
+    if (!step.bWait)
+        return std::nullopt;
+    if (step.bManual)
+        return waitUntilNotPolling();
+    return bReconnects ? waitUntilConnected(nAlertsBefore) : std::nullopt;
+}
+
+DayPlayer::Failure DayPlayer::play(const QuitStep&) {
+    return std::nullopt;
+} // the player's end; it never gets here
+
+// ---- The world --------------------------------------------------------------------------------------------
+
+DayPlayer::Failure DayPlayer::play(const PresenceStep& step) {
+    const bool bTold = m_stage.server.isPolling();
+    m_stage.server.setPresence(step.strAvailability, step.strActivity);
+    if (!bTold || !step.bWait)
+        return std::nullopt;
+    return waitFor("the client to poll again", [this] { return m_stage.server.isPolling(); });
+}
+
+DayPlayer::Failure DayPlayer::play(const PlugStep& step) {
+    if (m_stage.lights.isPlugged(m_stage.light) == step.bPlug)
+        return std::string("the light is ") + (step.bPlug ? "plugged in already" : "not plugged in");
+    if (step.bPlug)
+        m_stage.lights.plug(m_stage.light);
+    else
+        m_stage.lights.unplug(m_stage.light);
+    return onMain([](VelluxWindowUi&) { return std::nullopt; }); // after the notice, which was queued before
+}
+
+DayPlayer::Failure DayPlayer::play(const BatchStep& step) {
+    const std::string strApplication = m_stage.server.applicationPath();
+    if (strApplication.empty())
+        return "no application is registered";
+    Reply reply = step.reply;
+    reply.strBody = replaceAll(reply.strBody, "{application}", strApplication);
+    reply.strBody = replaceAll(reply.strBody, "{next}", m_stage.server.nextPollPath());
+    m_stage.server.emitBatch(std::move(reply));
+    return std::nullopt;
+}
+
+DayPlayer::Failure DayPlayer::play(const FailStep& step) {
+    Interference interference;
+    interference.reply = step.reply;
+    interference.nTimes = step.nTimes;
+    m_stage.server.interfere(step.route, std::move(interference));
+    return std::nullopt;
+}
+
+DayPlayer::Failure DayPlayer::play(const DelayStep& step) {
+    Interference interference;
+    interference.delay = step.delay;
+    interference.nTimes = step.nTimes;
+    m_stage.server.interfere(step.route, std::move(interference));
+    return std::nullopt;
+}
+
+DayPlayer::Failure DayPlayer::play(const CutStep& step) {
+    Interference interference;
+    interference.cutOff = step.where;
+    interference.nTimes = step.nTimes;
+    m_stage.server.interfere(step.route, std::move(interference));
+    return std::nullopt;
+}
+
+DayPlayer::Failure DayPlayer::play(const DropStep&) {
+    m_stage.server.cutHeldPolls();
+    return std::nullopt;
+}
+
+// ---- Time -------------------------------------------------------------------------------------------------
+
+std::vector<std::string> DayPlayer::unmet(const WaitStep& step, const LightRecord& before) const {
+    const LightRecord light = m_stage.light->record();
+    const std::string strStatus = m_stage.controller.textFieldLyncStatus()->text();
+    const std::string strButton = m_stage.controller.buttonConnect()->title();
+    const std::vector<std::string> alerts = m_stage.desktop.alerts();
+
+    std::vector<std::string> all;
+    if (step.strLight && light.state.text() != *step.strLight)
+        all.push_back("the light shows " + light.state.text() + ", not " + *step.strLight);
+    if (step.strFlash && !flashes(*step.strFlash, before, light))
+        all.push_back("the light shows " + light.state.text() + " and does not flash " + *step.strFlash);
+    if (step.strStatus && strStatus != *step.strStatus)
+        all.push_back("the status is \"" + strStatus + "\", not \"" + *step.strStatus + "\"");
+    if (step.strButton && strButton != *step.strButton)
+        all.push_back("the button says " + strButton + ", not " + *step.strButton);
+    if (step.strAlert && std::find(alerts.begin() + static_cast<std::ptrdiff_t>(m_nAlertsBefore),
+                                   alerts.end(), *step.strAlert) == alerts.end())
+        all.push_back("no alert says \"" + *step.strAlert + "\"");
+    if (step.bPolling && m_stage.server.isPolling() != *step.bPolling)
+        all.push_back(*step.bPolling ? "no poll is open" : "a poll is open");
+    if (step.strEnabled && !isEnabled(m_stage.controller, *step.strEnabled))
+        all.push_back(*step.strEnabled + " is disabled");
+    return all;
+}
+
+DayPlayer::Failure DayPlayer::play(const WaitStep& step) {
+    const LightRecord before = m_stage.light->record();
+    if (m_stage.changes.waitUntil([&] { return unmet(step, before).empty(); }, step.limit))
+        return std::nullopt;
+    return "after " + std::to_string(step.limit.count()) + " ms " + joined(unmet(step, before));
+}
+
+DayPlayer::Failure DayPlayer::play(const SleepStep& step) {
+    m_stage.changes.waitUntil([] { return false; }, step.time);
+    return std::nullopt;
+}
+
+} // namespace vellux::simulator

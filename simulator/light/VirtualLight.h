@@ -1,0 +1,56 @@
+// One virtual light: a HID device that decodes what it is sent, prints it, and shows it.
+#pragma once
+
+#include "light/ReportDecoder.h"
+#include "platform/HidManager.h"
+#include "ports/Changes.h"
+#include "ports/Console.h"
+#include "support/Mutex.h"
+
+#include <cstdint>
+#include <map>
+#include <span>
+#include <string>
+
+namespace vellux::simulator {
+
+/// What a light has shown so far.
+struct LightRecord {
+    LightState state;
+    std::string strLastColour; ///< the colour shown last, also when it is off now; "" before the first
+    int nDarkenings = 0;       ///< how often it went from lit to off
+    int nFaults = 0;           ///< reports that it could not decode
+};
+
+/// Any thread. Prints `report HEX` for each report, `light STATE` when it then shows something else, and
+/// `light fault TEXT` for a report that it can't decode.
+class VirtualLight : public HidDevice {
+public:
+    /// `console` and `changes` must outlive the light.
+    VirtualLight(LightModel model, Console& console, Changes& changes);
+
+    /// "VendorID", "ProductID" and "PrimaryUsage" of a light of this model.
+    const std::map<std::string, std::int32_t, std::less<>>& properties() const { return m_properties; }
+
+    LightRecord record() const;
+
+    /// One report from its owner; ENODEV when the light is not plugged, 0 otherwise, decodable or not: a
+    /// light has no way to object.
+    HidResult take(HidReportType type, std::uint8_t byReportID, std::span<const std::uint8_t> payload);
+
+    /// Power comes and goes with the plug; without it the light is dark, and with it, it is dark at first.
+    void setPlugged(bool bPlugged);
+
+private:
+    void show(const LightState& state) VELLUX_REQUIRES(m_mutex);
+
+    const LightModel m_model;
+    const std::map<std::string, std::int32_t, std::less<>> m_properties;
+    Console& m_console;
+    Changes& m_changes;
+    mutable Mutex m_mutex; // held while printing, so that lines have the order of the reports
+    LightRecord m_record VELLUX_GUARDED_BY(m_mutex);
+    bool m_bPlugged VELLUX_GUARDED_BY(m_mutex) = false;
+};
+
+} // namespace vellux::simulator

@@ -1,0 +1,130 @@
+#include "light/VirtualLights.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace vellux::simulator {
+
+void VirtualLights::plug(const VirtualLightRef& light) {
+    bool bNotice = false;
+    {
+        ScopedLock lock(m_mutex);
+        if (std::find(m_lights.begin(), m_lights.end(), light) != m_lights.end())
+            return;
+        m_lights.push_back(light);
+        bNotice = m_bOpen && matches(*light);
+    }
+    light->setPlugged(true);
+    if (bNotice)
+        post(light, &VirtualLights::m_onArrival);
+}
+
+void VirtualLights::unplug(const VirtualLightRef& light) {
+    bool bNotice = false;
+    {
+        ScopedLock lock(m_mutex);
+        if (std::erase(m_lights, light) == 0)
+            return;
+        bNotice = m_bOpen && matches(*light);
+    }
+    light->setPlugged(false);
+    if (bNotice)
+        post(light, &VirtualLights::m_onRemoval);
+}
+
+bool VirtualLights::isPlugged(const VirtualLightRef& light) const {
+    ScopedLock lock(m_mutex);
+    return std::find(m_lights.begin(), m_lights.end(), light) != m_lights.end();
+}
+
+bool VirtualLights::matches(const VirtualLight& light) const {
+    const auto& properties = light.properties();
+    return std::any_of(m_matching.begin(), m_matching.end(), [&](const HidMatching& entry) {
+        return std::all_of(entry.begin(), entry.end(), [&](const auto& wanted) {
+            const auto property = properties.find(wanted.first);
+            return property != properties.end() && property->second == wanted.second;
+        });
+    });
+}
+
+void VirtualLights::post(const VirtualLightRef& light, Notice VirtualLights::*notice) {
+    m_mainThread.post([this, light, notice] { deliver(light, notice); });
+}
+
+void VirtualLights::deliver(const VirtualLightRef& light, Notice VirtualLights::*notice) {
+    {
+        ScopedLock lock(m_mutex);
+        if (!m_bOpen || !m_bScheduled)
+            return;
+    }
+    if (const Notice callback = this->*notice)
+        callback(light);
+}
+
+void VirtualLights::setDeviceMatchingMultiple(const std::vector<HidMatching>& matching) {
+    ScopedLock lock(m_mutex);
+    m_matching = matching;
+}
+
+void VirtualLights::registerDeviceMatchingCallback(Notice callback) {
+    m_onArrival = std::move(callback);
+}
+
+void VirtualLights::registerDeviceRemovalCallback(Notice callback) {
+    m_onRemoval = std::move(callback);
+}
+
+void VirtualLights::scheduleWithRunLoop() {
+    ScopedLock lock(m_mutex);
+    m_bScheduled = true;
+}
+
+void VirtualLights::unscheduleFromRunLoop() {
+    ScopedLock lock(m_mutex);
+    m_bScheduled = false;
+}
+
+HidResult VirtualLights::open() {
+    std::vector<VirtualLightRef> present;
+    {
+        ScopedLock lock(m_mutex);
+        m_bOpen = true;
+        for (const VirtualLightRef& light : m_lights)
+            if (matches(*light))
+                present.push_back(light);
+    }
+    for (const VirtualLightRef& light : present)
+        post(light, &VirtualLights::m_onArrival);
+    return 0;
+}
+
+void VirtualLights::close() {
+    ScopedLock lock(m_mutex);
+    m_bOpen = false;
+}
+
+std::optional<HidDeviceList> VirtualLights::copyDevices() {
+    ScopedLock lock(m_mutex);
+    HidDeviceList devices;
+    if (m_bOpen)
+        for (const VirtualLightRef& light : m_lights)
+            if (matches(*light))
+                devices.push_back(light);
+    return devices;
+}
+
+std::optional<std::int64_t> VirtualLights::deviceGetProperty(const HidDeviceRef& device,
+                                                             std::string_view strKey) {
+    const auto& properties = static_cast<const VirtualLight&>(*device).properties();
+    const auto found = properties.find(strKey);
+    if (found == properties.end())
+        return std::nullopt;
+    return found->second;
+}
+
+HidResult VirtualLights::deviceSetReport(const HidDeviceRef& device, HidReportType type,
+                                         std::uint8_t byReportID, std::span<const std::uint8_t> payload) {
+    return static_cast<VirtualLight&>(*device).take(type, byReportID, payload);
+}
+
+} // namespace vellux::simulator

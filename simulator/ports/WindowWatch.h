@@ -1,0 +1,37 @@
+// Prints what a person would see change in the window.
+#pragma once
+
+#include "ports/Changes.h"
+#include "ports/Console.h"
+#include "support/Mutex.h"
+
+#include <string>
+
+class VelluxWindowUi;
+
+namespace vellux::simulator {
+
+/// Observes the controller's controls for as long as it lives: prints `status TEXT` and `button TITLE` when
+/// the status line or the title of the Connect button has become another, and rings the bell for every change
+/// of any control.
+class WindowWatch {
+public:
+    /// Main thread, before any other thread writes a control. All arguments must outlive the watch.
+    WindowWatch(VelluxWindowUi& controller, Console& console, Changes& changes);
+    /// Main thread, when no other thread writes a control any more.
+    ~WindowWatch();
+    WindowWatch(const WindowWatch&) = delete;
+    WindowWatch& operator=(const WindowWatch&) = delete;
+
+private:
+    void statusWritten();
+    void buttonWritten();
+
+    VelluxWindowUi& m_controller;
+    Console& m_console;
+    Mutex m_mutex; // held while printing, so that lines have the order of the values
+    std::string m_strStatus VELLUX_GUARDED_BY(m_mutex);
+    std::string m_strButton VELLUX_GUARDED_BY(m_mutex);
+};
+
+} // namespace vellux::simulator
