@@ -88,6 +88,15 @@ TEST_F(LifecycleTest, shutDownEndsFlashingByTheLightItselfOff) {
                             "cancel https://lync.example/ucwa/events?ack=1", "report ff0000110000ffff"}));
 }
 
+// A monitor that shows its colour between the last report and the devices' release.
+TEST_F(LifecycleTest, lightStaysOffOnceSwitchedOffForGood) {
+    delegate().applicationDidFinishLaunching();
+    plugInFramed();
+    ui().switchOffForGood();
+    ui().displayVelluxColor(0);
+    EXPECT_EQ(journal.take(), Lines{kOff});
+}
+
 // A second start of the program that shows nothing.
 TEST_F(LifecycleTest, reopenBringsTheWindowToTheFront) {
     delegate().setWindow(&desktop.main);
