@@ -9,7 +9,7 @@ namespace vellux {
 
 enum class FileAccess {
     Default,   ///< whatever the process's defaults give
-    OwnerOnly, ///< 0600; a looser file is tightened before it is written
+    OwnerOnly, ///< created 0600; group and others lose what access a file gives them
 };
 
 /// Creates the directory with its parents, for its owner alone (0700), unless it is there. Failure is
@@ -24,7 +24,8 @@ void createFileIfMissing(const std::string& strPath, FileAccess access);
 /// 1 MiB, which no file of ours comes near.
 std::optional<std::string> readTextFile(const std::string& strPath);
 
-/// Overwrites the file in place, creating it if need be. Failure is ignored.
+/// Overwrites the file in place, creating it if need be. With OwnerOnly nothing is written to a file that others
+/// can still reach. Failure is ignored.
 void writeFile(const std::string& strPath, std::string_view strText, FileAccess access);
 
 } // namespace vellux
