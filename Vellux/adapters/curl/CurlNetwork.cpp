@@ -9,13 +9,10 @@ namespace {
 
 constexpr int kNoHurry = 60 * 60 * 1000; // ms; curl shortens it to its own timers
 
-CURLM* makeMulti() {
-    static const CURLcode initialised = curl_global_init(CURL_GLOBAL_DEFAULT); // once for the process
-    static_cast<void>(initialised);
-    return curl_multi_init();
-}
-
 CURLSH* makeShare() {
+    static const CURLcode initialised =
+        curl_global_init(CURL_GLOBAL_DEFAULT); // once, before all else of curl
+    static_cast<void>(initialised);
     // Used by the network thread alone, so no lock functions.
     CURLSH* const share = curl_share_init();
     curl_share_setopt(share, CURLSHOPT_SHARE, CURL_LOCK_DATA_COOKIE);
@@ -26,8 +23,8 @@ CURLSH* makeShare() {
 } // namespace
 
 CurlNetwork::CurlNetwork(CurlTransportOptions options)
-    : m_options(std::move(options)), m_share(makeShare()), m_multi(makeMulti()), m_thread([this] { run(); }) {
-}
+    : m_options(std::move(options)), m_share(makeShare()), m_multi(curl_multi_init()),
+      m_thread([this] { run(); }) {}
 
 CurlNetwork::~CurlNetwork() = default;
 

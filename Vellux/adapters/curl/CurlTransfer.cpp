@@ -17,6 +17,7 @@ constexpr std::chrono::milliseconds kSilence{100};
 constexpr long kMostRedirects = 20;
 constexpr long kOldestIdleConnection = 60; // seconds; servers and firewalls drop them silently
 constexpr const char* kProtocols = "http,https";
+constexpr const char* kSafeProtocols = "https"; // a password must not be sent again without its cover
 
 bool breaksLine(std::string_view strText) {
     return strText.find_first_of(std::string_view("\r\n\0", 3)) != std::string_view::npos;
@@ -68,7 +69,8 @@ CURL* CurlTransfer::prepare(const CurlTransportOptions& options, CURLSH* share) 
     curl_easy_setopt(easy, CURLOPT_URL, m_request.strUrl.c_str());
     curl_easy_setopt(easy, CURLOPT_PATH_AS_IS, 1L);
     curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, kProtocols);
-    curl_easy_setopt(easy, CURLOPT_REDIR_PROTOCOLS_STR, kProtocols);
+    curl_easy_setopt(easy, CURLOPT_REDIR_PROTOCOLS_STR,
+                     toLower(m_request.strUrl).starts_with("https:") ? kSafeProtocols : kProtocols);
     curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 1L);
     curl_easy_setopt(easy, CURLOPT_MAXREDIRS, kMostRedirects);
     curl_easy_setopt(easy, CURLOPT_HTTP_VERSION, CURL_HTTP_VERSION_1_1);
