@@ -70,7 +70,7 @@ TEST(Url, WhatFormsOne) {
              "https://h/\x7F|https://h\xC3\xBC/|https://h:65536/|https://h:8a/|https://h:-1/|https://"
              "h:99999999999/|"
              "https://h/%|https://h/%4|https://h/%4g|https://[::1|https://[::1]x/|https://h/<a>|https://h/\"|"
-             "https://h/{a}|https://h/\\",
+             "https://h/{a}|https://h/\\|https://h]/x|https://a[b]/|https://[zz]/|https://h/[|https://h/#a#b",
              "|"))
         EXPECT_FALSE(formsUrl(strUrl)) << strUrl;
 }
@@ -100,6 +100,19 @@ TEST_F(Files, AreForTheirOwnerAlone) {
         writeFile(path("secret"), "longer", access);
         EXPECT_EQ(modeOf(path("secret")), access == FileAccess::OwnerOnly ? 0600U : 0664U);
     }
+    fs::permissions(path("secret"), fs::perms(0444)); // made read-only on purpose: stays so
+    writeFile(path("secret"), "s", FileAccess::OwnerOnly);
+    EXPECT_EQ(modeOf(path("secret")), 0400U);
+}
+
+// Credentials in a file that others can read whatever we do to it: on a file system without modes, or theirs.
+TEST_F(Files, AreNotWrittenWhereOthersCanRead) {
+    const std::string strFixed = "/proc/self/oom_score_adj"; // ours to write, but its mode can't be changed
+    ASSERT_EQ(modeOf(strFixed), 0644U);
+    writeFile(strFixed, "7", FileAccess::OwnerOnly);
+    EXPECT_NE(contentOf(strFixed), "7\n");
+    writeFile(strFixed, "7", FileAccess::Default);
+    EXPECT_EQ(contentOf(strFixed), "7\n");
 }
 
 // A rest of the longer text before; a content that comes back changed; rubbish, or more than memory holds, read.

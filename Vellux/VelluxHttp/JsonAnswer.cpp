@@ -21,11 +21,13 @@ const Json* member(const Json* pValue, const char* strKey) {
     return found == pValue->end() ? nullptr : &*found;
 }
 
-// No answer means to nest like this. Each level costs the library some 80 bytes, so that a body of nothing but
-// brackets would take more than a gigabyte.
+// No answer means to be like this. Each level and each value costs the library some 80 bytes, so that a body of
+// nothing but brackets would take more than a gigabyte.
 constexpr std::size_t kDeepest = 200'000;
+constexpr std::size_t kMostValues = 1'000'000;
 
-bool nestsTooDeeply(std::string_view strBody) {
+bool wouldFillMemory(std::string_view strBody) {
+    std::size_t nValues = 0;
     std::size_t nDepth = 0;
     bool bInText = false;
     for (std::size_t n = 0; n < strBody.size(); ++n) {
@@ -34,7 +36,9 @@ bool nestsTooDeeply(std::string_view strBody) {
             ++n; // whatever it escapes
         else if (c == '"')
             bInText = !bInText;
-        else if (!bInText && (c == '[' || c == '{') && ++nDepth > kDeepest)
+        else if (!bInText && c == ',' && ++nValues > kMostValues)
+            return true;
+        else if (!bInText && (c == '[' || c == '{') && (++nDepth > kDeepest || ++nValues > kMostValues))
             return true;
         else if (!bInText && (c == ']' || c == '}') && nDepth > 0)
             --nDepth;
@@ -59,7 +63,7 @@ std::optional<std::string> textAt(const Json* pValue, JsonAnswer::KeyPath path) 
 JsonAnswer::JsonAnswer(std::shared_ptr<const Document> document) : m_document(std::move(document)) {}
 
 std::optional<JsonAnswer> JsonAnswer::parse(std::string_view strBody) {
-    if (nestsTooDeeply(strBody))
+    if (wouldFillMemory(strBody))
         return std::nullopt;
     auto document = std::make_shared<Document>();
     document->root = Json::parse(strBody, nullptr, /*allow_exceptions=*/false);

@@ -70,6 +70,7 @@ public:
     bool IsUserOnCall() const { return bIsUserOnCall; }
     /// The last presence token; absent when the server's answer had none, "" for none at all. Any thread.
     std::optional<std::string> getPresenceStatus() const { return presenceStatus.get(); }
+    /// Replaces the token. Any thread.
     void setPresenceStatus(const std::optional<std::string>& strToken) { presenceStatus.set(strToken); }
 
     /// Opens the next long poll, 15 seconds at most; nothing when no URL is known. Main thread.

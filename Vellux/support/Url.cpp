@@ -3,6 +3,8 @@
 #include "support/Text.h"
 
 #include <algorithm>
+#include <arpa/inet.h>
+#include <string>
 
 namespace vellux {
 
@@ -18,10 +20,10 @@ bool isLetter(char c) {
     return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
 }
 
-// unreserved / gen-delims / sub-delims (RFC 3986, section 2)
+// unreserved / gen-delims / sub-delims (RFC 3986, section 2); brackets belong to an address alone
 bool isAllowed(char c) {
     return isLetter(c) || isDigit(c) ||
-           std::string_view("-._~:/?#[]@!$&'()*+,;=%").find(c) != std::string_view::npos;
+           std::string_view("-._~:/?#@!$&'()*+,;=%").find(c) != std::string_view::npos;
 }
 
 bool isPort(std::string_view strPort) {
@@ -29,9 +31,8 @@ bool isPort(std::string_view strPort) {
            integerValue(strPort) <= 65535;
 }
 
-} // namespace
-
-bool formsUrl(std::string_view strText) {
+// Nothing but allowed characters, and complete "%" escapes.
+bool isText(std::string_view strText) {
     for (std::size_t n = 0; n < strText.size(); ++n) {
         if (!isAllowed(strText[n]))
             return false;
@@ -39,7 +40,31 @@ bool formsUrl(std::string_view strText) {
             (n + 2 >= strText.size() || !isHexDigit(strText[n + 1]) || !isHexDigit(strText[n + 2])))
             return false;
     }
+    return true;
+}
 
+// "", or ":" and a port.
+bool isPortPart(std::string_view strText) {
+    return strText.empty() || (strText.front() == ':' && isPort(strText.substr(1)));
+}
+
+bool isIpv6Address(std::string_view strText) {
+    in6_addr address{};
+    return inet_pton(AF_INET6, std::string(strText).c_str(), &address) == 1;
+}
+
+// A name or an IPv4 address, or an IPv6 address in brackets, whose own colons are not a port's; then the port.
+bool isHostAndPort(std::string_view strText) {
+    if (!strText.starts_with('['))
+        return isText(strText) && isPortPart(strText.substr(std::min(strText.find(':'), strText.size())));
+    const std::size_t nBracket = strText.find(']');
+    return nBracket != std::string_view::npos && isIpv6Address(strText.substr(1, nBracket - 1)) &&
+           isPortPart(strText.substr(nBracket + 1));
+}
+
+} // namespace
+
+bool formsUrl(std::string_view strText) {
     const std::size_t nColon = strText.find("://");
     if (nColon == std::string_view::npos)
         return false;
@@ -47,20 +72,14 @@ bool formsUrl(std::string_view strText) {
     if (strScheme != "https" && strScheme != "http")
         return false;
 
-    std::string_view strAuthority = strText.substr(nColon + 3);
-    strAuthority = strAuthority.substr(0, strAuthority.find_first_of("/?#"));
+    const std::string_view strRest = strText.substr(nColon + 3);
+    const std::size_t nPath = std::min(strRest.find_first_of("/?#"), strRest.size());
+    const std::string_view strAuthority = strRest.substr(0, nPath);
+    const std::string_view strPath = strRest.substr(nPath);
     const std::size_t nAt = strAuthority.rfind('@');
-    std::string_view strHostAndPort =
-        nAt == std::string_view::npos ? strAuthority : strAuthority.substr(nAt + 1);
-    if (strHostAndPort.starts_with('[')) { // an IPv6 address, whose own colons are inside the brackets
-        const std::size_t nBracket = strHostAndPort.find(']');
-        if (nBracket == std::string_view::npos)
-            return false;
-        const std::string_view strRest = strHostAndPort.substr(nBracket + 1);
-        return strRest.empty() || (strRest.front() == ':' && isPort(strRest.substr(1)));
-    }
-    const std::size_t nPortColon = strHostAndPort.find(':');
-    return nPortColon == std::string_view::npos || isPort(strHostAndPort.substr(nPortColon + 1));
+    const std::size_t nHost = nAt == std::string_view::npos ? 0 : nAt + 1;
+    return isText(strAuthority.substr(0, nHost)) && isHostAndPort(strAuthority.substr(nHost)) &&
+           isText(strPath) && std::count(strPath.begin(), strPath.end(), '#') <= 1;
 }
 
 } // namespace vellux
