@@ -25,6 +25,7 @@ if(VELLUX_SANITIZE)
   add_compile_options(-fsanitize=${VELLUX_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${VELLUX_SANITIZE})
 else()
-  # Fortified calls and sanitizers get in each other's way.
-  add_compile_options("$<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
+  # Fortified calls need an optimised build, and get in the way of sanitizers.
+  add_compile_options(
+    "$<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
 endif()

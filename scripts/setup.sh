@@ -11,7 +11,7 @@ build_packages=(
     g++ cmake ninja-build pkg-config
     libssl-dev uuid-dev nlohmann-json3-dev
     libcurl4-openssl-dev libhidapi-dev libudev-dev
-    libcpp-httplib-dev
+    libcpp-httplib-dev ca-certificates
 )
 test_packages=(
     clang-14 clang-format-14 libclang-rt-14-dev

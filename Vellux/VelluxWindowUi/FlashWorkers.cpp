@@ -60,6 +60,7 @@ void VelluxWindowUi::quitSyncFlashingThread() {
 }
 
 void VelluxWindowUi::waitForManualFlashingThreadToExit() {
+    vellux::assertMainThread();
     waitUntilFinished(threadForManualFlash);
 }
 

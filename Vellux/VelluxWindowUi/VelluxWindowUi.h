@@ -109,7 +109,7 @@ public:
     /// First step of ending: from now on no sync flashing worker is started, so that a status monitor still
     /// at work can't start one that nobody stops. Waits for the end of a worker being replaced.
     void beginTermination();
-    /// Shows off, and nothing ever after, whoever asks; colour requests are still recorded.
+    /// Shows off, and no colour ever after, whoever asks; colour requests are still recorded.
     void switchOffForGood();
 
     // ---- Display.cpp ----
@@ -128,14 +128,19 @@ public:
     /// light keeps its colour until the next presence.
     void setSyncMode(Button& sender);
 
+    /// Shows the chosen colour, flashing as chosen; "None" ends the flashing. May wait for the manual worker.
     void onManualModeColorListSelection(ComboBox& sender);
+    /// Flashes the manual colour at the chosen speed, or shows it steadily. May wait for the manual worker.
     void onManualModeFlashSpeedListSelection(ComboBox& sender);
+    /// Stores the colour for calls and shows it while the user is on one.
     void onSyncModeColorListSelection(ComboBox& sender);
     /// Stores the chosen speed and, while the user is on a call and flash-on-call is checked, flashes at it.
     /// Main thread, and the status monitor's by way of the presence policy.
     void onSyncModeFlashSpeedListSelection(ComboBox& sender);
+    /// Enables or disables the two sync lists and shows the presence anew. May wait for the sync worker.
     void onFlashOnCallCheckedChanged(Button& sender);
 
+    // Remembered positions of the four lists. Any thread.
     void setIndexOfManualModeColorList(std::int32_t nIndex) { indexOfManualModeColorList = nIndex; }
     void setIndexOfManualModeFlashSpeedList(std::int32_t nIndex) { indexOfManualModeFlashSpeedList = nIndex; }
     void setIndexOfSyncModeColorList(std::int32_t nIndex) { indexOfSyncModeColorList = nIndex; }
@@ -258,7 +263,7 @@ private:
 
     // Makes each stop, wait, create, clear, start sequence of the sync worker whole: main and the status
     // monitor both reach it, and without the gate one could wait forever for a worker whose stop flag the
-    // other has just cleared. Its holder takes nothing else but waits for the worker's end.
+    // other has just cleared. Its holder waits for nothing but the worker's end, and takes innermost locks only.
     vellux::Mutex syncFlashGate;
     bool bTerminating VELLUX_GUARDED_BY(syncFlashGate) = false;
 };

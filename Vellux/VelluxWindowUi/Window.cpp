@@ -88,14 +88,17 @@ void VelluxWindowUi::onAbout(const vellux::Control*) {
 }
 
 void VelluxWindowUi::openLink(const vellux::Control*) {
+    vellux::assertMainThread();
     vellux::platform().desktop.openUrl(kWebSite);
 }
 
 void VelluxWindowUi::onExit(const vellux::Control*) {
+    vellux::assertMainThread();
     vellux::platform().desktop.terminate();
 }
 
 bool VelluxWindowUi::windowShouldClose(vellux::Window& window) {
+    vellux::assertMainThread();
     window.orderOut();
     return false;
 }

@@ -32,6 +32,15 @@ void TextField::setPlaceholder(Placeholder placeholder) {
     notify(Change::Placeholder);
 }
 
+std::int64_t ComboBox::numberOfItems() const {
+    return m_content.with(
+        [](const Content& content) { return static_cast<std::int64_t>(content.items.size()); });
+}
+
+std::int64_t ComboBox::indexOfSelectedItem() const {
+    return m_content.with([](const Content& content) { return content.nSelected; });
+}
+
 void ComboBox::removeAllItems() {
     m_content.update([](Content& content) { content = {}; });
     notify(Change::Items);

@@ -23,10 +23,12 @@ public:
     explicit Control(bool bEnabled = true) : m_bEnabled(bEnabled) {}
     virtual ~Control() = default;
 
+    /// Whether a user can use it.
     bool isEnabled() const { return m_bEnabled.get(); }
     void setEnabled(bool bEnabled);
 
-    /// One observer per control; an empty one removes it. Set while no other thread writes the control.
+    /// One observer per control; an empty one removes it. Set while no other thread writes the control: what an
+    /// observer refers to lives until every worker thread has ended.
     void setObserver(Observer observer) { m_observer.set(std::move(observer)); }
 
 protected:
@@ -47,9 +49,11 @@ public:
     static constexpr std::int64_t kOn = 1;
     static constexpr std::int64_t kMixed = -1;
 
+    /// kOn, kOff or kMixed; kOn and kOff for a push button mean nothing.
     std::int64_t state() const { return m_nState.get(); }
     void setState(std::int64_t nState);
 
+    /// What is written on it.
     std::string title() const { return m_strTitle.get(); }
     void setTitle(std::string strTitle);
 
@@ -71,6 +75,7 @@ struct Placeholder {
 /// A line of text: an input (masked or not, which is the view's business) or a status line.
 class TextField : public Control {
 public:
+    /// What stands in it; "" when nothing does.
     std::string text() const { return m_strText.get(); }
     void setText(std::string strText);
 
@@ -91,9 +96,11 @@ public:
     /// The position that stands for "nothing selected".
     static constexpr std::int64_t kNothing = -1;
 
+    /// The entries, by position.
     std::vector<std::string> items() const { return m_content.get().items; }
-    std::int64_t numberOfItems() const { return static_cast<std::int64_t>(m_content.get().items.size()); }
-    std::int64_t indexOfSelectedItem() const { return m_content.get().nSelected; }
+    std::int64_t numberOfItems() const;
+    /// A position, or kNothing.
+    std::int64_t indexOfSelectedItem() const;
 
     /// Leaves nothing selected.
     void removeAllItems();

@@ -16,7 +16,8 @@ namespace vellux {
 class CallQueue : public MainThread {
 public:
     /// `wake` is called, on the posting thread and with no lock held, after each call that was queued; a
-    /// toolkit's loop answers it with runPending(). Without one, run() is the loop.
+    /// toolkit's loop answers it with runPending(). It may come as late as the last thread that posts ends, also
+    /// after close(): what it refers to lives until then. Without one, run() is the loop.
     explicit CallQueue(std::function<void()> wake = {});
     ~CallQueue() override;
 

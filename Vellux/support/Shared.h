@@ -28,6 +28,12 @@ public:
         std::swap(m_value, value);
     }
 
+    /// What `read` makes of the value in place; it is short, locks nothing and keeps no reference.
+    template <typename Read> auto with(Read read) const {
+        ScopedLock lock(m_mutex);
+        return read(m_value);
+    }
+
     /// Changes the value in place; `change` is short and locks nothing.
     template <typename Change> void update(Change change) {
         ScopedLock lock(m_mutex);

@@ -44,6 +44,7 @@ void WorkerThread::start() {
                                      state->progress = Progress::Finished;
                                  }));
     } catch (const std::system_error&) {
+        m_state->body = nullptr;
         m_state->progress = Progress::Finished;
     }
 }
