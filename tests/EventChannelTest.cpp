@@ -50,6 +50,21 @@ protected:
     }
 };
 
+// An answer that takes a gigabyte to read, or one that is refused only because a text in it is long and odd.
+TEST_F(EventChannelTest, answersMayBeLongButNotCostly) {
+    std::string strText = R"({"availability":"Away","note":")",
+                strList = R"({"availability":"Busy","list":[0)";
+    for (int n = 0; n < 1'100'000; ++n) {
+        strText += R"([,{\")";
+        strList += ",0";
+    }
+    scriptPresence(strText + "\"}");
+    EXPECT_EQ(client().httpGet_MyPresence("https://lync.example/ucwa/me/presence", "t"), "Away");
+    scriptPresence(strList + "]}");
+    EXPECT_EQ(client().httpGet_MyPresence("https://lync.example/ucwa/me/presence", "t"), std::nullopt);
+    EXPECT_EQ(client().getPresenceStatus(), "Away");
+}
+
 // A presence passed on altered, or a failed query that forgets the call the user is on.
 TEST_F(EventChannelTest, presenceQueryKeepsItsStateUnlessAnAnswerCame) {
     const auto check = [&](const HttpAnswer& answer, const Text& strResult, const Text& strStatus,

@@ -32,16 +32,21 @@ bool wouldFillMemory(std::string_view strBody) {
     bool bInText = false;
     for (std::size_t n = 0; n < strBody.size(); ++n) {
         const char c = strBody[n];
-        if (bInText && c == '\\')
+        if (bInText && c == '\\') {
             ++n; // whatever it escapes
-        else if (c == '"')
+        } else if (c == '"') {
             bInText = !bInText;
-        else if (!bInText && c == ',' && ++nValues > kMostValues)
-            return true;
-        else if (!bInText && (c == '[' || c == '{') && (++nDepth > kDeepest || ++nValues > kMostValues))
-            return true;
-        else if (!bInText && (c == ']' || c == '}') && nDepth > 0)
-            --nDepth;
+        } else if (!bInText) {
+            const bool bOpens = c == '[' || c == '{';
+            if (bOpens)
+                ++nDepth;
+            else if ((c == ']' || c == '}') && nDepth > 0)
+                --nDepth;
+            if (bOpens || c == ',')
+                ++nValues;
+            if (nDepth > kDeepest || nValues > kMostValues)
+                return true;
+        }
     }
     return false;
 }
