@@ -28,9 +28,13 @@ std::optional<std::string> exchange(const HttpRequest& request) {
     return std::move(answer.body);
 }
 
-void showConnectionAlert() {
+std::optional<std::string> exchangeOrAlert(const HttpRequest& request) {
+    std::optional<std::string> strBody = exchange(request);
+    if (strBody)
+        return strBody;
     AlertPopup::sharedAlertPopup().display(
         "Vellux",
         "Not able to connect to Lync server. Please check your network connection and check whether "
         "you have entered the correct server name on the Configure dialog.");
+    return std::nullopt;
 }

@@ -16,5 +16,5 @@ vellux::HttpRequest postRequest(std::string strUrl, vellux::HttpHeaderFields hea
 /// Performs the exchange; the body when one came and nothing went wrong, else absent. Blocks.
 std::optional<std::string> exchange(const vellux::HttpRequest& request);
 
-/// Tells the user that the server can't be reached and waits for the dismissal.
-void showConnectionAlert();
+/// The same, but tells the user when the server can't be reached, and waits for the dismissal.
+std::optional<std::string> exchangeOrAlert(const vellux::HttpRequest& request);

@@ -46,11 +46,9 @@ VelluxHttp::httpGet_ApplicationServiceURL(const std::optional<std::string>& strH
         "https://" + *strHost + "/Autodiscover/AutodiscoverService.svc/root/oauth/user";
     if (!vellux::formsUrl(strUrl))
         return std::nullopt;
-    const auto strBody = exchange(getRequest(strUrl, {{"Authorization", *strAuthorization}}));
-    if (!strBody) {
-        showConnectionAlert();
+    const auto strBody = exchangeOrAlert(getRequest(strUrl, {{"Authorization", *strAuthorization}}));
+    if (!strBody)
         return std::nullopt;
-    }
     const auto answer = JsonAnswer::parse(*strBody);
     if (!answer)
         return std::nullopt;
@@ -76,11 +74,9 @@ VelluxHttp::httpPost_SetupApplicationsAndGetPresenceURL(const std::optional<std:
     const vellux::HttpRequest registration =
         postRequest(*strApplicationsUrl, headerFields, registrationBody(newEndpointId()));
 
-    std::optional<std::string> strBody = exchange(registration);
-    if (!strBody) {
-        showConnectionAlert();
+    std::optional<std::string> strBody = exchangeOrAlert(registration);
+    if (!strBody)
         return std::nullopt;
-    }
     if (!vellux::isUtf8(*strBody))
         return std::nullopt;
 
@@ -102,11 +98,9 @@ VelluxHttp::httpPost_SetupApplicationsAndGetPresenceURL(const std::optional<std:
             return std::nullopt;
         if (strBody->empty() || !vellux::isUtf8(*strBody)) {
             // The usual case: a 204. Registering again gives the resource with its presence link.
-            strBody = exchange(registration);
-            if (!strBody) {
-                showConnectionAlert();
+            strBody = exchangeOrAlert(registration);
+            if (!strBody)
                 return std::nullopt;
-            }
         }
     }
 

@@ -48,13 +48,11 @@ std::optional<std::string> VelluxHttp::httpPost_GetOAuthToken(const std::optiona
     const std::string strUrl = "https://" + *strHost + "/WebTicket/oauthtoken";
     if (!vellux::formsUrl(strUrl))
         return std::nullopt;
-    const auto strBody =
-        exchange(postRequest(strUrl, {{"Content-Type", "application/x-www-form-urlencoded"}},
-                             "grant_type=password&username=" + *strUserName + "&password=" + *strPassword));
-    if (!strBody) {
-        showConnectionAlert();
+    const auto strBody = exchangeOrAlert(
+        postRequest(strUrl, {{"Content-Type", "application/x-www-form-urlencoded"}},
+                    "grant_type=password&username=" + *strUserName + "&password=" + *strPassword));
+    if (!strBody)
         return std::nullopt;
-    }
     const auto answer = JsonAnswer::parse(*strBody);
     if (!answer)
         return std::nullopt;

@@ -24,7 +24,11 @@ const Platform& platform() {
 }
 
 void assertMainThread() {
-    if (platform().mainThread.isCurrent())
+    assertMainThread(platform().mainThread);
+}
+
+void assertMainThread(const MainThread& mainThread) {
+    if (mainThread.isCurrent())
         return;
     std::fputs("vellux: an operation of the main thread was called on another thread\n", stderr);
     std::abort();

@@ -29,5 +29,7 @@ const Platform& platform();
 
 /// Ends the program when the calling thread is not the main thread: a fault of ours, never of the input.
 void assertMainThread();
+/// The same for what is given its main thread instead of a platform.
+void assertMainThread(const MainThread& mainThread);
 
 } // namespace vellux

@@ -2,10 +2,9 @@
 
 #include "adapters/hidapi/HidrawDevice.h"
 #include "adapters/hidapi/HidrawWatch.h"
+#include "platform/Platform.h"
 
 #include <cerrno>
-#include <cstdio>
-#include <cstdlib>
 #include <utility>
 
 namespace vellux {
@@ -40,13 +39,6 @@ HidrawManager::~HidrawManager() {
     HidrawManager::close();
 }
 
-void HidrawManager::requireMainThread() const {
-    if (m_mainThread.isCurrent())
-        return;
-    std::fputs("vellux: the HID manager was called on another thread than the main thread\n", stderr);
-    std::abort();
-}
-
 bool HidrawManager::create() {
     close();
     m_matching.clear();
@@ -57,32 +49,32 @@ bool HidrawManager::create() {
 }
 
 void HidrawManager::setDeviceMatchingMultiple(const std::vector<HidMatching>& matching) {
-    requireMainThread();
+    assertMainThread(m_mainThread);
     m_matching = matching;
 }
 
 void HidrawManager::registerDeviceMatchingCallback(std::function<void(const HidDeviceRef&)> callback) {
-    requireMainThread();
+    assertMainThread(m_mainThread);
     m_notices->arrival = std::move(callback);
 }
 
 void HidrawManager::registerDeviceRemovalCallback(std::function<void(const HidDeviceRef&)> callback) {
-    requireMainThread();
+    assertMainThread(m_mainThread);
     m_notices->removal = std::move(callback);
 }
 
 void HidrawManager::scheduleWithRunLoop() {
-    requireMainThread();
+    assertMainThread(m_mainThread);
     m_notices->bScheduled = true;
 }
 
 void HidrawManager::unscheduleFromRunLoop() {
-    requireMainThread();
+    assertMainThread(m_mainThread);
     m_notices->bScheduled = false;
 }
 
 HidResult HidrawManager::open() {
-    requireMainThread();
+    assertMainThread(m_mainThread);
     if (m_watch.get() != nullptr)
         return 0;
     const std::uint64_t nSession = ++m_notices->nSession;
@@ -100,7 +92,7 @@ HidResult HidrawManager::open() {
 }
 
 void HidrawManager::close() {
-    requireMainThread();
+    assertMainThread(m_mainThread);
     ++m_notices->nSession;
     const std::shared_ptr<HidrawWatch> watch = m_watch.get();
     if (watch == nullptr)
@@ -110,7 +102,7 @@ void HidrawManager::close() {
 }
 
 std::optional<HidDeviceList> HidrawManager::copyDevices() {
-    requireMainThread();
+    assertMainThread(m_mainThread);
     const std::shared_ptr<HidrawWatch> watch = m_watch.get();
     if (watch == nullptr)
         return std::nullopt;
@@ -119,7 +111,7 @@ std::optional<HidDeviceList> HidrawManager::copyDevices() {
 
 std::optional<std::int64_t> HidrawManager::deviceGetProperty(const HidDeviceRef& device,
                                                              std::string_view strKey) {
-    requireMainThread();
+    assertMainThread(m_mainThread);
     const auto* const pDevice = dynamic_cast<const HidrawDevice*>(device.get());
     if (pDevice == nullptr)
         return std::nullopt;

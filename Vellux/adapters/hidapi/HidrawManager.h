@@ -55,7 +55,6 @@ public:
 
 private:
     struct Notices;
-    void requireMainThread() const;
 
     MainThread& m_mainThread;
     const std::shared_ptr<Notices> m_notices;
