@@ -51,9 +51,7 @@ private:
     Failure play(const PresenceStep& step);
     Failure play(const PlugStep& step);
     Failure play(const BatchStep& step);
-    Failure play(const FailStep& step);
-    Failure play(const DelayStep& step);
-    Failure play(const CutStep& step);
+    Failure play(const InterfereStep& step);
     Failure play(const DropStep& step);
     Failure play(const WaitStep& step);
     Failure play(const SleepStep& step);

@@ -2,6 +2,7 @@
 // read from.
 #pragma once
 
+#include "server/Interference.h"
 #include "server/Reply.h"
 #include "server/Route.h"
 
@@ -64,24 +65,10 @@ struct BatchStep {
     Reply reply;
 };
 
-/// Answers the next requests of a route in place of the server.
-struct FailStep {
+/// Fails, delays or cuts off the next requests of a route.
+struct InterfereStep {
     Route route = Route::Discovery;
-    Reply reply;
-    int nTimes = 1;
-};
-
-struct DelayStep {
-    Route route = Route::Discovery;
-    std::chrono::milliseconds delay{0};
-    int nTimes = 1;
-};
-
-/// Cuts off the connections of the next requests of a route.
-struct CutStep {
-    Route route = Route::Discovery;
-    CutOff where = CutOff::BeforeAnswer;
-    int nTimes = 1;
+    Interference interference;
 };
 
 /// Cuts off the connections of the polls that are held now.
@@ -106,7 +93,7 @@ struct SleepStep {
 };
 
 using Step = std::variant<ConnectStep, DisconnectStep, BoxStep, SelectStep, ModeStep, QuitStep, PresenceStep,
-                          PlugStep, BatchStep, FailStep, DelayStep, CutStep, DropStep, WaitStep, SleepStep>;
+                          PlugStep, BatchStep, InterfereStep, DropStep, WaitStep, SleepStep>;
 
 /// A step with the name that it has in the script.
 struct NamedStep {

@@ -22,10 +22,6 @@ bool waitMember(Members& members) {
     return members.optionalFlag("wait").value_or(true);
 }
 
-int timesMember(Members& members) {
-    return static_cast<int>(members.optionalNumber("times", 1, kMostTimes).value_or(1));
-}
-
 Route routeMember(Members& members) {
     const std::optional<Route> route = routeNamed(members.text("route"));
     if (!route)
@@ -113,22 +109,33 @@ Step readBatch(Members& members) {
     return BatchStep{replyMembers(members, 200)};
 }
 
+// What "fail", "delay" and "cut" have in common.
+InterfereStep interfereStep(Members& members) {
+    InterfereStep step;
+    step.route = routeMember(members);
+    step.interference.nTimes = static_cast<int>(members.optionalNumber("times", 1, kMostTimes).value_or(1));
+    return step;
+}
+
 Step readFail(Members& members) {
-    return FailStep{routeMember(members), replyMembers(members, 500), timesMember(members)};
+    InterfereStep step = interfereStep(members);
+    step.interference.reply = replyMembers(members, 500);
+    return step;
 }
 
 Step readDelay(Members& members) {
-    const Route route = routeMember(members);
-    return DelayStep{route, std::chrono::milliseconds(members.number("milliseconds", 0, kLongest)),
-                     timesMember(members)};
+    InterfereStep step = interfereStep(members);
+    step.interference.delay = std::chrono::milliseconds(members.number("milliseconds", 0, kLongest));
+    return step;
 }
 
 Step readCut(Members& members) {
+    InterfereStep step = interfereStep(members);
     const std::string strWhere = members.optionalText("where").value_or("answer");
     if (strWhere != "answer" && strWhere != "body")
         members.complain("where", "must be \"answer\" or \"body\"");
-    const Route route = routeMember(members);
-    return CutStep{route, strWhere == "body" ? CutOff::InBody : CutOff::BeforeAnswer, timesMember(members)};
+    step.interference.cutOff = strWhere == "body" ? CutOff::InBody : CutOff::BeforeAnswer;
+    return step;
 }
 
 Step readDrop(Members&) {

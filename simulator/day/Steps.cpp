@@ -75,9 +75,10 @@ DayPlayer::Failure DayPlayer::play(const ModeStep& step) {
     return bReconnects ? waitUntilConnected(nAlertsBefore) : std::nullopt;
 }
 
+// The player's end; it never gets here.
 DayPlayer::Failure DayPlayer::play(const QuitStep&) {
     return std::nullopt;
-} // the player's end; it never gets here
+}
 
 // ---- The world --------------------------------------------------------------------------------------------
 
@@ -110,27 +111,8 @@ DayPlayer::Failure DayPlayer::play(const BatchStep& step) {
     return std::nullopt;
 }
 
-DayPlayer::Failure DayPlayer::play(const FailStep& step) {
-    Interference interference;
-    interference.reply = step.reply;
-    interference.nTimes = step.nTimes;
-    m_stage.server.interfere(step.route, std::move(interference));
-    return std::nullopt;
-}
-
-DayPlayer::Failure DayPlayer::play(const DelayStep& step) {
-    Interference interference;
-    interference.delay = step.delay;
-    interference.nTimes = step.nTimes;
-    m_stage.server.interfere(step.route, std::move(interference));
-    return std::nullopt;
-}
-
-DayPlayer::Failure DayPlayer::play(const CutStep& step) {
-    Interference interference;
-    interference.cutOff = step.where;
-    interference.nTimes = step.nTimes;
-    m_stage.server.interfere(step.route, std::move(interference));
+DayPlayer::Failure DayPlayer::play(const InterfereStep& step) {
+    m_stage.server.interfere(step.route, step.interference);
     return std::nullopt;
 }
 

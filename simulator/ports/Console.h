@@ -5,7 +5,6 @@
 
 #include <cstdio>
 #include <string>
-#include <vector>
 
 namespace vellux::simulator {
 
@@ -13,21 +12,15 @@ namespace vellux::simulator {
 /// written.
 class Console {
 public:
-    /// Prints to `file`, not owned; null: nowhere. With `bKeepLines` the lines can be read back, for programs
-    /// that compare them.
-    explicit Console(std::FILE* file, bool bKeepLines = false) : m_file(file), m_bKeepLines(bKeepLines) {}
+    /// Prints to `file`, not owned.
+    explicit Console(std::FILE* file) : m_file(file) {}
 
     /// Prints one line, given without its line break; control characters in it come out as blanks.
     void print(std::string strLine);
 
-    /// The lines so far, oldest first, when they are kept.
-    std::vector<std::string> lines() const;
-
 private:
     std::FILE* const m_file;
-    const bool m_bKeepLines;
-    mutable Mutex m_mutex;
-    std::vector<std::string> m_lines VELLUX_GUARDED_BY(m_mutex);
+    Mutex m_mutex; // held while a line is written, so that lines stay whole
 };
 
 } // namespace vellux::simulator
