@@ -44,8 +44,10 @@ VelluxHttp::httpGet_MyPresence(const std::optional<std::string>& strUrl,
 void VelluxHttp::httpGet_EventChannels() {
     vellux::assertMainThread();
     const auto strUrl = strEventChannelUrl.get();
-    if (!strUrl || !vellux::formsUrl(*strUrl))
+    if (!strUrl || !vellux::formsUrl(*strUrl)) {
+        m_channel.set(vellux::ChannelState::Ended);
         return;
+    }
     vellux::HttpRequest request = getRequest(*strUrl, {});
     if (auto strAuthorization = strOAuthToken.get())
         request.headerFields.emplace_back("Authorization", std::move(*strAuthorization));
@@ -53,6 +55,7 @@ void VelluxHttp::httpGet_EventChannels() {
     // An earlier poll that is still open is let go, not cancelled.
     urlConnectionToGetEvents = vellux::platform().httpTransport.createConnection(request, *this);
     urlConnectionToGetEvents->start();
+    m_channel.set(vellux::ChannelState::Open);
 }
 
 void VelluxHttp::abortEventChannelConnection() {
@@ -61,6 +64,7 @@ void VelluxHttp::abortEventChannelConnection() {
         urlConnectionToGetEvents->cancel();
     bIsUserOnCall = false;
     presenceStatus.set("");
+    m_channel.set(vellux::ChannelState::Closed);
 }
 
 void VelluxHttp::connectionDidReceiveResponse(vellux::HttpConnection&) {}
@@ -93,6 +97,12 @@ void VelluxHttp::connectionDidReceiveData(vellux::HttpConnection&, std::string_v
             httpGet_EventChannels();
         }
     }
+}
+
+void VelluxHttp::connectionDidFinishLoading(vellux::HttpConnection& connection) {
+    vellux::assertMainThread();
+    if (&connection == urlConnectionToGetEvents.get())
+        m_channel.set(vellux::ChannelState::Ended);
 }
 
 void VelluxHttp::connectionDidFailWithError(vellux::HttpConnection&, const vellux::HttpError&) {

@@ -12,6 +12,8 @@
 #pragma once
 
 #include "platform/HttpTransport.h"
+#include "platform/ViewState.h"
+#include "support/Observable.h"
 #include "support/Shared.h"
 #include "support/SharedInstance.h"
 
@@ -79,11 +81,16 @@ public:
     /// Cancels the long poll opened last and forgets the presence. Main thread.
     void abortEventChannelConnection();
 
+    /// Whether the presence is being followed; for the view, nothing here depends on it. Any thread reads it.
+    vellux::Observable<vellux::ChannelState>& channel() { return m_channel; }
+
     /// The status code is not looked at: an error's body comes as data like any other.
     void connectionDidReceiveResponse(vellux::HttpConnection& connection) override;
     /// Handles one batch of events: reads the presence anew for each presence event in it, hands it to the
     /// controller and opens the next long poll. A batch without such an event opens none.
     void connectionDidReceiveData(vellux::HttpConnection& connection, std::string_view data) override;
+    /// Notes that the following has ended when this was the poll opened last: its answer has opened no other.
+    void connectionDidFinishLoading(vellux::HttpConnection& connection) override;
     /// Waits half a second on the main thread and opens the same long poll again, without limit.
     void connectionDidFailWithError(vellux::HttpConnection& connection,
                                     const vellux::HttpError& error) override;
@@ -107,4 +114,5 @@ private:
     std::shared_ptr<vellux::HttpConnection> urlConnectionToGetEvents; // main thread; the one opened last
     OptionalText FQDN;                                                // the host that signed in
     std::optional<std::string> nextLink;                              // main thread
+    vellux::Observable<vellux::ChannelState> m_channel;               // written by main
 };

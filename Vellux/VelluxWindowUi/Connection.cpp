@@ -45,6 +45,13 @@ void VelluxWindowUi::onConnectButtonClicked(Button&) {
     }
 }
 
+void VelluxWindowUi::reconnect() {
+    if (controls.buttonConnect->title() == "Disconnect")
+        onConnectButtonClicked(*controls.buttonConnect);
+    if (controls.buttonConnect->title() == "Connect")
+        onConnectButtonClicked(*controls.buttonConnect);
+}
+
 void VelluxWindowUi::processLyncServerConnectionRequest() {
     vellux::assertMainThread();
     threadForLyncStatusMonitor =

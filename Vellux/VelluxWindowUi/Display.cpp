@@ -33,12 +33,43 @@ bool canShow(std::int32_t nColor, std::uint8_t byType) {
 
 std::int32_t VelluxWindowUi::displayVelluxColor(std::int32_t nColor) {
     const vellux::ScopedLock lock(displayLock);
+    const std::int32_t nResult = sendVelluxColor(nColor);
+    showOnLamp(nColor, nResult);
+    return nResult;
+}
+
+// Without the lamp, for the dark half of a worker's cycle: the lamp does not alternate.
+std::int32_t VelluxWindowUi::sendVelluxColor(std::int32_t nColor) {
+    const vellux::ScopedLock lock(displayLock);
     nCurrentVelluxColor = nColor;
     if (nNumberOfVelluxDevices == 0 || bDisplayClosed)
         return static_cast<std::int32_t>(kIOReturnNoDevice);
     if (!canShow(nColor, deviceTypeAt(0)))
         return static_cast<std::int32_t>(kIOReturnSuccess);
     return static_cast<std::int32_t>(kColourFunctions[nColor](0));
+}
+
+// Under the display lock, so that the lamp has the light's order. A light that refused shows what it showed.
+void VelluxWindowUi::showOnLamp(std::int32_t nColor, std::int32_t nResult) {
+    const bool bLight = nNumberOfVelluxDevices != 0;
+    if (bDisplayClosed || nColor < 0 || nColor > kColourOff)
+        return;
+    if (bLight &&
+        (nResult != static_cast<std::int32_t>(kIOReturnSuccess) || !canShow(nColor, deviceTypeAt(0))))
+        return;
+    m_lamp.update([&](vellux::LampState& lamp) {
+        lamp.nColor = nColor;
+        lamp.bFlashing = nColor != kColourOff && m_nFlashers != 0;
+    });
+}
+
+void VelluxWindowUi::setFlashing(Flasher flasher, bool bFlashing) {
+    if (bFlashing)
+        m_nFlashers |= flasher;
+    else
+        m_nFlashers &= ~static_cast<unsigned>(flasher);
+    m_lamp.update(
+        [this](vellux::LampState& lamp) { lamp.bFlashing = lamp.nColor != kColourOff && m_nFlashers != 0; });
 }
 
 void VelluxWindowUi::switchOffForGood() {

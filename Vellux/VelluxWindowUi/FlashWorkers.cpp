@@ -4,6 +4,7 @@
 
 #include "VelluxControl/VelluxControl.h"
 #include "VelluxWindowUi/ColourIndex.h"
+#include "VelluxWindowUi/FlashSpeeds.h"
 #include "platform/Platform.h"
 
 namespace {
@@ -19,34 +20,48 @@ void waitUntilFinished(const vellux::WorkerThreadRef& thread) {
     while (!thread->isFinished());
 }
 
-void stopHardwareFlash() {
-    if (isV30Type(deviceTypeAt(0)))
-        StopLightFlash(0);
-}
-
-// One worker's life. Period and colour are read anew at each step; the stop flag only after the colour half,
-// so a worker leaves with the colour shown.
-void flash(VelluxWindowUi& controller, const std::atomic<bool>& bQuit, const std::atomic<float>& flInterval,
-           const std::atomic<std::int64_t>& nColor) {
-    vellux::Clock& clock = vellux::platform().clock;
-    if (bQuit)
-        return;
-    do {
-        clock.sleep(vellux::Seconds(static_cast<double>(flInterval.load())));
-        controller.displayVelluxColor(kColourOff);
-        clock.sleep(vellux::Seconds(static_cast<double>(flInterval.load())));
-        controller.displayVelluxColor(static_cast<std::int32_t>(nColor.load()));
-    } while (!bQuit);
+// A light that refused goes on as before; without a light, the lamp shows what one would do.
+bool isRefused(VelluxResult result) {
+    return result != kIOReturnSuccess && result != kIOReturnNoDevice;
 }
 
 } // namespace
 
+// One worker's life. Period and colour are read anew at each step; the stop flag only after the colour half,
+// so a worker leaves with the colour shown.
+void VelluxWindowUi::flash(Flasher worker, const std::atomic<bool>& bQuit,
+                           const std::atomic<float>& flInterval, const std::atomic<std::int64_t>& nColor) {
+    vellux::Clock& clock = vellux::platform().clock;
+    if (bQuit)
+        return;
+    setFlashing(worker, true);
+    do {
+        clock.sleep(vellux::Seconds(static_cast<double>(flInterval.load())));
+        sendVelluxColor(kColourOff);
+        clock.sleep(vellux::Seconds(static_cast<double>(flInterval.load())));
+        displayVelluxColor(static_cast<std::int32_t>(nColor.load()));
+    } while (!bQuit);
+    setFlashing(worker, false);
+}
+
+void VelluxWindowUi::startHardwareFlash(const FlashSpeed* pSpeed) {
+    if (!isRefused(StartLightFlash(0)))
+        setFlashing(kLight, true);
+    if (pSpeed != nullptr)
+        SelectLightFlashSpeed(0, pSpeed->byHardwareSpeed);
+}
+
+void VelluxWindowUi::stopHardwareFlash() {
+    if (!isV30Type(deviceTypeAt(0)) || !isRefused(StopLightFlash(0)))
+        setFlashing(kLight, false);
+}
+
 void VelluxWindowUi::manualFlashingThreadMainMethod() {
-    flash(*this, bQuitManualFlashing, flManualFlashTimeInterval, indexOfManualModeColorList);
+    flash(kManualWorker, bQuitManualFlashing, flManualFlashTimeInterval, indexOfManualModeColorList);
 }
 
 void VelluxWindowUi::syncFlashingThreadMainMethod() {
-    flash(*this, bQuitSyncFlashing, flSyncFlashTimeInterval, indexOfSyncModeColorList);
+    flash(kSyncWorker, bQuitSyncFlashing, flSyncFlashTimeInterval, indexOfSyncModeColorList);
 }
 
 void VelluxWindowUi::quitManualFlashingThread() {

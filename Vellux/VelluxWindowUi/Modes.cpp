@@ -106,9 +106,7 @@ void VelluxWindowUi::onManualModeFlashSpeedListSelection(ComboBox& sender) {
 
     const std::uint8_t byType = deviceTypeAt(0);
     if (isV30Type(byType)) {
-        StartLightFlash(0);
-        if (pSpeed != nullptr)
-            SelectLightFlashSpeed(0, pSpeed->byHardwareSpeed);
+        startHardwareFlash(pSpeed);
     } else if (byType == 1 || byType == 2) {
         startManualFlashing();
     }
@@ -127,9 +125,7 @@ void VelluxWindowUi::onSyncModeFlashSpeedListSelection(ComboBox& sender) {
     const std::uint8_t byType = deviceTypeAt(0);
     if (isV30Type(byType)) {
         displayVelluxColor(static_cast<std::int32_t>(indexOfSyncModeColorList));
-        StartLightFlash(0);
-        if (pSpeed != nullptr)
-            SelectLightFlashSpeed(0, pSpeed->byHardwareSpeed);
+        startHardwareFlash(pSpeed);
     } else if (byType == 1 || byType == 2) {
         restartSyncFlashing();
     }

@@ -15,7 +15,9 @@
 
 #include "platform/Controls.h"
 #include "platform/Desktop.h"
+#include "platform/ViewState.h"
 #include "support/Mutex.h"
+#include "support/Observable.h"
 #include "support/Shared.h"
 #include "support/SharedInstance.h"
 #include "support/WorkerThread.h"
@@ -85,6 +87,14 @@ public:
     void setManualModeFlashSpeedList(Ref<ComboBox> control) {
         controls.manualModeFlashSpeedList = std::move(control);
     }
+
+    // ---- Display.cpp, Window.cpp: beside the controls, for the view to read ----
+    // Any thread reads them; nothing here depends on them.
+
+    /// What the light shows. Doesn't alternate while a light is being flashed.
+    vellux::Observable<vellux::LampState>& lamp() { return m_lamp; }
+    /// The first light as the last discovery found it. Written by main.
+    vellux::Observable<vellux::LightState>& light() { return m_light; }
 
     // ---- Window.cpp: start-up, window actions, device notices, ending ----
 
@@ -177,6 +187,8 @@ public:
     /// Connects or disconnects, by the button's title. Connecting saves the credentials first and uses them
     /// as they come back from the file.
     void onConnectButtonClicked(Button& sender);
+    /// Disconnects, then connects: for a user whose presence is no longer followed.
+    void reconnect();
     /// Starts the status monitor and returns at once.
     void processLyncServerConnectionRequest();
     /// Body of the status monitor's thread: one pass through sign-in, registration, presence and the opening
@@ -193,14 +205,27 @@ public:
 private:
     VelluxWindowUi();
 
+    // Window.cpp
+    void describeLight();
+
     // Display.cpp
     void fillColorLists();
+    std::int32_t sendVelluxColor(std::int32_t nColor);
+    void showOnLamp(std::int32_t nColor, std::int32_t nResult) VELLUX_REQUIRES(displayLock);
+    // What can make the light flash: itself, or one of the workers.
+    enum Flasher : unsigned { kLight = 1, kManualWorker = 2, kSyncWorker = 4 };
+    void setFlashing(Flasher flasher, bool bFlashing);
+
+    // FlashWorkers.cpp
+    void flash(Flasher worker, const std::atomic<bool>& bQuit, const std::atomic<float>& flInterval,
+               const std::atomic<std::int64_t>& nColor);
+    void startHardwareFlash(const struct FlashSpeed* pSpeed);
+    void stopHardwareFlash();
 
     // Modes.cpp
     void clampToItems(std::atomic<std::int64_t>& nIndex, const ComboBox& list) const;
     bool isToFlashOnCall() const;
 
-    // FlashWorkers.cpp
     void startManualFlashing();
     void restartSyncFlashing();
     void stopSyncFlashing();
@@ -256,6 +281,10 @@ private:
         Ref<ComboBox> manualModeColorList;
         Ref<ComboBox> manualModeFlashSpeedList;
     } controls;
+
+    vellux::Observable<vellux::LampState> m_lamp;
+    vellux::Observable<vellux::LightState> m_light;
+    std::atomic<unsigned> m_nFlashers{0}; // set of Flasher
 
     // The display lock, first in the order of locks.
     vellux::RecursiveMutex displayLock;

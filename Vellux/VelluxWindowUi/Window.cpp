@@ -54,6 +54,7 @@ void VelluxWindowUi::initConfig() {
     vellux::assertMainThread();
     colorArray1 = {"Red", "Green", "Yellow", "Purple", "Cyan", "Blue", "White", "None"};
     colorArray2 = {"Red", "Green", "Yellow", "Purple", "Cyan", "Blue", "White", "Orange", "None"};
+    describeLight();
     fillColorLists();
     aesKey = "k4mpr8vtxw2nbq6z";
     nCurrentVelluxColor = kColourOff;
@@ -108,6 +109,7 @@ void VelluxWindowUi::devicePlugged() {
     std::int32_t nCount = 0;
     VelluxFindDevices(nCount);
     nNumberOfVelluxDevices = nCount;
+    describeLight();
     if (nCount <= 0)
         return;
     VelluxTurnOffLight(0);
@@ -124,6 +126,30 @@ void VelluxWindowUi::deviceUnplugged() {
     std::int32_t nCount = 0;
     VelluxFindDevices(nCount);
     nNumberOfVelluxDevices = nCount;
+    describeLight();
     bQuitManualFlashing = true;
     bQuitSyncFlashing = true;
+}
+
+void VelluxWindowUi::describeLight() {
+    vellux::LightState light;
+    const auto list = gDeviceCFArrayRef.get();
+    if (list != nullptr && !list->empty()) {
+        using Access = vellux::LightState::Access;
+        const vellux::HidDeviceRef& first = list->front();
+        vellux::HidManager& manager = vellux::platform().hidManager;
+        const vellux::HidResult result = manager.deviceOpenResult(first);
+        if (result == kIOReturnSuccess)
+            light.access = Access::Usable;
+        else
+            light.access = manager.isPermissionRefusal(result) ? Access::NotPermitted : Access::NotUsable;
+        std::int64_t nVendorID = 0;
+        std::int64_t nProductID = 0;
+        IOHIDDevice_GetLongProperty(first, "VendorID", nVendorID);
+        IOHIDDevice_GetLongProperty(first, "ProductID", nProductID);
+        light.byType = deviceTypeAt(0);
+        light.nVendorID = static_cast<std::uint16_t>(nVendorID);
+        light.nProductID = static_cast<std::uint16_t>(nProductID);
+    }
+    m_light.set(light);
 }

@@ -70,6 +70,10 @@ public:
     /// A numeric property of a device; absent when it has none of that name, or one that is no number.
     virtual std::optional<std::int64_t> deviceGetProperty(const HidDeviceRef& device,
                                                           std::string_view strKey) = 0;
+    /// Why a device of the set can't be used: 0 when it is open, else the platform's code for the refusal.
+    virtual HidResult deviceOpenResult(const HidDeviceRef& device) = 0;
+    /// Whether a code means that the user may not open the device.
+    virtual bool isPermissionRefusal(HidResult result) = 0;
     /// Sends one report and waits until the device took or refused it (5 s at most on Linux). Report ID 0
     /// means that the payload goes out with no report-ID byte before it. Any thread; the adapter serialises
     /// the sends of one device.

@@ -50,6 +50,8 @@ public:
     virtual void connectionDidReceiveResponse(HttpConnection& connection) = 0;
     /// Pieces that belong together come together: the whole body, or what came before 100 ms of silence.
     virtual void connectionDidReceiveData(HttpConnection& connection, std::string_view data) = 0;
+    /// Last callback of a request whose answer is complete.
+    virtual void connectionDidFinishLoading(HttpConnection& connection) = 0;
     /// Last callback of a request that failed or ran into its time limit.
     virtual void connectionDidFailWithError(HttpConnection& connection, const HttpError& error) = 0;
 };

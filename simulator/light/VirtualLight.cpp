@@ -39,6 +39,8 @@ HidResult VirtualLight::take(HidReportType type, std::uint8_t byReportID,
         ScopedLock lock(m_mutex);
         if (!m_bPlugged)
             return ENODEV;
+        if (!m_bPermitted)
+            return EACCES;
         m_console.print("report " + hexOf(payload));
         DecodedReport decoded = decodeReport(m_model, payload);
         if (type != HidReportType::Output || byReportID != 0)
@@ -63,6 +65,16 @@ void VirtualLight::show(const LightState& state) {
         m_record.strLastColour = state.strColour;
     m_record.state = state;
     m_console.print("light " + state.text());
+}
+
+void VirtualLight::setPermitted(bool bPermitted) {
+    ScopedLock lock(m_mutex);
+    m_bPermitted = bPermitted;
+}
+
+HidResult VirtualLight::refusal() const {
+    ScopedLock lock(m_mutex);
+    return m_bPermitted ? 0 : EACCES;
 }
 
 void VirtualLight::setPlugged(bool bPlugged) {

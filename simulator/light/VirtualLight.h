@@ -34,9 +34,14 @@ public:
 
     LightRecord record() const;
 
-    /// One report from its owner; ENODEV when the light is not plugged, 0 otherwise, decodable or not: a
-    /// light has no way to object.
+    /// One report from its owner; ENODEV when the light is not plugged, EACCES when the user may not open it, 0
+    /// otherwise, decodable or not: a light has no way to object.
     HidResult take(HidReportType type, std::uint8_t byReportID, std::span<const std::uint8_t> payload);
+
+    /// Whether the user may open the light, which then takes reports. To be set before it is plugged.
+    void setPermitted(bool bPermitted);
+    /// 0, or EACCES for a light that may not be opened.
+    HidResult refusal() const;
 
     /// Power comes and goes with the plug; without it the light is dark, and with it, it is dark at first.
     void setPlugged(bool bPlugged);
@@ -51,6 +56,7 @@ private:
     mutable Mutex m_mutex; // held while printing, so that lines have the order of the reports
     LightRecord m_record VELLUX_GUARDED_BY(m_mutex);
     bool m_bPlugged VELLUX_GUARDED_BY(m_mutex) = false;
+    bool m_bPermitted VELLUX_GUARDED_BY(m_mutex) = true;
 };
 
 } // namespace vellux::simulator

@@ -1,5 +1,7 @@
 #include "light/VirtualLights.h"
 
+#include <cerrno>
+
 #include <algorithm>
 #include <utility>
 
@@ -120,6 +122,14 @@ std::optional<std::int64_t> VirtualLights::deviceGetProperty(const HidDeviceRef&
     if (found == properties.end())
         return std::nullopt;
     return found->second;
+}
+
+HidResult VirtualLights::deviceOpenResult(const HidDeviceRef& device) {
+    return static_cast<VirtualLight&>(*device).refusal();
+}
+
+bool VirtualLights::isPermissionRefusal(HidResult result) {
+    return result == EACCES;
 }
 
 HidResult VirtualLights::deviceSetReport(const HidDeviceRef& device, HidReportType type,

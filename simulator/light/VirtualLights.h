@@ -39,6 +39,8 @@ public:
     std::optional<HidDeviceList> copyDevices() override;
     std::optional<std::int64_t> deviceGetProperty(const HidDeviceRef& device,
                                                   std::string_view strKey) override;
+    HidResult deviceOpenResult(const HidDeviceRef& device) override;
+    bool isPermissionRefusal(HidResult result) override;
     HidResult deviceSetReport(const HidDeviceRef& device, HidReportType type, std::uint8_t byReportID,
                               std::span<const std::uint8_t> payload) override;
 

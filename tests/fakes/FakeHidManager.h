@@ -18,6 +18,7 @@
 /// A device of a given identity. Without a property map entry it lacks that property.
 struct FakeHidDevice : vellux::HidDevice {
     std::map<std::string, std::int64_t, std::less<>> properties;
+    vellux::HidResult nOpenResult = 0;
     std::string strName; // put before its reports when the test has several lights
 };
 
@@ -127,6 +128,10 @@ public:
         const auto found = properties.find(strKey);
         return found == properties.end() ? std::nullopt : std::optional(found->second);
     }
+    vellux::HidResult deviceOpenResult(const vellux::HidDeviceRef& device) override {
+        return static_cast<const FakeHidDevice&>(*device).nOpenResult;
+    }
+    bool isPermissionRefusal(vellux::HidResult result) override { return result == 13; }
     vellux::HidResult deviceSetReport(const vellux::HidDeviceRef& device, vellux::HidReportType type,
                                       std::uint8_t byReportID,
                                       std::span<const std::uint8_t> payload) override {

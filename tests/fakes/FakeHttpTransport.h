@@ -48,6 +48,11 @@ public:
         if (!m_bCancelled)
             m_delegate.connectionDidReceiveData(*this, strBody);
     }
+    /// The answer is complete.
+    void simulateEnd() {
+        if (!m_bCancelled)
+            m_delegate.connectionDidFinishLoading(*this);
+    }
     void simulateFailure() {
         if (!m_bCancelled)
             m_delegate.connectionDidFailWithError(*this, {"timed out"});

@@ -80,8 +80,12 @@ private:
         m_transfer = nullptr; // and with it the circle that kept this connection alive
         if (!answer.error)
             respond();
-        else if (!m_bCancelled)
+        if (m_bCancelled)
+            return;
+        if (answer.error)
             m_delegate.connectionDidFailWithError(*this, *answer.error);
+        else
+            m_delegate.connectionDidFinishLoading(*this);
     }
 
     MainThread& m_mainThread;

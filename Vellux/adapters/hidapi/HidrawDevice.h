@@ -48,6 +48,8 @@ public:
     ~HidrawDevice() override;
 
     const HidrawEntry& entry() const { return m_entry; }
+    /// 0 when the device is open, else the platform's code.
+    HidResult refusal() const { return m_pHandle != nullptr ? 0 : m_nRefusal; }
 
     /// As HidManager::deviceSetReport. Any thread; waits for another thread's send to the same device first.
     HidResult send(HidReportType type, std::uint8_t byReportID, std::span<const std::uint8_t> payload);

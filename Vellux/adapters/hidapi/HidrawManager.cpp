@@ -118,6 +118,16 @@ std::optional<std::int64_t> HidrawManager::deviceGetProperty(const HidDeviceRef&
     return hidrawProperty(pDevice->entry(), strKey);
 }
 
+HidResult HidrawManager::deviceOpenResult(const HidDeviceRef& device) {
+    assertMainThread(m_mainThread);
+    const auto* const pDevice = dynamic_cast<const HidrawDevice*>(device.get());
+    return pDevice != nullptr ? pDevice->refusal() : ENODEV;
+}
+
+bool HidrawManager::isPermissionRefusal(HidResult result) {
+    return result == EACCES || result == EPERM;
+}
+
 HidResult HidrawManager::deviceSetReport(const HidDeviceRef& device, HidReportType type,
                                          std::uint8_t byReportID, std::span<const std::uint8_t> payload) {
     auto* const pDevice = dynamic_cast<HidrawDevice*>(device.get());

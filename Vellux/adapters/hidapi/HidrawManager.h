@@ -44,6 +44,9 @@ public:
     std::optional<HidDeviceList> copyDevices() override;
     std::optional<std::int64_t> deviceGetProperty(const HidDeviceRef& device,
                                                   std::string_view strKey) override;
+    /// errno of the refusal; ENODEV for a device that is not of this manager.
+    HidResult deviceOpenResult(const HidDeviceRef& device) override;
+    bool isPermissionRefusal(HidResult result) override;
     /// errno of the failure; EACCES and the like for a device that may not be opened, ENODEV for one that is
     /// gone or not of this manager, EIO when a part of the report was taken.
     HidResult deviceSetReport(const HidDeviceRef& device, HidReportType type, std::uint8_t byReportID,

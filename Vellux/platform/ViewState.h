@@ -1,0 +1,42 @@
+// What a window shows beside its controls: values that the modules keep and a view only reads.
+#pragma once
+
+#include <cstdint>
+
+namespace vellux {
+
+/// What the light shows; without a light, what one would show.
+struct LampState {
+    /// Colour index, 0 red to 7 orange, 8 off. While the light flashes, the colour that it flashes in.
+    std::int32_t nColor = 8;
+    bool bFlashing = false;
+
+    bool operator==(const LampState&) const = default;
+};
+
+/// The first light, as far as a user has to know it.
+struct LightState {
+    enum class Access {
+        NoLight,      ///< none found
+        Usable,       ///< found and open
+        NotPermitted, ///< found, but this user may not open it
+        NotUsable,    ///< found, but it can't be opened for another reason
+    };
+    Access access = Access::NoLight;
+    /// Device type, which tells the family: 1 framed code, 2 plain code, 3, 4, 6 and 7 levels. 0 without a light.
+    std::uint8_t byType = 0;
+    /// USB identity; 0 without a light.
+    std::uint16_t nVendorID = 0;
+    std::uint16_t nProductID = 0;
+
+    bool operator==(const LightState&) const = default;
+};
+
+/// Whether the presence is being followed.
+enum class ChannelState {
+    Closed, ///< never opened, or closed by us
+    Open,
+    Ended, ///< over, though we did not close it
+};
+
+} // namespace vellux
