@@ -5,6 +5,7 @@
 #include "VelluxWindowUi/VelluxWindowUi.h"
 #include "adapters/curl/CurlTransport.h"
 #include "adapters/linux/SystemClock.h"
+#include "adapters/linux/TerminationWatch.h"
 #include "day/DayPlayer.h"
 #include "day/DefaultDay.h"
 #include "day/ScriptReader.h"
@@ -14,7 +15,6 @@
 #include "ports/Console.h"
 #include "ports/EqualThreads.h"
 #include "ports/HeadlessDesktop.h"
-#include "ports/InterruptWatch.h"
 #include "ports/PrivateDirectory.h"
 #include "ports/ServerWatch.h"
 #include "ports/WindowWatch.h"
@@ -52,7 +52,7 @@ bool endedAsExpected(const LightRecord& light, const std::string& strExpected) {
 // Plays one day from start-up to the end of the program; the exit status.
 int simulate(LightModel model, const Script& script) {
     Changes changes;
-    const InterruptWatch interruptWatch([&changes] { changes.end(); });
+    const vellux::TerminationWatch terminationWatch([&changes] { changes.end(); });
     Console console(stdout);
 
     const auto directory = PrivateDirectory::create();

@@ -7,11 +7,6 @@ void Control::setEnabled(bool bEnabled) {
     notify(Change::Enabled);
 }
 
-void Control::notify(Change change) const {
-    if (const Observer observer = m_observer.get())
-        observer(change);
-}
-
 void Button::setState(std::int64_t nState) {
     m_nState.set(nState);
     notify(Change::State);

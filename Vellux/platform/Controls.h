@@ -1,6 +1,7 @@
 // The window's controls as plain models: what they hold, free of any toolkit. A view binds to them.
 #pragma once
 
+#include "support/Observers.h"
 #include "support/Shared.h"
 
 #include <cstdint>
@@ -17,8 +18,7 @@ namespace vellux {
 class Control {
 public:
     enum class Change { Enabled, State, Title, Text, Placeholder, Items, Selection };
-    /// Told of every write, on the writing thread, with no lock held, after the new value can be read.
-    using Observer = std::function<void(Change)>;
+    using Observer = Observers<Change>::Observer;
 
     explicit Control(bool bEnabled = true) : m_bEnabled(bEnabled) {}
     virtual ~Control() = default;
@@ -27,16 +27,18 @@ public:
     bool isEnabled() const { return m_bEnabled.get(); }
     void setEnabled(bool bEnabled);
 
-    /// One observer per control; an empty one removes it. Set while no other thread writes the control: what an
-    /// observer refers to lives until every worker thread has ended.
-    void setObserver(Observer observer) { m_observer.set(std::move(observer)); }
+    /// Tells of every write, on the writing thread, with no lock held, after the new value can be read. Any thread;
+    /// what the observer refers to lives until every worker thread has ended.
+    [[nodiscard]] Observation observe(Observer observer) { return m_observers.add(std::move(observer)); }
+    void setObserver(Observer observer) { m_own = observer ? observe(std::move(observer)) : nullptr; }
 
 protected:
-    void notify(Change change) const;
+    void notify(Change change) const { m_observers.notify(change); }
 
 private:
     Shared<bool> m_bEnabled;
-    Shared<Observer> m_observer;
+    Observers<Change> m_observers;
+    Observation m_own;
 };
 
 /// A push button, check box or radio button.

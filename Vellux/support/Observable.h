@@ -1,19 +1,17 @@
 // A value that somebody wants to see change.
 #pragma once
 
+#include "support/Observers.h"
 #include "support/Shared.h"
 
-#include <functional>
 #include <utility>
 
 namespace vellux {
 
-/// One value, with an observer who is told of each change. Any thread reads and writes.
+/// One value whose changes are told. Any thread reads and writes.
 template <typename T> class Observable {
 public:
-    /// Told of every change, on the thread that made it, with no lock held, after the new value can be read. A
-    /// write of the same value is no change.
-    using Observer = std::function<void()>;
+    using Observer = Observers<>::Observer;
 
     T get() const { return m_value.get(); }
     void set(T value) {
@@ -27,18 +25,20 @@ public:
             change(current);
             bChanged = !(current == before);
         });
-        const Observer observer = bChanged ? m_observer.get() : Observer{};
-        if (observer)
-            observer();
+        if (bChanged)
+            m_observers.notify();
     }
 
-    /// One observer; an empty one removes it. Set while no other thread writes the value: what an observer
-    /// refers to lives until every worker thread has ended.
-    void setObserver(Observer observer) { m_observer.set(std::move(observer)); }
+    /// Tells of every change, on the thread that made it, with no lock held, after the new value can be read; a write
+    /// of the same value is no change. Any thread; what the observer refers to lives until every worker thread has
+    /// ended.
+    [[nodiscard]] Observation observe(Observer observer) { return m_observers.add(std::move(observer)); }
+    void setObserver(Observer observer) { m_own = observer ? observe(std::move(observer)) : nullptr; }
 
 private:
     Shared<T> m_value;
-    Shared<Observer> m_observer;
+    Observers<> m_observers;
+    Observation m_own;
 };
 
 } // namespace vellux

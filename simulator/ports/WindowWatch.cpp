@@ -38,21 +38,13 @@ void printChange(Console& console, const char* strHeading, std::string& strPrint
 WindowWatch::WindowWatch(VelluxWindowUi& controller, Console& console, Changes& changes)
     : m_controller(controller), m_console(console), m_strStatus(controller.textFieldLyncStatus()->text()),
       m_strButton(controller.buttonConnect()->title()) {
-    forEachControl(controller, [&changes](Control& control) {
-        control.setObserver([&changes](Control::Change) { changes.notify(); });
+    m_observations = {
+        controller.textFieldLyncStatus()->observe([this](Control::Change) { statusWritten(); }),
+        controller.buttonConnect()->observe([this](Control::Change) { buttonWritten(); }),
+    };
+    forEachControl(controller, [this, &changes](Control& control) {
+        m_observations.push_back(control.observe([&changes](Control::Change) { changes.notify(); }));
     });
-    controller.textFieldLyncStatus()->setObserver([this, &changes](Control::Change) {
-        statusWritten();
-        changes.notify();
-    });
-    controller.buttonConnect()->setObserver([this, &changes](Control::Change) {
-        buttonWritten();
-        changes.notify();
-    });
-}
-
-WindowWatch::~WindowWatch() {
-    forEachControl(m_controller, [](Control& control) { control.setObserver({}); });
 }
 
 void WindowWatch::statusWritten() {

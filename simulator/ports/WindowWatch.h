@@ -4,8 +4,10 @@
 #include "ports/Changes.h"
 #include "ports/Console.h"
 #include "support/Mutex.h"
+#include "support/Observers.h"
 
 #include <string>
+#include <vector>
 
 class VelluxWindowUi;
 
@@ -16,10 +18,9 @@ namespace vellux::simulator {
 /// of any control.
 class WindowWatch {
 public:
-    /// Main thread, before any other thread writes a control. All arguments must outlive the watch.
+    /// Main thread, before any other thread writes a control. All arguments must outlive the watch, and the watch all
+    /// threads that write controls.
     WindowWatch(VelluxWindowUi& controller, Console& console, Changes& changes);
-    /// Main thread, when no other thread writes a control any more.
-    ~WindowWatch();
     WindowWatch(const WindowWatch&) = delete;
     WindowWatch& operator=(const WindowWatch&) = delete;
 
@@ -32,6 +33,7 @@ private:
     Mutex m_mutex; // held while printing, so that lines have the order of the values
     std::string m_strStatus VELLUX_GUARDED_BY(m_mutex);
     std::string m_strButton VELLUX_GUARDED_BY(m_mutex);
+    std::vector<Observation> m_observations;
 };
 
 } // namespace vellux::simulator

@@ -32,41 +32,41 @@ TestWorld::~TestWorld() {
 
 void TestWorld::observeControls(bool bAllControls) {
     using Change = vellux::Control::Change;
-    ui().buttonConnect()->setObserver([this](Change change) {
+    observations.push_back(ui().buttonConnect()->observe([this](Change change) {
         const auto button = ui().buttonConnect();
         if (change == Change::Title)
             journal.add("title " + button->title());
         else if (change == Change::Enabled)
             journal.add(button->isEnabled() ? "connect enabled" : "connect disabled");
-    });
-    ui().textFieldLyncStatus()->setObserver(
-        [this](Change) { journal.add("status " + ui().textFieldLyncStatus()->text()); });
+    }));
+    observations.push_back(ui().textFieldLyncStatus()->observe(
+        [this](Change) { journal.add("status " + ui().textFieldLyncStatus()->text()); }));
     if (!bAllControls)
         return;
 
     const auto button = [this](const char* strName, const std::shared_ptr<vellux::Button>& control) {
-        control->setObserver([this, strName, pControl = control.get()](Change change) {
+        observations.push_back(control->observe([this, strName, pControl = control.get()](Change change) {
             journal.add("control " + std::string(strName) +
                         (change == Change::Enabled ? (pControl->isEnabled() ? " enabled" : " disabled")
                                                    : " state " + std::to_string(pControl->state())));
-        });
+        }));
     };
     const auto field = [this](const char* strName, const std::shared_ptr<vellux::TextField>& control) {
-        control->setObserver([this, strName, pControl = control.get()](Change change) {
+        observations.push_back(control->observe([this, strName, pControl = control.get()](Change change) {
             journal.add("control " + std::string(strName) +
                         (change == Change::Enabled ? (pControl->isEnabled() ? " enabled" : " disabled")
                          : change == Change::Text  ? " text"
                                                    : " placeholder"));
-        });
+        }));
     };
     const auto list = [this](const char* strName, const std::shared_ptr<vellux::ComboBox>& control) {
-        control->setObserver([this, strName, pControl = control.get()](Change change) {
+        observations.push_back(control->observe([this, strName, pControl = control.get()](Change change) {
             journal.add("control " + std::string(strName) +
                         (change == Change::Enabled ? (pControl->isEnabled() ? " enabled" : " disabled")
                          : change == Change::Items
                              ? " items " + std::to_string(pControl->numberOfItems())
                              : " selected " + std::to_string(pControl->indexOfSelectedItem())));
-        });
+        }));
     };
     button("buttonSelectSyncMode", ui().buttonSelectSyncMode());
     button("buttonSelectManualMode", ui().buttonSelectManualMode());

@@ -79,4 +79,7 @@ protected:
     FakeClock clock{journal};
     FakeThreads threads{journal};
     FakeDesktop desktop{journal, directory.string()};
+
+private:
+    std::vector<vellux::Observation> observations;
 };

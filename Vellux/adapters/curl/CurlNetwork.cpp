@@ -22,15 +22,14 @@ CURLSH* makeShare() {
 
 } // namespace
 
-CurlNetwork::CurlNetwork(CurlTransportOptions options)
-    : m_options(std::move(options)), m_share(makeShare()), m_multi(curl_multi_init()),
-      m_thread([this] { run(); }) {}
+CurlNetwork::CurlNetwork(CurlTransportOptions options) : m_options(std::move(options)) {}
 
 CurlNetwork::~CurlNetwork() = default;
 
-// Under the lock, and never once closed: the multi handle is there.
+// Under the lock, and never once closed: the multi handle, if made, is there.
 void CurlNetwork::wakeUp() {
-    curl_multi_wakeup(m_multi.get());
+    if (m_multi != nullptr)
+        curl_multi_wakeup(m_multi.get());
 }
 
 bool CurlNetwork::start(const std::shared_ptr<CurlTransfer>& transfer) {
@@ -38,6 +37,11 @@ bool CurlNetwork::start(const std::shared_ptr<CurlTransfer>& transfer) {
     if (m_bClosed)
         return false;
     m_starting.push_back(transfer);
+    if (!m_thread.joinable()) {
+        m_share.reset(makeShare());
+        m_multi.reset(curl_multi_init());
+        m_thread = std::thread([this] { run(); });
+    }
     wakeUp();
     return true;
 }
@@ -60,7 +64,8 @@ void CurlNetwork::close() {
 
 void CurlNetwork::stop() {
     close();
-    m_thread.join();
+    if (m_thread.joinable()) // after close() nobody starts it any more
+        m_thread.join();
     m_multi.reset();
     m_share.reset();
 }

@@ -14,7 +14,7 @@
 
 namespace vellux {
 
-/// Runs transfers. Operations may be called from any thread; the transfers' callbacks come on the network
+/// Runs transfers. The network thread and all that is curl's come with the first of them. Operations may be called from any thread; the transfers' callbacks come on the network
 /// thread, which blocks on nothing but its own poll and sleeps while there is nothing to do.
 class CurlNetwork {
 public:
@@ -46,7 +46,7 @@ private:
 
     const CurlTransportOptions m_options;
 
-    // The network thread's own.
+    // The network thread's own, made before it starts.
     struct FreeMulti {
         void operator()(CURLM* multi) const { curl_multi_cleanup(multi); }
     };
@@ -62,7 +62,7 @@ private:
     Transfers m_cancelled VELLUX_GUARDED_BY(m_mutex);
     bool m_bClosed VELLUX_GUARDED_BY(m_mutex) = false;
 
-    std::thread m_thread; // last: it uses all of the above
+    std::thread m_thread; // started under m_mutex, by the first transfer
 };
 
 } // namespace vellux
