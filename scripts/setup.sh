@@ -16,6 +16,7 @@ build_packages=(
 test_packages=(
     clang-14 clang-format-14 libclang-rt-14-dev
     libgtest-dev openssl coreutils
+    desktop-file-utils appstream libxml2-utils
 )
 
 as_root() {
