@@ -28,8 +28,11 @@ constexpr std::size_t kSettingsParts = 3; // server name, user name, password
 
 std::string uiStateText(const std::array<std::int64_t, kUiStateFields>& fields) {
     std::string strText;
-    for (const std::int64_t nField : fields)
-        strText += (strText.empty() ? "" : kSeparator) + std::to_string(nField);
+    for (const std::int64_t nField : fields) {
+        if (!strText.empty())
+            strText += kSeparator;
+        strText += std::to_string(nField);
+    }
     return strText;
 }
 
