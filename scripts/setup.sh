@@ -1,4 +1,4 @@
-# Sourced by ./run and ./test: installs the Debian packages that are missing and says so.
+# Sourced by ./run, ./test and scripts/pictures: installs the Debian packages that are missing and says so.
 # Needs bash; runs as root or with sudo.
 
 say() { printf '\n== %s\n' "$*"; }
@@ -12,12 +12,15 @@ build_packages=(
     libssl-dev uuid-dev nlohmann-json3-dev
     libcurl4-openssl-dev libhidapi-dev libudev-dev
     libcpp-httplib-dev ca-certificates
+    qt6-base-dev qt6-wayland libxcb1-dev
 )
 test_packages=(
     clang-14 clang-format-14 libclang-rt-14-dev
     libgtest-dev openssl coreutils
     desktop-file-utils appstream libxml2-utils
+    dbus python3-dbusmock xvfb fonts-dejavu-core
 )
+picture_packages=(xvfb xauth fonts-dejavu-core)
 
 as_root() {
     if [ "$(id -u)" -eq 0 ]; then

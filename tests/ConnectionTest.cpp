@@ -230,4 +230,24 @@ TEST_F(ConnectionTest, connectionIsTakenUpAgainOnceAfterManualMode) {
     EXPECT_EQ(journal.lines({"request"}), Lines{});
 }
 
+// A button "Reconnect" that only disconnects, leaves the old poll open, or starts a second monitor.
+TEST_F(ConnectionTest, reconnectDisconnectsAndConnects) {
+    clickThrough();
+    transport.lastPoll().simulateEnd();
+    journal.clear();
+    ui().reconnect();
+    runUntilConnectShows("Disconnect");
+    vellux::WorkerThread::joinAll(); // the monitor's last notice is out
+    EXPECT_EQ(
+        journal.take({"cancel", "title", "poll"}),
+        (Lines{"cancel https://lync.example/ucwa/events?ack=1", "title Connect", "title Connecting...",
+               "title Disconnect",
+               "poll GET https://lync.example/ucwa/events?ack=1 | Authorization: Bearer T0k3n | 15 s"}));
+    EXPECT_EQ(client().channel().get(), vellux::ChannelState::Open);
+    ui().buttonConnect()->setTitle("Connecting...");
+    ui().reconnect();
+    endThreads();
+    EXPECT_EQ(journal.lines({"request"}), Lines{});
+}
+
 } // namespace

@@ -56,4 +56,25 @@ TEST_F(Display, OnlyTheFirstLight) {
     EXPECT_EQ(ui().displayVelluxColor(0), static_cast<std::int32_t>(0xE00002ED));
 }
 
+// A lamp that shows what the light refused, or what it doesn't know; one that is dark for want of a light.
+TEST_F(Display, LampShowsWhatTheLightShows) {
+    const auto expectLamp = [this](std::int32_t nRequested, std::int32_t nShown) {
+        ui().displayVelluxColor(nRequested);
+        EXPECT_EQ(ui().lamp().get(), (vellux::LampState{nShown, false})) << nRequested;
+    };
+    EXPECT_EQ(ui().lamp().get(), vellux::LampState());
+    expectLamp(7, 7);
+    expectLamp(9, 7);
+    expectLamp(2, 2);
+    const auto light = plugInFramed();
+    expectLamp(7, 2); // knows no orange
+    expectLamp(0, 0);
+    hid.onReport = [] { return vellux::HidResult{0xE00002ED}; };
+    expectLamp(3, 0);
+    remove(light);
+    expectLamp(3, 3);
+    ui().switchOffForGood();
+    expectLamp(1, 8);
+}
+
 } // namespace

@@ -188,4 +188,28 @@ TEST_F(EventChannelTest, abortSilencesTheChannelAndForgetsThePresence) {
     EXPECT_EQ(fail(), Lines{});
 }
 
+// A user who believes in a following that has ended, or is told of an end that was none.
+TEST_F(EventChannelTest, channelSaysWhetherItFollows) {
+    using State = vellux::ChannelState;
+    const auto state = [this] { return client().channel().get(); };
+    EXPECT_EQ(state(), State::Open);
+    FakeConnection& first = transport.lastPoll();
+    deliver(batch("/n"));
+    first.simulateEnd(); // has been replaced
+    EXPECT_EQ(state(), State::Open);
+    fail(); // is opened again
+    EXPECT_EQ(state(), State::Open);
+    deliver(batch("/m", R"({"link":{"rel":"note"},"type":"updated"})"));
+    EXPECT_EQ(state(), State::Open);
+    transport.lastPoll().simulateEnd();
+    EXPECT_EQ(state(), State::Ended);
+    client().httpGet_EventChannels();
+    EXPECT_EQ(state(), State::Open);
+    client().abortEventChannelConnection();
+    EXPECT_EQ(state(), State::Closed);
+    client().httpGet_EventChannels();
+    deliver(batch("/a b")); // makes no URL
+    EXPECT_EQ(state(), State::Ended);
+}
+
 } // namespace

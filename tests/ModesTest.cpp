@@ -246,4 +246,43 @@ TEST_F(Modes, ALightThatComesBackFlashesOn) {
                   "ff000014 ff000014 ff000014 ff000010 ff000014 ff000014"));
 }
 
+// A lamp that blinks with the light, or flashes without it, or on a light that refused to.
+TEST_F(Modes, LampTellsFlashingAndStandsStill) {
+    using Lamp = vellux::LampState;
+    const Lamp redFlashing{0, true}, red{0, false}, off{8, false};
+    int nChanges = 0;
+    const auto observation = ui().lamp().observe([&nChanges] { ++nChanges; });
+    const auto light = plugInFramed();
+    expectChoice(ManualColour, 0, framed("ef"));
+    clock.passHalves(1);
+    EXPECT_EQ(ui().lamp().get(), redFlashing);
+    nChanges = 0;
+    clock.passHalves(6);
+    EXPECT_EQ(nChanges, 0);
+    endWorkers();
+    vellux::WorkerThread::joinAll();
+    EXPECT_EQ(ui().lamp().get(), red);
+    remove(light);
+
+    plugInV30();
+    clock.letRun();
+    setManualMode();
+    EXPECT_EQ(ui().lamp().get(), redFlashing);
+    const auto choose = [this](Choice choice, std::int64_t nPosition) {
+        const auto list =
+            choice == ManualSpeed ? ui().manualModeFlashSpeedList() : ui().manualModeColorList();
+        userSelects(list, nPosition,
+                    choice == ManualSpeed ? &VelluxWindowUi::onManualModeFlashSpeedListSelection
+                                          : &VelluxWindowUi::onManualModeColorListSelection);
+        return ui().lamp().get();
+    };
+    EXPECT_EQ(choose(ManualSpeed, 0), red);
+    hid.onReport = [] { return vellux::HidResult{0xE00002ED}; };
+    EXPECT_EQ(choose(ManualSpeed, 1), red);
+    hid.onReport = {};
+    EXPECT_EQ(choose(ManualSpeed, 1), redFlashing);
+    EXPECT_EQ(choose(ManualColour, 8), off);
+    EXPECT_EQ(choose(ManualColour, 0), redFlashing);
+}
+
 } // namespace

@@ -30,7 +30,6 @@ public:
     /// Tells of every write, on the writing thread, with no lock held, after the new value can be read. Any thread;
     /// what the observer refers to lives until every worker thread has ended.
     [[nodiscard]] Observation observe(Observer observer) { return m_observers.add(std::move(observer)); }
-    void setObserver(Observer observer) { m_own = observer ? observe(std::move(observer)) : nullptr; }
 
 protected:
     void notify(Change change) const { m_observers.notify(change); }
@@ -38,7 +37,6 @@ protected:
 private:
     Shared<bool> m_bEnabled;
     Observers<Change> m_observers;
-    Observation m_own;
 };
 
 /// A push button, check box or radio button.

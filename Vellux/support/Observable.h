@@ -33,12 +33,10 @@ public:
     /// of the same value is no change. Any thread; what the observer refers to lives until every worker thread has
     /// ended.
     [[nodiscard]] Observation observe(Observer observer) { return m_observers.add(std::move(observer)); }
-    void setObserver(Observer observer) { m_own = observer ? observe(std::move(observer)) : nullptr; }
 
 private:
     Shared<T> m_value;
     Observers<> m_observers;
-    Observation m_own;
 };
 
 } // namespace vellux

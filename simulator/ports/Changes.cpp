@@ -3,9 +3,12 @@
 namespace vellux::simulator {
 
 void Changes::notify() {
-    ScopedLock lock(m_mutex);
-    ++m_nChanges;
-    m_changed.notify_all();
+    {
+        ScopedLock lock(m_mutex);
+        ++m_nChanges;
+        m_changed.notify_all();
+    }
+    m_observers.notify();
 }
 
 void Changes::end() {

@@ -2,11 +2,13 @@
 #pragma once
 
 #include "support/Mutex.h"
+#include "support/Observers.h"
 
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <functional>
+#include <utility>
 
 namespace vellux::simulator {
 
@@ -16,6 +18,11 @@ public:
     /// Something has changed, and can be seen to have changed. Never called with a lock held that a condition
     /// takes.
     void notify();
+
+    /// Tells of each change, on the thread that made it. What the observer refers to outlives those threads.
+    [[nodiscard]] Observation observe(std::function<void()> observer) {
+        return m_observers.add(std::move(observer));
+    }
 
     /// Ends all waits, and every later one at once.
     void end();
@@ -30,6 +37,7 @@ private:
     mutable std::condition_variable_any m_changed;
     std::uint64_t m_nChanges VELLUX_GUARDED_BY(m_mutex) = 0;
     bool m_bEnded VELLUX_GUARDED_BY(m_mutex) = false;
+    Observers<> m_observers;
 };
 
 } // namespace vellux::simulator

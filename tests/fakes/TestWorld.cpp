@@ -16,18 +16,22 @@ std::filesystem::path makeDirectory() {
 
 } // namespace
 
-TestWorld::TestWorld() : directory(makeDirectory()) {
+TestWorld::TestWorld(std::unique_ptr<vellux::CallQueue> itsQueue)
+    : directory(makeDirectory()), queue(std::move(itsQueue)) {
     vellux::installPlatform({hid, transport, mainThread, clock, threads, desktop});
 }
 
 TestWorld::~TestWorld() {
-    // Ends whatever the test left running, so that no thread outlives the ports.
+    endWorld();
+    std::error_code error;
+    std::filesystem::remove_all(directory, error);
+}
+
+void TestWorld::endWorld() {
     ui().quitManualFlashingThread();
     ui().quitSyncFlashingThread();
     clock.letRun();
     endThreads();
-    std::error_code error;
-    std::filesystem::remove_all(directory, error);
 }
 
 void TestWorld::observeControls(bool bAllControls) {
@@ -85,7 +89,7 @@ void TestWorld::observeControls(bool bAllControls) {
 void TestWorld::runUntil(const std::function<bool()>& condition, const char* strWhat) {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
     for (;;) {
-        mainThread.runPending();
+        runPending();
         if (condition())
             return;
         if (std::chrono::steady_clock::now() > deadline) {

@@ -19,6 +19,7 @@
 #include <chrono>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -27,8 +28,12 @@ class TestWorld : public testing::Test {
 protected:
     using Lines = Journal::Lines;
 
-    TestWorld();
+    TestWorld() : TestWorld(std::make_unique<vellux::CallQueue>()) {}
+    /// With a main thread's queue of another kind.
+    explicit TestWorld(std::unique_ptr<vellux::CallQueue> queue);
     ~TestWorld() override;
+    /// Ends whatever the test left running, so that no thread outlives the ports. Once more does nothing.
+    void endWorld();
 
     /// Journals "title ...", "status ...", "connect enabled|disabled" and, with bAllControls, every other
     /// write to a control as "control NAME ...".
@@ -41,7 +46,7 @@ protected:
     /// Closes the main thread's queue, as quitting does, and waits for the end of every other thread.
     void endThreads();
     /// Runs what is queued now.
-    void runPending() { mainThread.runPending(); }
+    virtual void runPending() { mainThread.runPending(); }
 
     /// A light is there and its arrival noticed; nothing of that is left in the journal.
     std::shared_ptr<FakeHidDevice> plugIn(std::int64_t nVendor, std::int64_t nProduct);
@@ -73,7 +78,8 @@ protected:
 
     const std::filesystem::path directory;
     Journal journal;
-    vellux::CallQueue mainThread;
+    const std::unique_ptr<vellux::CallQueue> queue;
+    vellux::CallQueue& mainThread = *queue;
     FakeHidManager hid{journal, mainThread};
     FakeHttpTransport transport{journal};
     FakeClock clock{journal};

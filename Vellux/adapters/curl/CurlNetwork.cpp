@@ -33,6 +33,7 @@ void CurlNetwork::wakeUp() {
 }
 
 bool CurlNetwork::start(const std::shared_ptr<CurlTransfer>& transfer) {
+    transfer->chooseProxy(m_options);
     const ScopedLock lock(m_mutex);
     if (m_bClosed)
         return false;

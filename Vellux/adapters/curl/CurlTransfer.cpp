@@ -57,6 +57,13 @@ CurlTransfer::CurlTransfer(HttpRequest request, Received received, Ended ended)
 
 CurlTransfer::~CurlTransfer() = default;
 
+void CurlTransfer::chooseProxy(const CurlTransportOptions& options) {
+    if (!options.bUseProxies)
+        m_strProxy = "";
+    else if (options.proxyOf)
+        m_strProxy = options.proxyOf(m_request.strUrl);
+}
+
 CURL* CurlTransfer::prepare(const CurlTransportOptions& options, CURLSH* share) {
     m_easy.reset(curl_easy_init());
     CURL* const easy = m_easy.get();
@@ -90,8 +97,8 @@ CURL* CurlTransfer::prepare(const CurlTransportOptions& options, CURLSH* share) 
         curl_easy_setopt(easy, CURLOPT_CAINFO_BLOB, &blob);
         curl_easy_setopt(easy, CURLOPT_CAPATH, nullptr); // these authorities and no others
     }
-    if (!options.bUseProxies)
-        curl_easy_setopt(easy, CURLOPT_PROXY, "");
+    if (m_strProxy)
+        curl_easy_setopt(easy, CURLOPT_PROXY, m_strProxy->c_str());
 
     if (m_request.body) {
         curl_easy_setopt(easy, CURLOPT_POST, 1L);

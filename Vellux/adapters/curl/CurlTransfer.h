@@ -18,8 +18,11 @@ struct CurlTransportOptions {
     /// Certificate authorities to trust, as PEM text; absent: the system's trust store. Verification is
     /// always on.
     std::optional<std::string> strTrustedAuthorities;
-    /// Whether the proxies that the environment names are used.
+    /// Whether proxies are used: those that the environment names, or what `proxyOf` says.
     bool bUseProxies = true;
+    /// The proxy of a URL, "" for none; absent leaves it to the environment. Asked for each request, on the thread
+    /// that sends it. Optional.
+    std::function<std::optional<std::string>(const std::string& strUrl)> proxyOf{};
 };
 
 /// Why curl can't be asked for this at all; absent when it can. A URL that can't be formed, a header field
@@ -43,6 +46,8 @@ public:
     CurlTransfer(const CurlTransfer&) = delete;
     CurlTransfer& operator=(const CurlTransfer&) = delete;
 
+    /// Takes the options' proxy for the request, before the transfer is handed to the network thread.
+    void chooseProxy(const CurlTransportOptions& options);
     /// Sets the easy handle up; null when curl can't make one.
     CURL* prepare(const CurlTransportOptions& options, CURLSH* share);
     CURL* handle() const { return m_easy.get(); }
@@ -74,6 +79,7 @@ private:
     };
 
     const HttpRequest m_request;
+    std::optional<std::string> m_strProxy;
     Received m_received;
     Ended m_ended;
     std::unique_ptr<curl_slist, FreeList> m_headerFields;

@@ -1,0 +1,32 @@
+// The About window.
+#pragma once
+
+#include "platform/Desktop.h"
+
+#include <QDialog>
+
+#include <functional>
+
+class AboutDialog;
+
+namespace vellux {
+
+/// Says what the program is. A window of its own, that blocks no other. Main thread.
+class AboutWindow : public QDialog, public Window {
+    Q_OBJECT
+public:
+    /// Hidden at first. The controller outlives it; `openLink` opens the web site.
+    AboutWindow(AboutDialog& controller, const std::function<void()>& openLink);
+
+    void makeKeyAndOrderFront() override;
+    void orderOut() override;
+    void setLevel(WindowLevel level) override;
+
+    /// Every way of closing it, Escape too; the controller has the say.
+    void done(int nResult) override;
+
+private:
+    AboutDialog& m_controller;
+};
+
+} // namespace vellux

@@ -1,0 +1,14 @@
+// Coming to the front when the user asked for it elsewhere.
+#pragma once
+
+#include <QString>
+#include <QWidget>
+
+namespace vellux {
+
+/// Before a window comes to the front: lets the desktop know that the user asked for it, by the token that came with
+/// the request (XDG activation, or a startup id of X11's); without it, desktops that protect the focus only mark the
+/// window as waiting. "" for none. Main thread. Under X11 it shows the window.
+void useActivationToken(QWidget& window, const QString& strToken);
+
+} // namespace vellux

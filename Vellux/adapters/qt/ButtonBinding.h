@@ -1,0 +1,32 @@
+// Buttons, check boxes and radio buttons, tied to their models.
+#pragma once
+
+#include "adapters/qt/ControlBinding.h"
+
+#include <QAbstractButton>
+
+namespace vellux {
+
+/// A button of any kind. The form gives the letter of its mnemonic, the model its words.
+class ButtonBinding : public ControlBinding {
+public:
+    /// What the user's press does, after the model has the new state.
+    using Action = std::function<void(Button&)>;
+
+    ButtonBinding(MainThread& mainThread, QAbstractButton& widget, std::shared_ptr<Button> model,
+                  Action action);
+
+private:
+    void showContent() override;
+    void showState();
+    /// The user's press: a check box is then on or off, a radio button on.
+    void press();
+    bool isRadioButton() const { return m_widget.autoExclusive(); }
+
+    QAbstractButton& m_widget;
+    const std::shared_ptr<Button> m_model;
+    const Action m_action;
+    const QString m_strMnemonic; // one letter, or ""
+};
+
+} // namespace vellux

@@ -1,0 +1,181 @@
+#include "adapters/qt/LampDrawing.h"
+
+#include <QPen>
+#include <QPixmap>
+#include <QPointF>
+#include <QRadialGradient>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+
+namespace vellux {
+
+namespace {
+
+enum class Shape { Bar, Tick, Clock, Slash, Plus, Diamond, Dot, Exclamation };
+
+struct Lamp {
+    const char* strName;
+    QRgb colour;
+    Shape shape;
+};
+
+// By colour index.
+constexpr std::array<Lamp, 8> kLamps{{
+    {"Red", 0xffe0342b, Shape::Bar},
+    {"Green", 0xff3fb950, Shape::Tick},
+    {"Yellow", 0xffffd335, Shape::Clock},
+    {"Purple", 0xff9a45cf, Shape::Slash},
+    {"Cyan", 0xff2cc5d8, Shape::Plus},
+    {"Blue", 0xff2d67e0, Shape::Diamond},
+    {"White", 0xfff7f7f7, Shape::Dot},
+    {"Orange", 0xfff58220, Shape::Exclamation},
+}};
+
+/// Null for a lamp that is off.
+const Lamp* lampOf(const LampState& lamp) {
+    const auto nColor = static_cast<std::size_t>(lamp.nColor);
+    return lamp.nColor >= 0 && nColor < kLamps.size() ? &kLamps[nColor] : nullptr;
+}
+
+/// Relative luminance and contrast as the Web Content Accessibility Guidelines define them.
+double luminance(const QColor& colour) {
+    const auto linear = [](double d) {
+        return d <= 0.04045 ? d / 12.92 : std::pow((d + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(colour.redF()) + 0.7152 * linear(colour.greenF()) +
+           0.0722 * linear(colour.blueF());
+}
+
+double contrast(const QColor& one, const QColor& other) {
+    const auto [dDark, dLight] = std::minmax({luminance(one), luminance(other)});
+    return (dLight + 0.05) / (dDark + 0.05);
+}
+
+/// The outline's colour where that can be read on the disc, else black or white.
+QColor shapeColour(const QColor& disc, const QColor& outline) {
+    constexpr double kReadable = 3.0; // the guidelines' least contrast of graphics
+    if (contrast(outline, disc) >= kReadable)
+        return outline;
+    return contrast(Qt::white, disc) >= kReadable ? QColor(Qt::white) : QColor(0x20, 0x20, 0x20);
+}
+
+/// A shape inside a disc of the radius `r` around the origin; strokes `w` wide.
+void paintShape(QPainter& painter, Shape shape, qreal r, qreal w, const QColor& colour) {
+    painter.setPen(QPen(colour, w, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter.setBrush(colour);
+    switch (shape) {
+    case Shape::Bar: {
+        // On whole pixels, w high.
+        const qreal dHalf = std::round(0.58 * r);
+        painter.fillRect(QRectF(-dHalf, -std::floor(w / 2), 2 * dHalf, w), colour);
+        break;
+    }
+    case Shape::Tick:
+        painter.setBrush(Qt::NoBrush);
+        painter.drawPolyline(
+            std::array{QPointF(-0.46, 0.04) * r, QPointF(-0.12, 0.38) * r, QPointF(0.48, -0.34) * r}.data(),
+            3);
+        break;
+    case Shape::Clock:
+        painter.setBrush(Qt::NoBrush);
+        painter.drawPolyline(
+            std::array{QPointF(0, -0.58) * r, QPointF(0, 0.06) * r, QPointF(0.42, 0.30) * r}.data(), 3);
+        break;
+    case Shape::Slash:
+        painter.drawLine(QPointF(-0.40, 0.40) * r, QPointF(0.40, -0.40) * r);
+        break;
+    case Shape::Plus: {
+        const qreal dHalf = std::round(0.52 * r);
+        painter.fillRect(QRectF(-dHalf, -std::floor(w / 2), 2 * dHalf, w), colour);
+        painter.fillRect(QRectF(-std::floor(w / 2), -dHalf, w, 2 * dHalf), colour);
+        break;
+    }
+    case Shape::Diamond:
+        painter.setPen(Qt::NoPen);
+        painter.drawPolygon(std::array{QPointF(0, -0.58) * r, QPointF(0.58, 0) * r, QPointF(0, 0.58) * r,
+                                       QPointF(-0.58, 0) * r}
+                                .data(),
+                            4);
+        break;
+    case Shape::Dot:
+        painter.setPen(Qt::NoPen);
+        painter.drawEllipse(QPointF(0, 0), 0.38 * r, 0.38 * r);
+        break;
+    case Shape::Exclamation:
+        painter.drawLine(QPointF(0, -0.52) * r, QPointF(0, 0.12) * r);
+        painter.setPen(Qt::NoPen);
+        painter.drawEllipse(QPointF(0, 0.54) * r, 0.62 * w, 0.62 * w);
+        break;
+    }
+}
+
+/// Short rays in the square's corners, outside a disc of the radius `r` around the origin.
+void paintRays(QPainter& painter, qreal r, qreal dHalfSide, qreal w, const QColor& colour) {
+    painter.setPen(QPen(colour, w, Qt::SolidLine, Qt::RoundCap));
+    const qreal dInner = (r + w) * M_SQRT1_2;
+    const qreal dOuter = dHalfSide - w / 2;
+    for (const QPointF corner : {QPointF(1, 1), QPointF(1, -1), QPointF(-1, 1), QPointF(-1, -1)})
+        painter.drawLine(corner * dInner, corner * dOuter);
+}
+
+} // namespace
+
+QString lampColourName(const LampState& lamp) {
+    const Lamp* const pLamp = lampOf(lamp);
+    return QString::fromLatin1(pLamp != nullptr ? pLamp->strName : "Off");
+}
+
+QString lampDescription(const LampState& lamp) {
+    return lampColourName(lamp) + (lamp.bFlashing ? QStringLiteral(", flashing") : QString());
+}
+
+void paintLamp(QPainter& painter, const QRectF& square, const LampState& lamp, const QColor& outline) {
+    const Lamp* const pLamp = lampOf(lamp);
+    const qreal dSide = std::min(square.width(), square.height());
+    // A hollow disc is seen by its outline alone.
+    const qreal dOutline =
+        pLamp != nullptr ? std::max(1.0, std::round(dSide / 18)) : std::max(2.0, std::round(dSide / 12));
+    const qreal dStroke = std::max(2.0, std::round(dSide / 9));
+    // A flashing one leaves its rays room.
+    const qreal dRadius = (lamp.bFlashing ? std::floor(0.42 * dSide) : std::floor(dSide / 2)) - dOutline / 2;
+
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.translate(square.center());
+    painter.setPen(QPen(outline, dOutline));
+    painter.setBrush(Qt::NoBrush);
+    if (pLamp != nullptr) {
+        const QColor colour = QColor::fromRgb(pLamp->colour);
+        QRadialGradient fill(QPointF(-0.35, -0.45) * dRadius, 1.7 * dRadius);
+        fill.setColorAt(0.0, colour.lighter(118));
+        fill.setColorAt(0.55, colour);
+        fill.setColorAt(1.0, colour.darker(115));
+        painter.setBrush(fill);
+    }
+    painter.drawEllipse(QPointF(0, 0), dRadius, dRadius);
+    if (pLamp != nullptr)
+        paintShape(painter, pLamp->shape, dRadius, dStroke,
+                   shapeColour(QColor::fromRgb(pLamp->colour), outline));
+    if (lamp.bFlashing)
+        paintRays(painter, dRadius + dOutline / 2, dSide / 2, std::max(2.0, std::round(dSide / 12)), outline);
+    painter.restore();
+}
+
+QIcon lampIcon(const LampState& lamp) {
+    const QColor outline(0x80, 0x80, 0x80); // can be seen on light and on dark panels
+    QIcon icon;
+    for (const int nSide : {16, 22, 24, 32, 48, 64}) {
+        QPixmap pixmap(nSide, nSide);
+        pixmap.fill(Qt::transparent);
+        QPainter painter(&pixmap);
+        paintLamp(painter, QRectF(0, 0, nSide, nSide), lamp, outline);
+        painter.end();
+        icon.addPixmap(pixmap);
+    }
+    return icon;
+}
+
+} // namespace vellux

@@ -1,0 +1,27 @@
+// The lamp as a picture: one drawing for the window, the tray and the window's icon.
+#pragma once
+
+#include "platform/ViewState.h"
+
+#include <QColor>
+#include <QIcon>
+#include <QPainter>
+#include <QRectF>
+#include <QString>
+
+namespace vellux {
+
+/// "Red", "Green", … "Off", in the words of the window's colour lists; "Off" also for a number that is no colour.
+QString lampColourName(const LampState& lamp);
+/// The name with "flashing" behind it while it flashes ("Red, flashing").
+QString lampDescription(const LampState& lamp);
+
+/// Paints an outlined disc in the lamp's colour into a square, with a shape inside that differs per colour, and a
+/// mark while it flashes, so that states can be told apart without seeing colours. `outline` is the colour of the
+/// outline and, where it can be read on the disc, of the shape. Main thread.
+void paintLamp(QPainter& painter, const QRectF& square, const LampState& lamp, const QColor& outline);
+
+/// The picture as an icon, in pixmaps from 16 to 64 pixels. Main thread.
+QIcon lampIcon(const LampState& lamp);
+
+} // namespace vellux

@@ -1,0 +1,30 @@
+// The lamp, drawn.
+#pragma once
+
+#include "platform/ViewState.h"
+
+#include <QWidget>
+
+namespace vellux {
+
+/// A picture of a lamp, a few lines of text high. It shows flashing by a mark and never moves. Main thread.
+class LampView : public QWidget {
+    Q_OBJECT
+public:
+    explicit LampView(QWidget* pParent = nullptr);
+
+    /// What it shows; off at first.
+    void setLamp(const LampState& lamp);
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override { return sizeHint(); }
+
+protected:
+    void paintEvent(QPaintEvent* pEvent) override;
+    void changeEvent(QEvent* pEvent) override;
+
+private:
+    LampState m_lamp;
+};
+
+} // namespace vellux

@@ -1,0 +1,62 @@
+// The main window: a view of the controller's controls, and of the light beside them.
+#pragma once
+
+#include "platform/Desktop.h"
+#include "platform/MainThread.h"
+
+#include <QString>
+#include <QWidget>
+
+#include <functional>
+#include <memory>
+
+class VelluxWindowUi;
+class VelluxHttp;
+
+namespace vellux {
+
+/// Shows what the fourteen controls, the lamp, the light and the event channel say, and tells the controller what the
+/// user does. Main thread only; the values it shows are written by any thread. Closing hides it.
+class MainWindow : public QWidget, public Window {
+    Q_OBJECT
+public:
+    /// What the window is made from; the objects outlive it.
+    struct Surroundings {
+        MainThread& mainThread;
+        VelluxWindowUi& controller;
+        VelluxHttp& client;
+        /// A command for a terminal that lets this user open a light of the given vendor and product.
+        std::function<QString(std::uint16_t nVendorID, std::uint16_t nProductID)> remedy;
+    };
+
+    /// Shows nothing yet. Needs no platform to be installed before the user does something.
+    explicit MainWindow(Surroundings surroundings);
+    /// After every worker thread has ended.
+    ~MainWindow() override;
+
+    void makeKeyAndOrderFront() override;
+    void orderOut() override;
+    void setLevel(WindowLevel level) override;
+
+    /// Whether the window says that the presence is no longer followed.
+    bool isFollowingLost() const;
+
+signals:
+    /// The window has just begun to say that the presence is no longer followed.
+    void followingLost();
+    /// The window was painted for the first time.
+    void firstPaint();
+
+protected:
+    void closeEvent(QCloseEvent* pEvent) override;
+    void showEvent(QShowEvent* pEvent) override;
+    void paintEvent(QPaintEvent* pEvent) override;
+    void changeEvent(QEvent* pEvent) override;
+
+private:
+    class View;
+    std::unique_ptr<View> m_view;
+    bool m_bPainted = false;
+};
+
+} // namespace vellux

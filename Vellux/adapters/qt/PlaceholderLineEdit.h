@@ -1,0 +1,43 @@
+// A line to type into, with an example of what belongs there.
+#pragma once
+
+#include "platform/Controls.h"
+
+#include <QColor>
+#include <QFont>
+#include <QLineEdit>
+
+#include <optional>
+
+namespace vellux {
+
+/// Paints the placeholder, while the line is empty, in the placeholder's own font, size and colour. Main thread.
+class PlaceholderLineEdit : public QLineEdit {
+    Q_OBJECT
+public:
+    explicit PlaceholderLineEdit(QWidget* pParent = nullptr) : QLineEdit(pParent) {}
+
+    /// Absent for none.
+    void setPlaceholder(const std::optional<Placeholder>& placeholder);
+
+    /// High enough for the placeholder's font as well as for its own.
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
+    /// "Helvetica-Oblique" names a family and a slant; so does "Family-BoldItalic".
+    static QFont fontOf(const Placeholder& placeholder);
+    /// The placeholder's colour on a light ground; on a dark one as much lighter as it is darker there.
+    static QColor colourOf(const Placeholder& placeholder, const QColor& ground);
+
+protected:
+    void paintEvent(QPaintEvent* pEvent) override;
+    void inputMethodEvent(QInputMethodEvent* pEvent) override;
+
+private:
+    QSize withPlaceholder(QSize size) const;
+
+    std::optional<Placeholder> m_placeholder;
+    bool m_bComposing = false; // an input method shows a text that is not yet in the line
+};
+
+} // namespace vellux

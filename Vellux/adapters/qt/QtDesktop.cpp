@@ -1,0 +1,105 @@
+#include "adapters/qt/QtDesktop.h"
+
+#include "VelluxWindowUi/VelluxWindowUi.h"
+#include "adapters/qt/AboutWindow.h"
+#include "adapters/qt/MainWindow.h"
+
+#include <QDesktopServices>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QUrl>
+
+#include <utility>
+
+namespace vellux {
+
+namespace {
+
+QMessageBox::Icon iconOf(AlertStyle style) {
+    switch (style) {
+    case AlertStyle::Warning:
+        return QMessageBox::Warning;
+    case AlertStyle::Critical:
+        return QMessageBox::Critical;
+    case AlertStyle::Informational:
+        break;
+    }
+    return QMessageBox::Information;
+}
+
+QFont boldFont(QFont font) {
+    font.setBold(true);
+    return font;
+}
+
+// The box with all that the alert says, as plain text.
+void describe(QMessageBox& box, const Alert& alert) {
+    const QString strTitle = QString::fromStdString(alert.strMessageText);
+    box.setWindowModality(Qt::ApplicationModal);
+    box.setIcon(iconOf(alert.style));
+    box.setWindowTitle(strTitle);
+    box.setText(strTitle);
+    box.setInformativeText(QString::fromStdString(alert.strInformativeText));
+    for (QLabel* const pLabel : box.findChildren<QLabel*>()) {
+        pLabel->setTextFormat(Qt::PlainText);
+        if (pLabel->text() == strTitle)
+            pLabel->setFont(boldFont(pLabel->font()));
+    }
+    for (const std::string& strButton : alert.buttons)
+        box.addButton(QString::fromStdString(strButton).replace(QLatin1String("&"), QLatin1String("&&")),
+                      QMessageBox::AcceptRole);
+    if (const auto buttons = box.buttons(); !buttons.isEmpty()) {
+        box.setDefaultButton(qobject_cast<QPushButton*>(buttons.front()));
+        box.setEscapeButton(buttons.back());
+    }
+}
+
+} // namespace
+
+QtDesktop::QtDesktop(MainWindow& window, Surroundings surroundings)
+    : m_window(window), m_around(std::move(surroundings)) {}
+
+std::int32_t QtDesktop::runModal(const Alert& alert) {
+    if (m_bEnding)
+        return kAlertFirstButtonReturn;
+    // Not of a window that nobody sees: the alert would be as hidden as that.
+    const bool bSeen = m_window.isVisible() && !m_window.isMinimized();
+    QMessageBox box(bSeen ? &m_window : nullptr);
+    describe(box, alert);
+    m_openAlerts.push_back(&box);
+    box.exec();
+    std::erase(m_openAlerts, &box);
+    const auto nButton = static_cast<std::int32_t>(box.buttons().indexOf(box.clickedButton()));
+    return kAlertFirstButtonReturn + (nButton > 0 ? nButton : 0);
+}
+
+Window* QtDesktop::mainWindow() {
+    return &m_window;
+}
+
+std::unique_ptr<Window> QtDesktop::loadWindow(std::string_view strDescription, AboutDialog& controller) {
+    if (strDescription != "AboutDialog")
+        return nullptr;
+    return std::make_unique<AboutWindow>(controller,
+                                         [] { VelluxWindowUi::sharedVelluxWindowUi().openLink(nullptr); });
+}
+
+void QtDesktop::openUrl(const std::string& strUrl) {
+    QDesktopServices::openUrl(QUrl(QString::fromStdString(strUrl)));
+}
+
+void QtDesktop::terminate() {
+    if (std::exchange(m_bEnding, true))
+        return;
+    for (QMessageBox* const pAlert : m_openAlerts)
+        pAlert->reject();
+    m_around.end();
+}
+
+std::optional<ProcessActivity> QtDesktop::beginActivityWithOptions(std::uint64_t,
+                                                                   const std::string& strReason) {
+    return m_around.beginActivity ? m_around.beginActivity(strReason) : std::nullopt;
+}
+
+} // namespace vellux

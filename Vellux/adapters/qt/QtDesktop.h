@@ -1,0 +1,52 @@
+// The desktop port on Qt: windows, alerts, the browser.
+#pragma once
+
+#include "platform/Desktop.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+class QMessageBox;
+
+namespace vellux {
+
+class MainWindow;
+
+/// Main thread only.
+class QtDesktop : public Desktop {
+public:
+    /// What the desktop is made from.
+    struct Surroundings {
+        /// The user's application-support directory.
+        std::string strDirectory;
+        /// What ending the application means; called once, by the first terminate(), and returns at once.
+        std::function<void()> end;
+        /// Begins a process activity; empty where there is no such service.
+        std::function<std::optional<ProcessActivity>(const std::string& strReason)> beginActivity;
+    };
+
+    /// `window` must outlive the desktop.
+    QtDesktop(MainWindow& window, Surroundings surroundings);
+
+    /// Blocks in a loop of its own until the alert is closed; the loop goes on running posted calls. While the
+    /// application ends it returns at once and shows nothing.
+    std::int32_t runModal(const Alert& alert) override;
+    Window* mainWindow() override;
+    std::unique_ptr<Window> loadWindow(std::string_view strDescription, AboutDialog& controller) override;
+    void openUrl(const std::string& strUrl) override;
+    /// An open alert is closed.
+    void terminate() override;
+    std::optional<ProcessActivity> beginActivityWithOptions(std::uint64_t nOptions,
+                                                            const std::string& strReason) override;
+    std::string applicationSupportDirectory() override { return m_around.strDirectory; }
+
+private:
+    MainWindow& m_window;
+    const Surroundings m_around;
+    bool m_bEnding = false;
+    std::vector<QMessageBox*> m_openAlerts; // the last one on top
+};
+
+} // namespace vellux

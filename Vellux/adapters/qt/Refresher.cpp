@@ -1,0 +1,30 @@
+#include "adapters/qt/Refresher.h"
+
+#include <utility>
+
+namespace vellux {
+
+Refresher::Refresher(MainThread& mainThread, std::function<void()> refresh)
+    : m_mainThread(mainThread), m_link(std::make_shared<Link>()) {
+    m_link->refresh = std::move(refresh);
+}
+
+Refresher::~Refresher() {
+    m_link->refresh = nullptr;
+}
+
+void Refresher::ask() {
+    if (m_mainThread.isCurrent()) {
+        m_link->refresh();
+        return;
+    }
+    if (m_link->bQueued.exchange(true))
+        return;
+    m_mainThread.post([link = m_link] {
+        link->bQueued = false; // first: a change that comes while the values are read asks anew
+        if (link->refresh)
+            link->refresh();
+    });
+}
+
+} // namespace vellux

@@ -1,0 +1,25 @@
+// Text fields tied to their models: those for entries, and the status line.
+#pragma once
+
+#include "adapters/qt/ControlBinding.h"
+
+#include <QLineEdit>
+
+namespace vellux {
+
+class PlaceholderLineEdit;
+
+/// A line of text. What the user changes is in the model at once, so that no refresh brings older text back.
+class TextFieldBinding : public ControlBinding {
+public:
+    TextFieldBinding(MainThread& mainThread, QLineEdit& widget, std::shared_ptr<TextField> model);
+
+private:
+    void showContent() override;
+
+    QLineEdit& m_widget;
+    PlaceholderLineEdit* const m_pPlaceholder; // the widget again, where it shows a placeholder
+    const std::shared_ptr<TextField> m_model;
+};
+
+} // namespace vellux

@@ -1,0 +1,89 @@
+#include "adapters/qt/Tray.h"
+
+#include "adapters/dbus/StatusNotifierHost.h"
+#include "adapters/qt/LampDrawing.h"
+
+#include <QAction>
+#include <QMenu>
+#include <QSystemTrayIcon>
+
+#include <optional>
+#include <utility>
+
+namespace vellux {
+
+namespace {
+
+QString toolTipOf(const TrayState& state) {
+    QStringList parts{QStringLiteral("Vellux"), state.strPresence, lampDescription(state.lamp)};
+    parts.removeAll(QString());
+    return parts.join(QStringLiteral(" \u2013 "));
+}
+
+} // namespace
+
+/// The menu, which is there all the time, and the icon, which comes and goes with the desktop's tray.
+class Tray::Icon {
+public:
+    explicit Icon(Actions actions) : m_actions(std::move(actions)) {
+        QObject::connect(m_menu.addAction(QStringLiteral("&Show")), &QAction::triggered, &m_menu,
+                         m_actions.show);
+        m_pConnect = m_menu.addAction(QString());
+        QObject::connect(m_pConnect, &QAction::triggered, &m_menu, m_actions.connect);
+        m_menu.addSeparator();
+        QObject::connect(m_menu.addAction(QStringLiteral("E&xit")), &QAction::triggered, &m_menu,
+                         m_actions.exit);
+        setMenu();
+    }
+
+    void setState(const TrayState& state) {
+        const TrayState before = std::exchange(m_state, state);
+        setMenu();
+        if (!m_icon)
+            return;
+        if (state.lamp != before.lamp)
+            m_icon->setIcon(lampIcon(state.lamp));
+        if (toolTipOf(state) != toolTipOf(before))
+            m_icon->setToolTip(toolTipOf(state));
+    }
+
+private:
+    /// An action announces only what changes it.
+    void setMenu() {
+        m_pConnect->setText(m_state.strConnectTitle);
+        m_pConnect->setVisible(!m_state.strConnectTitle.isEmpty());
+        m_pConnect->setEnabled(m_state.bConnectEnabled);
+    }
+
+    void setPresent(bool bPresent) {
+        m_icon.reset();
+        if (!bPresent)
+            return;
+        m_icon.emplace(lampIcon(m_state.lamp));
+        m_icon->setToolTip(toolTipOf(m_state));
+        m_icon->setContextMenu(&m_menu);
+        QObject::connect(&*m_icon, &QSystemTrayIcon::activated, &m_menu,
+                         [this](QSystemTrayIcon::ActivationReason reason) {
+                             if (reason == QSystemTrayIcon::Trigger)
+                                 m_actions.show();
+                         });
+        m_icon->show();
+    }
+
+    const Actions m_actions;
+    TrayState m_state;
+    QMenu m_menu;
+    QAction* m_pConnect = nullptr;         // the menu's
+    std::optional<QSystemTrayIcon> m_icon; // goes before its menu
+    StatusNotifierHost m_host{[this](bool bPresent) { setPresent(bPresent); }};
+};
+
+Tray::Tray(Actions actions) : m_icon(std::make_unique<Icon>(std::move(actions))) {}
+
+Tray::~Tray() = default;
+
+void Tray::setState(const TrayState& state) {
+    m_icon->setState(state);
+}
+
+} // namespace vellux

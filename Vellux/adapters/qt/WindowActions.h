@@ -1,0 +1,18 @@
+// What the program's windows have in common.
+#pragma once
+
+#include "platform/Desktop.h"
+
+#include <QFont>
+#include <QWidget>
+
+namespace vellux {
+
+/// Shows a window, also one that was minimised, above the others and gives it the keyboard. Main thread.
+void bringToFront(QWidget& window);
+/// Lets a window float above ordinary ones, or no longer. Main thread.
+void setWindowLevel(QWidget& window, WindowLevel level);
+/// The font of a heading that stands over text in the given font. Main thread.
+QFont headingFont(QFont font);
+
+} // namespace vellux

@@ -1,0 +1,174 @@
+// Message buses and mocked services of a test's own. Nothing here reaches the machine's buses.
+//
+//     PrivateBus session(BusKind::Session);     // before QtDBus, and before a QApplication that shows windows
+//     QCoreApplication application(...);
+//     DbusMock mock(BusKind::Session, "org.example.Name", "/path", "org.example.Interface");
+//     mock.addMethod("Ask", "s", "i", "ret = 1");
+//     EXPECT_TRUE(waitUntil([&] { return mock.calls().contains("Ask \"who\""); }));
+//
+// One process runs one test: QtDBus opens each bus once.
+#pragma once
+
+#include "fakes/Watchdog.h"
+
+#include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDBusVariant>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QStringList>
+#include <QTemporaryDir>
+#include <QThread>
+
+#include <csignal>
+#include <fcntl.h>
+#include <functional>
+#include <string>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+/// Runs the event loop until the condition holds; false when it does not for a minute.
+inline bool waitUntil(const std::function<bool()>& condition) {
+    QElapsedTimer time;
+    for (time.start(); time.elapsed() < 60'000; QThread::msleep(10)) {
+        QCoreApplication::processEvents();
+        if (condition())
+            return true;
+    }
+    return false;
+}
+
+/// A program, killed with this object or with the test. What it writes, errors too, is read here.
+class ChildProcess {
+public:
+    /// The program is looked for in the path.
+    explicit ChildProcess(std::vector<std::string> command) {
+        int pipeEnds[2] = {-1, -1};
+        if (::pipe2(pipeEnds, O_CLOEXEC) != 0)
+            return;
+        std::vector<char*> arguments;
+        for (std::string& strArgument : command)
+            arguments.push_back(strArgument.data());
+        arguments.push_back(nullptr);
+        m_nPid = ::fork();
+        if (m_nPid == 0) {
+            ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+            ::dup2(pipeEnds[1], STDOUT_FILENO);
+            ::dup2(pipeEnds[1], STDERR_FILENO);
+            ::execvp(arguments[0], arguments.data());
+            ::_exit(127);
+        }
+        ::close(pipeEnds[1]);
+        m_output.open(pipeEnds[0], QIODevice::ReadOnly | QIODevice::Unbuffered, QFile::AutoCloseHandle);
+    }
+    ~ChildProcess() {
+        signal(SIGKILL);
+        wait();
+    }
+    ChildProcess(const ChildProcess&) = delete;
+    ChildProcess& operator=(const ChildProcess&) = delete;
+
+    void signal(int nSignal) const {
+        if (m_nPid > 0)
+            ::kill(m_nPid, nSignal);
+    }
+    /// Its next line, without the line's end; "" after the last. Blocks until there is one.
+    std::string readLine() { return m_output.readLine().trimmed().toStdString(); }
+    /// Its exit status, -1 after a signal. Blocks until it ends.
+    int wait() {
+        int nStatus = -1;
+        if (m_nPid > 0)
+            ::waitpid(m_nPid, &nStatus, 0);
+        m_nPid = -1;
+        return WIFEXITED(nStatus) ? WEXITSTATUS(nStatus) : -1;
+    }
+
+private:
+    pid_t m_nPid = -1;
+    QFile m_output;
+};
+
+enum class BusKind { Session, System };
+
+/// A bus daemon that knows no services to start, named by the environment as this process's session or system bus.
+class PrivateBus {
+public:
+    explicit PrivateBus(BusKind kind) : m_daemon({"dbus-daemon", "--nofork", "--print-address", config()}) {
+        qputenv(kind == BusKind::Session ? "DBUS_SESSION_BUS_ADDRESS" : "DBUS_SYSTEM_BUS_ADDRESS",
+                QByteArray::fromStdString(m_daemon.readLine()));
+    }
+
+private:
+    std::string config() const {
+        QFile file(m_directory.filePath("bus.conf"));
+        if (file.open(QIODevice::WriteOnly))
+            file.write("<busconfig><listen>unix:dir=" + m_directory.path().toUtf8() +
+                       "</listen><auth>EXTERNAL</auth><policy context='default'><allow own='*'/>"
+                       "<allow send_destination='*'/><allow receive_sender='*'/></policy></busconfig>");
+        return "--config-file=" + file.fileName().toStdString();
+    }
+
+    const QTemporaryDir m_directory;
+    ChildProcess m_daemon;
+};
+
+/// A service played by python3-dbusmock; gone with this object.
+class DbusMock {
+public:
+    /// Returns when the name is owned on the bus, which is a PrivateBus.
+    DbusMock(BusKind kind, const QString& strName, const QString& strPath, const QString& strInterface)
+        : m_bus(kind == BusKind::Session ? QDBusConnection::sessionBus() : QDBusConnection::systemBus()),
+          m_strName(strName), m_strPath(strPath), m_strInterface(strInterface),
+          m_process({"/usr/bin/python3", "-m", "dbusmock",
+                     kind == BusKind::Session ? "--session" : "--system", "--logfile", log().toStdString(),
+                     strName.toStdString(), strPath.toStdString(), strInterface.toStdString()}) {
+        waitUntil([&] { return m_bus.interface()->isServiceRegistered(strName).value(); });
+    }
+
+    /// Signatures as D-Bus writes them; the code is Python, with `args`, and sets `ret`.
+    void addMethod(const char* strMethod, const char* strIn, const char* strOut, const char* strCode) {
+        mock("AddMethod", {m_strInterface, strMethod, strIn, strOut, strCode});
+    }
+    void addProperty(const char* strProperty, const QVariant& value) {
+        mock("AddProperty", {m_strInterface, strProperty, QVariant::fromValue(QDBusVariant(value))});
+    }
+    /// Has arrived in this process when the call returns; its slots run on the event loop.
+    void emitSignal(const char* strSignal, const char* strSignature, const QVariantList& arguments) {
+        mock("EmitSignal", {m_strInterface, strSignal, strSignature, QVariant(arguments)});
+    }
+    /// Any call to the mock's own interface.
+    void mock(const char* strMethod, const QVariantList& arguments) {
+        call("org.freedesktop.DBus.Mock", strMethod, arguments);
+    }
+    QDBusMessage call(const QString& strInterface, const char* strMethod,
+                      const QVariantList& arguments = {}) {
+        QDBusMessage message = QDBusMessage::createMethodCall(m_strName, m_strPath, strInterface, strMethod);
+        message.setArguments(arguments);
+        const QDBusMessage answer = m_bus.call(message);
+        if (answer.type() == QDBusMessage::ErrorMessage)
+            qCritical("%s: %s", strMethod, qPrintable(answer.errorMessage()));
+        return answer;
+    }
+    /// The calls so far, each as its name and its arguments.
+    QStringList calls() const {
+        QFile file(log());
+        QStringList calls;
+        if (file.open(QIODevice::ReadOnly))
+            for (const QByteArray& strLine : file.readAll().split('\n'))
+                calls.append(QString::fromUtf8(strLine.mid(strLine.indexOf(' ') + 1))); // behind its time
+        calls.removeAll(QString());
+        return calls;
+    }
+
+private:
+    QString log() const { return m_directory.filePath("calls"); }
+
+    QDBusConnection m_bus;
+    const QString m_strName, m_strPath, m_strInterface;
+    const QTemporaryDir m_directory;
+    ChildProcess m_process;
+};

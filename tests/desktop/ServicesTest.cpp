@@ -1,0 +1,128 @@
+// The desktop's services, played by mocks on buses of the test's own.
+
+#include "adapters/dbus/Notification.h"
+#include "adapters/dbus/ProcessActivity.h"
+#include "adapters/dbus/ResumeNotice.h"
+#include "desktop/PrivateBus.h"
+
+#include <gtest/gtest.h>
+
+#include <QDBusArgument>
+
+using namespace vellux;
+
+namespace {
+
+constexpr const char* kLogind = "org.freedesktop.login1";
+
+class Services : public testing::Test {
+protected:
+    const Watchdog m_watchdog{"services", std::chrono::seconds(110)};
+    const PrivateBus m_session{BusKind::Session}, m_system{BusKind::System};
+    int m_nArguments = 0;
+    const QCoreApplication m_application{m_nArguments, nullptr};
+};
+
+class Logind : public DbusMock {
+public:
+    Logind()
+        : DbusMock(BusKind::System, kLogind, "/org/freedesktop/login1", "org.freedesktop.login1.Manager") {
+        mock("AddTemplate", {"logind", QVariantMap()});
+    }
+    /// The reasons of the inhibitors that are held.
+    QStringList reasons() {
+        const QVariantList answer = call("org.freedesktop.login1.Manager", "ListInhibitors").arguments();
+        const auto inhibitors = answer.value(0).value<QDBusArgument>();
+        QStringList reasons;
+        for (inhibitors.beginArray(); !inhibitors.atEnd();) {
+            QString strWhat, strWho, strWhy, strMode;
+            inhibitors.beginStructure();
+            inhibitors >> strWhat >> strWho >> strWhy >> strMode;
+            EXPECT_EQ(strWhat + ' ' + strWho + ' ' + strMode, "idle Vellux block");
+            reasons.append(strWhy);
+            inhibitors.endStructure();
+        }
+        inhibitors.endArray();
+        return reasons;
+    }
+};
+
+class Portal : public DbusMock {
+public:
+    explicit Portal(const char* strCode)
+        : DbusMock(BusKind::Session, "org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop",
+                   "org.freedesktop.portal.Inhibit") {
+        addMethod("Inhibit", "sua{sv}", "o", strCode);
+    }
+};
+
+// A system that sleeps in the middle of the day, or never again.
+TEST_F(Services, ThePortalInhibitsForAsLongAsAnActivityLives) {
+    Portal portal(
+        "self.AddObject('/request/' + args[2]['handle_token'], 'org.freedesktop.portal.Request', {},"
+        " [('Close', '', '', '')]); ret = dbus.ObjectPath('/request/' + args[2]['handle_token'])");
+    Logind logind;
+    std::optional<ProcessActivity> activity = beginProcessActivity("a reason");
+    ASSERT_TRUE(activity);
+    ASSERT_TRUE(waitUntil([&] { return portal.calls().size() == 1; }));
+    EXPECT_EQ(portal.calls().last(), R"(Inhibit "" 4 {"handle_token": "vellux1", "reason": "a reason"})");
+    QCoreApplication::processEvents();
+    activity.reset();
+    EXPECT_TRUE(waitUntil([&] { return portal.calls().size() == 2; }));
+    EXPECT_EQ(portal.calls().last(), "Close");
+
+    beginProcessActivity("released before the answer");
+    EXPECT_TRUE(waitUntil([&] { return portal.calls().size() == 4; }));
+    EXPECT_EQ(portal.calls().last(), "Close");
+    EXPECT_EQ(logind.reasons(), QStringList());
+}
+
+// A desktop without a portal, or with one that can't; and an inhibitor that nobody gives back.
+TEST_F(Services, LogindInhibitsWhereThePortalDoesNot) {
+    const Portal portal(
+        "raise dbus.exceptions.DBusException('no', name='org.freedesktop.DBus.Error.Failed')");
+    Logind logind;
+    std::optional<ProcessActivity> first = beginProcessActivity("first");
+    beginProcessActivity("released before the answer");
+    EXPECT_TRUE(waitUntil([&] { return logind.reasons() == QStringList("first"); }));
+    std::optional<ProcessActivity> second = beginProcessActivity("second");
+    EXPECT_TRUE(waitUntil([&] { return logind.reasons() == QStringList({"first", "second"}); }));
+    std::optional<ProcessActivity> third = beginProcessActivity("released before logind's answer");
+    EXPECT_TRUE(waitUntil([&] { return portal.calls().size() == 8; })); // four, each with its error
+    third.reset();
+    first.reset();
+    EXPECT_TRUE(waitUntil([&] { return logind.reasons() == QStringList("second"); }));
+    second.reset();
+    EXPECT_TRUE(waitUntil([&] { return logind.reasons().isEmpty(); }));
+}
+
+// Lights that stay dark after the lid is opened, or are taken up anew while it closes.
+TEST_F(Services, EachWakeUpIsNoticedAndNoFallingAsleep) {
+    Logind logind;
+    int nResumed = 0;
+    auto notice = std::make_unique<ResumeNotice>([&] { ++nResumed; });
+    const auto prepareForSleep = [&](bool bAboutToSleep) {
+        logind.emitSignal("PrepareForSleep", "b", {bAboutToSleep});
+        QCoreApplication::processEvents();
+        return nResumed;
+    };
+    EXPECT_EQ(prepareForSleep(true), 0);
+    EXPECT_EQ(prepareForSleep(false), 1);
+    EXPECT_EQ(prepareForSleep(false), 2);
+    notice.reset();
+    EXPECT_EQ(prepareForSleep(false), 2);
+}
+
+// A notice with nobody's name and icon, or whose text is taken for markup.
+TEST_F(Services, ANotificationBearsTheProgramsName) {
+    showNotification("nobody", "is there to show it");
+    DbusMock mock(BusKind::Session, "org.freedesktop.Notifications", "/org/freedesktop/Notifications",
+                  "org.freedesktop.Notifications");
+    mock.addMethod("Notify", "susssasa{sv}i", "u", "ret = 1");
+    showNotification("Summary", "a < b");
+    ASSERT_TRUE(waitUntil([&] { return !mock.calls().isEmpty(); }));
+    EXPECT_EQ(mock.calls().join('\n'), R"(Notify "Vellux" 0 "org.vellux.Vellux" "Summary" "a &lt; b" [] )"
+                                       R"({"desktop-entry": "org.vellux.Vellux"} -1)");
+}
+
+} // namespace

@@ -1,0 +1,153 @@
+// The tray and what it shows.
+
+#include "adapters/qt/Tray.h"
+#include "adapters/qt/LampDrawing.h"
+#include "desktop/PrivateBus.h"
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QImage>
+#include <QMenu>
+#include <QSystemTrayIcon>
+
+#include <memory>
+
+using namespace vellux;
+
+/// Read by the leak sanitizer: what Qt keeps of an interface that it asked about.
+extern "C" const char* __lsan_default_suppressions();
+extern "C" const char* __lsan_default_suppressions() {
+    return "leak:QDBusMetaObject::createMetaObject\n";
+}
+
+namespace {
+
+constexpr const char* kWatcher = "org.kde.StatusNotifierWatcher";
+constexpr const char* kItem = "org.kde.StatusNotifierItem";
+
+/// Qt has a tray on X11 only; this display is the test's own.
+class XServer {
+public:
+    XServer() : m_server({"Xvfb", "-displayfd", "1", "-screen", "0", "320x200x24", "-nolisten", "tcp"}) {
+        std::string strLine = m_server.readLine();
+        while (strLine.find_first_not_of("0123456789") != std::string::npos)
+            strLine = m_server.readLine(); // a complaint of its own
+        qputenv("DISPLAY", QByteArray::fromStdString(':' + strLine));
+        qputenv("QT_QPA_PLATFORM", "xcb");
+    }
+
+private:
+    ChildProcess m_server;
+};
+
+class TrayTest : public testing::Test {
+protected:
+    const Watchdog m_watchdog{"tray", std::chrono::seconds(110)};
+    const PrivateBus m_session{BusKind::Session};
+    const XServer m_display;
+    int m_nArguments = 0;
+    const QApplication m_application{m_nArguments, nullptr};
+};
+
+/// A watcher with a panel that comes a little later.
+class Watcher : public DbusMock {
+public:
+    Watcher() : DbusMock(BusKind::Session, kWatcher, "/StatusNotifierWatcher", kWatcher) {
+        addMethod("RegisterStatusNotifierItem", "s", "", "");
+        QCoreApplication::processEvents();
+        addProperty("IsStatusNotifierHostRegistered", true);
+        emitSignal("StatusNotifierHostRegistered", "", {});
+    }
+    /// The bus name of the icon.
+    QString item() {
+        const QString strCall = "RegisterStatusNotifierItem ";
+        EXPECT_TRUE(waitUntil([&] { return calls().join(' ').contains(strCall); }));
+        return calls().filter(strCall).value(0).mid(strCall.size()).remove('"');
+    }
+};
+
+/// Counts what an icon announces.
+class Announced : public QObject {
+    Q_OBJECT
+public:
+    explicit Announced(const QString& strItem) {
+        for (const char* strSignal : {"NewIcon", "NewToolTip"})
+            QDBusConnection::sessionBus().connect(strItem, "/StatusNotifierItem", kItem, strSignal, this,
+                                                  SLOT(onSignal(QDBusMessage)));
+    }
+    QStringList m_signals;
+
+public Q_SLOTS:
+    void onSignal(const QDBusMessage& message) { m_signals.append(message.member()); }
+};
+
+// An icon missing because the panel came later, or came back; one that makes the panel draw for nothing.
+TEST_F(TrayTest, AnIconIsThereWheneverAPanelIs) {
+    QStringList done;
+    Tray tray({[&] { done += "show"; }, [&] { done += "connect"; }, [&] { done += "exit"; }});
+    TrayState state{{0, false}, "Busy", "Disconnect", true};
+    tray.setState(state);
+    QCoreApplication::processEvents();
+
+    QString strItem = std::make_unique<Watcher>()->item(); // which goes again
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    EXPECT_TRUE(waitUntil([&] { return !bus.interface()->isServiceRegistered(strItem).value(); }));
+    Watcher watcher;
+    strItem = watcher.item();
+
+    const Announced announced(strItem);
+    tray.setState(state);
+    state.lamp.bFlashing = true;
+    tray.setState(state);
+    state.strPresence = "Away";
+    tray.setState(state);
+    tray.setState(state);
+    EXPECT_TRUE(waitUntil([&] { return announced.m_signals.size() >= 3; }));
+    EXPECT_EQ(announced.m_signals, QStringList({"NewIcon", "NewToolTip", "NewToolTip"}));
+
+    QDBusMessage click = QDBusMessage::createMethodCall(strItem, "/StatusNotifierItem", kItem, "Activate");
+    bus.asyncCall(click << 0 << 0);
+    EXPECT_TRUE(waitUntil([&] { return done.size() == 1; }));
+    state.bConnectEnabled = false;
+    tray.setState(state);
+    const auto widgets = QApplication::topLevelWidgets();
+    const auto menu =
+        std::find_if(widgets.begin(), widgets.end(), [](auto* p) { return qobject_cast<QMenu*>(p); });
+    ASSERT_NE(menu, widgets.end());
+    for (QAction* const pAction : (*menu)->actions())
+        pAction->trigger();
+    EXPECT_EQ(done, QStringList({"show", "show", "exit"}));
+    EXPECT_EQ((*menu)->actions().value(1)->text(), "Disconnect");
+}
+
+// States that only a person who sees colours tells apart, and sizes that a panel has to stretch.
+TEST(LampDrawing, PicturesDifferWithoutTheirColours) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    int nArguments = 0;
+    const QApplication application(nArguments, nullptr);
+    QList<QImage> pictures;
+    for (const bool bFlashing : {false, true})
+        for (std::int32_t nColor = 0; nColor <= 8; ++nColor) {
+            const QIcon icon = lampIcon({nColor, bFlashing});
+            EXPECT_EQ(icon.availableSizes().size(), 6);
+            pictures.append(icon.pixmap(16).toImage().convertToFormat(QImage::Format_Grayscale8));
+        }
+    for (const QImage& one : pictures)
+        for (const QImage& other : pictures) {
+            int nDifferent = 0;
+            for (int n = 0; n < 16 * 16; ++n)
+                nDifferent +=
+                    std::abs(qGray(one.pixel(n % 16, n / 16)) - qGray(other.pixel(n % 16, n / 16))) > 60;
+            EXPECT_TRUE(&one == &other || nDifferent >= 8)
+                << pictures.indexOf(one) << " " << pictures.indexOf(other);
+        }
+    EXPECT_EQ(lampDescription({1, false}), "Green");
+    EXPECT_EQ(lampDescription({7, true}), "Orange, flashing");
+    for (const std::int32_t nColor : {-1, 8, 9})
+        EXPECT_EQ(lampColourName({nColor, false}), "Off");
+}
+
+} // namespace
+
+#include "TrayTest.moc"

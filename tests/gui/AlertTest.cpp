@@ -1,0 +1,81 @@
+// Alerts, and the end of the program while one is open.
+#include "AlertPopup.h"
+#include "GuiWorld.h"
+
+#include <atomic>
+#include <thread>
+
+namespace {
+
+class AlertTest : public GuiWorld {
+protected:
+    void check(QMessageBox& box, const char* pMessage) {
+        EXPECT_EQ(box.windowModality(), Qt::ApplicationModal);
+        EXPECT_EQ(box.icon(), QMessageBox::Information);
+        EXPECT_EQ(box.windowTitle(), "Vellux");
+        EXPECT_EQ(box.text(), "Vellux");
+        EXPECT_EQ(box.informativeText(), pMessage);
+        for (const QLabel* const pLabel : box.findChildren<QLabel*>())
+            EXPECT_NE(pLabel->textFormat(), Qt::AutoText); // a server's text is no markup
+        ASSERT_EQ(box.buttons().size(), 1);
+        EXPECT_EQ(box.buttons().front()->text(), "OK");
+    }
+};
+
+// A user who sees two alerts at once, one over the other, or goes on working behind one; a caller who goes on.
+TEST_F(AlertTest, alertsOfTwoThreadsComeOneAfterTheOther) {
+    std::atomic<int> nAnswered{0};
+    int nShown = 0;
+    onAlert([&](QMessageBox& box) {
+        check(box, "from a <b>worker</b>");
+        EXPECT_LE(nAnswered, nShown++);
+        for (int n = 0; n < 20; ++n) {
+            journal.waitForChange();
+            runPending();
+        }
+        EXPECT_EQ(window.findChildren<QMessageBox*>().size(), 1);
+        EXPECT_EQ(box.parentWidget(), &window);
+    });
+    std::vector<std::jthread> callers;
+    for (int n = 0; n < 2; ++n)
+        callers.emplace_back([&] {
+            EXPECT_EQ(AlertPopup::sharedAlertPopup().display("Vellux", "from a <b>worker</b>"), 1000);
+            ++nAnswered;
+        });
+    runUntil([&] { return nAnswered == 2; }, "both answers");
+    EXPECT_EQ(nShown, 2);
+}
+
+// An alert that hangs the main thread, or hangs on a window that nobody sees.
+TEST_F(AlertTest, alertOnMainIsShownAtOnce) {
+    window.orderOut();
+    int nShown = 0;
+    onAlert([&](QMessageBox& box) {
+        check(box, "Please ensure all fields are entered correctly");
+        EXPECT_EQ(box.parentWidget(), nullptr);
+        ++nShown;
+    });
+    window.makeKeyAndOrderFront();
+    window.orderOut();
+    ui().onConnectButtonClicked(*ui().buttonConnect());
+    EXPECT_EQ(nShown, 1);
+}
+
+// A program that can't be ended while an alert is open, ends twice, or shows another alert while it ends.
+TEST_F(AlertTest, endingClosesTheAlert) {
+    onAlert([&](QMessageBox& box) {
+        QTest::keyClick(&window, Qt::Key_Q, Qt::ControlModifier); // goes nowhere: the alert is modal
+        EXPECT_EQ(journal.count("ended"), 0U);
+        qtDesktop.terminate();
+        EXPECT_FALSE(box.isVisible());
+    });
+    vellux::Alert alert;
+    alert.buttons = {"OK"};
+    EXPECT_EQ(qtDesktop.runModal(alert), 1000);
+    onAlert([](QMessageBox&) { ADD_FAILURE() << "an alert at the end"; });
+    EXPECT_EQ(qtDesktop.runModal(alert), 1000);
+    qtDesktop.terminate();
+    EXPECT_EQ(journal.take({"ended"}), Lines{"ended"});
+}
+
+} // namespace

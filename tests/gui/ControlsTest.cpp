@@ -1,0 +1,224 @@
+// The fourteen controls: what the models say is shown, what the user does is told.
+#include "GuiWorld.h"
+
+namespace {
+
+using vellux::Button;
+using Ui = VelluxWindowUi;
+
+struct ButtonRow {
+    const char* pName;
+    std::shared_ptr<Button> (Ui::*getter)() const;
+};
+constexpr ButtonRow kButtons[] = {
+    {"buttonSelectSyncMode", &Ui::buttonSelectSyncMode},
+    {"buttonSelectManualMode", &Ui::buttonSelectManualMode},
+    {"buttonFlashOnCall", &Ui::buttonFlashOnCall},
+    {"buttonLightOffOnAway", &Ui::buttonLightOffOnAway},
+    {"buttonLightOffOnAvailable", &Ui::buttonLightOffOnAvailable},
+    {"buttonConnect", &Ui::buttonConnect},
+};
+struct FieldRow {
+    const char* pName;
+    std::shared_ptr<vellux::TextField> (Ui::*getter)() const;
+};
+constexpr FieldRow kFields[] = {
+    {"textFieldLyncServerName", &Ui::textFieldLyncServerName},
+    {"textFieldUsername", &Ui::textFieldUsername},
+    {"textFieldPassword", &Ui::textFieldPassword},
+    {"textFieldLyncStatus", &Ui::textFieldLyncStatus},
+};
+struct ListRow {
+    const char* pName;
+    std::shared_ptr<vellux::ComboBox> (Ui::*getter)() const;
+};
+constexpr ListRow kLists[] = {
+    {"syncModeColorList", &Ui::syncModeColorList},
+    {"syncModeFlashSpeedList", &Ui::syncModeFlashSpeedList},
+    {"manualModeColorList", &Ui::manualModeColorList},
+    {"manualModeFlashSpeedList", &Ui::manualModeFlashSpeedList},
+};
+
+class ControlsTest : public GuiWorld {
+protected:
+    bool isShownEnabled(const char* pName) { return widget<QWidget>(pName).isEnabled(); }
+};
+
+// A widget bound to another's model, or to one thread only; a write by a program that acts as if a user had done it;
+// a box's third state lost, or there for users to choose.
+TEST_F(ControlsTest, showWhatAnyThreadWritesAndActOnNothing) {
+    plugInFramed();
+    journal.clear();
+    for (const bool bOnWorker : {true, false}) {
+        const auto write = [&](const std::function<void()>& change) {
+            bOnWorker ? onWorker(change) : change();
+        };
+        for (const ButtonRow& row : kButtons) {
+            const char* const pName = row.pName;
+            SCOPED_TRACE(pName);
+            const auto model = (ui().*row.getter)();
+            auto& button = widget<QAbstractButton>(pName);
+            const std::int64_t nState = model->state();
+            const std::string strTitle = model->title();
+            const bool bEnabled = model->isEnabled();
+            write([&] {
+                model->setTitle("A & " + std::string(pName));
+                model->setEnabled(!bEnabled);
+                model->setState(nState == Button::kOn ? Button::kOff : Button::kOn);
+            });
+            EXPECT_EQ(QString(button.text()).remove('&').toStdString(), "A  " + std::string(pName));
+            EXPECT_EQ(isShownEnabled(pName), !bEnabled);
+            EXPECT_EQ(button.isChecked(), button.isCheckable() && nState == Button::kOff);
+            if (auto* const pBox = qobject_cast<QCheckBox*>(&button)) {
+                write([&] { model->setState(Button::kMixed); });
+                EXPECT_EQ(pBox->checkState(), Qt::PartiallyChecked);
+            }
+            write([&] {
+                model->setTitle(strTitle);
+                model->setEnabled(bEnabled);
+                model->setState(nState);
+            });
+        }
+        for (const FieldRow& row : kFields) {
+            const char* const pName = row.pName;
+            const auto model = (ui().*row.getter)();
+            write([&] {
+                model->setText(pName + std::string(" \xC3\xA9"));
+                model->setEnabled(!model->isEnabled());
+            });
+            EXPECT_EQ(widget<QLineEdit>(pName).text().toStdString(), pName + std::string(" \xC3\xA9"));
+            EXPECT_EQ(isShownEnabled(pName), model->isEnabled());
+        }
+        for (const ListRow& row : kLists) {
+            const char* const pName = row.pName;
+            const auto model = (ui().*row.getter)();
+            write([&] {
+                model->removeAllItems();
+                model->addItems({"one", "two", pName});
+            });
+            EXPECT_EQ(widget<QComboBox>(pName).currentIndex(), -1) << pName;
+            EXPECT_EQ(widget<QComboBox>(pName).itemText(2), pName);
+            write([&] {
+                model->selectItemAtIndex(1);
+                model->setEnabled(!model->isEnabled());
+            });
+            EXPECT_EQ(widget<QComboBox>(pName).currentText(), "two");
+            write([&] { model->selectItemAtIndex(7); }); // there is none
+            EXPECT_EQ(widget<QComboBox>(pName).currentIndex(), -1) << pName;
+            EXPECT_EQ(isShownEnabled(pName), model->isEnabled());
+        }
+    }
+    runPending();
+    EXPECT_EQ(journal.take(), Lines{});
+    EXPECT_EQ(ui().buttonSelectSyncMode()->state(), Button::kOn);
+}
+
+// A typed text that stays in the window, a secret in the open, an older text that comes back, a caret that jumps.
+TEST_F(ControlsTest, textsAreInTheModelAtOnceAndStay) {
+    const char* const texts[] = {"lync.example", "CORP\\pat", "secret"};
+    for (int n = 0; n < 3; ++n) {
+        type(kFields[n].pName, texts[n]);
+        EXPECT_EQ((ui().*kFields[n].getter)()->text(), texts[n]);
+    }
+    EXPECT_EQ(widget<QLineEdit>("textFieldPassword").displayText().count(QChar('s')), 0);
+    auto& server = widget<QLineEdit>("textFieldLyncServerName");
+    std::jthread([this] { ui().textFieldLyncServerName()->setText("older"); }).join();
+    server.setCursorPosition(4);
+    QTest::keyClick(&server, Qt::Key_X); // while the worker's change is still to be shown
+    runPending();
+    EXPECT_EQ(server.text(), "lyncx.example");
+    EXPECT_EQ(ui().textFieldLyncServerName()->text(), "lyncx.example");
+    server.setSelection(1, 3);
+    onWorker([this] { ui().textFieldLyncServerName()->setEnabled(true); });
+    EXPECT_EQ(server.selectedText(), "ync");
+    EXPECT_TRUE(widget<QLineEdit>("textFieldLyncStatus").isReadOnly());
+}
+
+// A mode without an action, a radio button beside the other's state, or a user who can reach "mixed".
+TEST_F(ControlsTest, buttonsTellWhatTheUserDoes) {
+    click("buttonSelectManualMode");
+    EXPECT_FALSE(isShownEnabled("textFieldLyncServerName") || isShownEnabled("buttonConnect"));
+    EXPECT_TRUE(isShownEnabled("manualModeColorList"));
+    EXPECT_TRUE(widget<QRadioButton>("buttonSelectManualMode").isChecked());
+    QTest::keyClick(&widget<QRadioButton>("buttonSelectManualMode"), Qt::Key_Up);
+    EXPECT_TRUE(isShownEnabled("textFieldLyncServerName") && isShownEnabled("buttonConnect"));
+    EXPECT_FALSE(isShownEnabled("manualModeColorList"));
+    EXPECT_EQ(ui().buttonSelectManualMode()->state(), Button::kOff);
+    for (const char* const pBox : {"buttonFlashOnCall", "buttonLightOffOnAway", "buttonLightOffOnAvailable"})
+        for (const auto& row : kButtons)
+            if (row.pName == std::string(pBox)) {
+                const auto model = (ui().*row.getter)();
+                for (const std::int64_t nExpected : {Button::kOn, Button::kOff, Button::kOn}) {
+                    click(pBox);
+                    EXPECT_EQ(model->state(), nExpected) << pBox;
+                }
+                model->setState(Button::kMixed);
+                click(pBox);
+                EXPECT_EQ(model->state(), Button::kOn) << pBox;
+            }
+    EXPECT_TRUE(isShownEnabled("syncModeColorList") && isShownEnabled("syncModeFlashSpeedList"));
+    // Assistive technology changes a box without clicking it.
+    widget<QCheckBox>("buttonFlashOnCall").toggle();
+    runPending();
+    EXPECT_EQ(ui().buttonFlashOnCall()->state(), Button::kOff);
+    EXPECT_FALSE(isShownEnabled("syncModeColorList"));
+}
+
+// Boxes that switch nothing off: the wrong action, or one called before the model has the state.
+TEST_F(ControlsTest, boxesSwitchTheLight) {
+    plugInFramed();
+    connectByHand();
+    const struct {
+        const char *pPresence, *pBox, *pColour;
+    } rows[] = {{"Away", "buttonLightOffOnAway", "cf"}, {"Online", "buttonLightOffOnAvailable", "df"}};
+    for (const auto& [pPresence, pBox, pColour] : rows) {
+        ui().updateVelluxStatusWithPresence(pPresence);
+        journal.clear();
+        click(pBox);
+        click(pBox);
+        EXPECT_EQ(journal.take({"report"}),
+                  (Lines{"report 55534243004002ff", "report 55534243004002" + std::string(pColour)}));
+    }
+}
+
+// An entry that looks chosen after a refill; a second choice of an entry that does nothing; a list with another's
+// action; arrow keys that only look.
+TEST_F(ControlsTest, listsTellEveryChoice) {
+    plugInPlain();
+    clock.letRun();
+    click("buttonSelectManualMode");
+    choose("manualModeFlashSpeedList", 0);
+    hid.noticeArrival(FakeHidManager::light(0x1130, 0x1E00));
+    runPending();
+    for (const char* const pList : {"syncModeColorList", "manualModeColorList"}) {
+        EXPECT_EQ(widget<QComboBox>(pList).currentIndex(), -1);
+        EXPECT_EQ(widget<QComboBox>(pList).count(), 8);
+    }
+    journal.clear();
+    for (int n = 0; n < 2; ++n) {
+        choose("manualModeColorList", 0);
+        EXPECT_GE(journal.count("report 60..00"), 1U) << n;
+        journal.clear();
+    }
+    QTest::keyClick(&widget<QComboBox>("manualModeColorList"), Qt::Key_Down);
+    EXPECT_EQ(ui().manualModeColorList()->indexOfSelectedItem(), 1);
+    EXPECT_FALSE(journal.take({"report"}).empty());
+    click("buttonSelectSyncMode");
+    click("buttonFlashOnCall");
+    choose("syncModeColorList", 3);
+    choose("syncModeFlashSpeedList", 2);
+    ui().saveUiState();
+    EXPECT_EQ(contentOf(settingsPath("uistate.txt")), "1;1;0;0;3;2;1;0");
+}
+
+// A keyboard user who is sent to the start of the window by each press of Connect.
+TEST_F(ControlsTest, connectKeepsTheFocusOverItsOwnWork) {
+    auto& button = widget<QPushButton>("buttonConnect");
+    button.setFocus();
+    onWorker([this] { ui().buttonConnect()->setEnabled(false); });
+    EXPECT_FALSE(button.hasFocus());
+    onWorker([this] { ui().buttonConnect()->setEnabled(true); });
+    EXPECT_TRUE(button.hasFocus());
+}
+
+} // namespace

@@ -1,0 +1,74 @@
+#include "GuiWorld.h"
+
+#include "adapters/qt/QtMainThread.h"
+
+#include <QAbstractItemView>
+
+GuiWorld::GuiWorld()
+    : TestWorld(std::make_unique<vellux::QtMainThread>()),
+      window(
+          {mainThread, ui(), client(),
+           [](std::uint16_t nVendorID, std::uint16_t nProductID) {
+               return QString("permit %1:%2 'a  b'").arg(nVendorID, 4, 16).arg(nProductID, 4, 16, QChar('0'));
+           }}),
+      qtDesktop(window, {directory.string(), [this] { journal.add("ended"); }, {}}) {
+    vellux::installPlatform({hid, transport, mainThread, clock, threads, qtDesktop});
+    QObject::connect(&window, &vellux::MainWindow::followingLost, [this] { ++nLost; });
+    delegate().setWindow(&window);
+    delegate().applicationDidFinishLaunching();
+    runUntil([this] { return window.isActiveWindow(); }, "the window");
+    journal.clear();
+}
+
+void GuiWorld::onWorker(const std::function<void()>& write) {
+    std::atomic<bool> bWritten{false};
+    std::jthread worker([&] {
+        write();
+        bWritten = true;
+    });
+    runUntil([&] { return bWritten.load(); }, "the worker");
+    runPending();
+}
+
+void GuiWorld::click(const char* pButton) {
+    auto& button = widget<QAbstractButton>(pButton);
+    const int nInside = button.height() / 2; // check and radio buttons are pressed at their left end
+    QTest::mouseClick(&button, Qt::LeftButton, {}, {nInside, nInside});
+}
+
+void GuiWorld::type(const char* pField, const char* pText) {
+    widget<QLineEdit>(pField).setFocus();
+    QTest::keyClicks(&widget<QLineEdit>(pField), pText);
+}
+
+void GuiWorld::choose(const char* pList, int nIndex) {
+    auto& list = widget<QComboBox>(pList);
+    list.showPopup();
+    list.view()->setCurrentIndex(list.model()->index(nIndex, 0));
+    QTest::keyClick(list.view(), Qt::Key_Return);
+    runPending();
+}
+
+void GuiWorld::onAlert(std::function<void(QMessageBox&)> callback) {
+    QObject::connect(&m_alertWatch, &QTimer::timeout, [this, callback = std::move(callback)] {
+        auto* const pBox = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        if (pBox == nullptr || pBox == m_pSeen)
+            return;
+        m_pSeen = pBox;
+        callback(*pBox);
+        QTest::keyClick(pBox, Qt::Key_Escape);
+        m_pSeen = nullptr;
+    });
+    m_alertWatch.start(1);
+}
+
+void GuiWorld::connectByHand() {
+    scriptServer(R"({"availability":"Busy","activity":"in-a-meeting"})");
+    type("textFieldLyncServerName", "lync.example");
+    type("textFieldUsername", "CORP\\pat");
+    type("textFieldPassword", "secret");
+    QTest::keyClick(&widget<QLineEdit>("textFieldPassword"), Qt::Key_Return);
+    runUntilConnectShows("Disconnect");
+    runPending();
+    journal.clear();
+}

@@ -1,0 +1,55 @@
+// The fixture of the window's tests: the real controller, window, desktop and loop on fake lights and servers.
+#pragma once
+
+#include "adapters/qt/MainWindow.h"
+#include "adapters/qt/QtDesktop.h"
+#include "fakes/TestWorld.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPointer>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTest>
+#include <QTimer>
+
+#include <stdexcept>
+
+/// The program has started and shows its window. The desktop's ends are journalled as "ended"; what a user does is
+/// done by mouse and keys on widgets found by name.
+class GuiWorld : public TestWorld {
+protected:
+    GuiWorld();
+    ~GuiWorld() override { endWorld(); }
+
+    void runPending() override { QCoreApplication::processEvents(); }
+    /// Runs `write` on a thread of its own and lets the window show what it wrote.
+    void onWorker(const std::function<void()>& write);
+
+    template <typename T> T& widget(const char* pName) {
+        T* const pWidget = window.findChild<T*>(pName);
+        if (pWidget == nullptr)
+            throw std::runtime_error(pName);
+        return *pWidget;
+    }
+    QString textOf(const char* pLabel) { return widget<QLabel>(pLabel).text(); }
+    void click(const char* pButton);
+    void type(const char* pField, const char* pText);
+    /// Opens the list, moves to an entry and chooses it.
+    void choose(const char* pList, int nIndex);
+    /// Calls back for every message box that opens, from within its loop; closes it with Escape afterwards.
+    void onAlert(std::function<void(QMessageBox&)> callback);
+    void connectByHand();
+
+    int nLost = 0; // times that followingLost() came
+    vellux::MainWindow window;
+    vellux::QtDesktop qtDesktop;
+
+private:
+    QTimer m_alertWatch;
+    QPointer<QMessageBox> m_pSeen;
+};

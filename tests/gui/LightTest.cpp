@@ -1,0 +1,98 @@
+// What stands beside the controls: the lamp, the light, the following.
+#include "GuiWorld.h"
+#include "fakes/ServerTexts.h"
+
+#include <QAccessible>
+#include <QClipboard>
+
+namespace {
+
+class LightTest : public GuiWorld {
+protected:
+    QString readOut(const char* pName, QAccessible::Text text) {
+        return QAccessible::queryAccessibleInterface(&widget<QWidget>(pName))->text(text);
+    }
+};
+
+// A user left alone with a light that does nothing, or who copies a command that is not the one shown.
+TEST_F(LightTest, lineSaysWhatThereIsAndWhatHelps) {
+    EXPECT_EQ(textOf("labelLight"), "No light found.");
+    const struct {
+        std::int64_t nVendor, nProduct;
+        vellux::HidResult nOpenResult;
+        const char* pPart;
+    } rows[] = {
+        {0x1130, 0x0001, 0, "framed colour codes"},        {0x1130, 0x1E00, 0, "plain colour codes"},
+        {0x0E53, 0x2517, 0, "red, green and blue levels"}, {0x2C0D, 0x0006, 0, "red, green and blue levels"},
+        {0x2C0D, 0x0006, 13, "you may not open it"},       {0x2C0D, 0x0006, 5, "can't be opened"},
+    };
+    for (const auto& row : rows) {
+        const auto light = FakeHidManager::light(row.nVendor, row.nProduct);
+        light->nOpenResult = row.nOpenResult;
+        hid.simulateArrival(light);
+        runPending();
+        EXPECT_TRUE(textOf("labelLight").contains(row.pPart)) << textOf("labelLight").toStdString();
+        EXPECT_EQ(widget<QWidget>("panelRemedy").isVisible(), row.nOpenResult == 13);
+        if (row.nOpenResult == 13) {
+            EXPECT_EQ(widget<QLineEdit>("textFieldRemedy").text(), "permit 2c0d:0006 'a  b'");
+            click("buttonCopyRemedy");
+            EXPECT_EQ(QApplication::clipboard()->text(), "permit 2c0d:0006 'a  b'");
+        }
+        hid.simulateRemoval(light);
+        runPending();
+        EXPECT_EQ(textOf("labelLight"), "No light found.");
+    }
+}
+
+// A lamp in another colour than the light, that blinks with it, or tells its colour to the eyes alone.
+TEST_F(LightTest, lampHasNameAndStillness) {
+    plugInFramed();
+    EXPECT_EQ(textOf("labelLampName"), "Off");
+    clock.letRun();                  // entering the mode waits for a worker
+    click("buttonSelectManualMode"); // red, at medium speed
+    clock.hold();
+    runUntil([this] { return textOf("labelLampName").contains("flashing"); }, "the lamp");
+    const QString strFlashing = textOf("labelLampName");
+    EXPECT_EQ(strFlashing, "Red, flashing");
+    EXPECT_EQ(readOut("lampView", QAccessible::Description), strFlashing);
+    EXPECT_EQ(readOut("labelLampName", QAccessible::Name), strFlashing);
+    const QImage before = widget<QWidget>("lampView").grab().toImage();
+    for (int n = 0; n < 4; ++n) {
+        clock.passHalves(1);
+        runPending();
+        EXPECT_EQ(textOf("labelLampName"), strFlashing);
+    }
+    EXPECT_EQ(widget<QWidget>("lampView").grab().toImage(), before);
+}
+
+// A user who believes in a following that has ended, is told of it again and again, or can't begin anew.
+TEST_F(LightTest, lostFollowingIsSaidOnceAndTakenUpAgain) {
+    EXPECT_EQ(textOf("labelFollowing"), "Not connected.");
+    client().httpGet_EventChannels(); // nowhere to go: over, but nobody was following
+    EXPECT_FALSE(window.isFollowingLost());
+    connectByHand();
+    observeControls();
+    const QSize size = window.size();
+    for (int n = 1; n <= 2; ++n) {
+        EXPECT_EQ(textOf("labelFollowing"), "Following your presence.");
+        EXPECT_FALSE(window.isFollowingLost() || widget<QPushButton>("buttonReconnect").isVisible());
+        transport.lastPoll().simulateEnd();
+        EXPECT_EQ(textOf("labelFollowing"), "Your presence is no longer followed.");
+        onWorker([this] { ui().textFieldLyncStatus()->setText("Busy"); });
+        EXPECT_TRUE(window.isFollowingLost());
+        EXPECT_EQ(nLost, n);
+        EXPECT_EQ(window.size(), size);
+        journal.clear();
+        click("buttonReconnect");
+        runUntilConnectShows("Disconnect");
+        runPending();
+        EXPECT_EQ(journal.take({"title"}),
+                  (Lines{"title Connect", "title Connecting...", "title Disconnect"}));
+    }
+    transport.lastPoll().simulateEnd();
+    click("buttonConnect"); // disconnects: that is no loss
+    EXPECT_FALSE(window.isFollowingLost());
+    EXPECT_EQ(nLost, 3);
+}
+
+} // namespace

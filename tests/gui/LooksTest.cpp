@@ -1,0 +1,128 @@
+// What a person sees, reaches by keys, or hears read out.
+#include "GuiWorld.h"
+
+#include <QAccessible>
+#include <QKeySequence>
+#include <QSet>
+
+#include <cmath>
+
+namespace {
+
+class LooksTest : public GuiWorld {
+protected:
+    static double luminance(QRgb color) {
+        const auto part = [](int nValue) {
+            const double dValue = nValue / 255.0;
+            return dValue <= 0.03928 ? dValue / 12.92 : std::pow((dValue + 0.055) / 1.055, 2.4);
+        };
+        return 0.2126 * part(qRed(color)) + 0.7152 * part(qGreen(color)) + 0.0722 * part(qBlue(color));
+    }
+    /// The strongest contrast, as a ratio, between the ground in the middle of an empty field and what is painted on
+    /// it; and whether anything is painted right at the upper or lower inner edge.
+    double contrastIn(const char* pField) {
+        const QImage image = widget<QWidget>(pField).grab().toImage();
+        const int nEdge = image.height() / 8;
+        const double dGround = luminance(image.pixel(image.width() - 2 * nEdge, image.height() / 2));
+        double dMost = 1;
+        for (int y = nEdge; y < image.height() - nEdge; ++y)
+            for (int x = nEdge; x < image.width() / 2; ++x) {
+                const double dHere = luminance(image.pixel(x, y));
+                dMost =
+                    std::max(dMost, (std::max(dHere, dGround) + 0.05) / (std::min(dHere, dGround) + 0.05));
+            }
+        return dMost;
+    }
+};
+
+// An example that nobody can read on a dark ground, that hides in a small field, or stays under a typed text.
+TEST_F(LooksTest, placeholdersCanBeReadOnLightAndDark) {
+    const QPalette dark(QColor(53, 53, 53));
+    for (const bool bDark : {false, true}) {
+        if (bDark) {
+            QPalette palette = dark;
+            palette.setColor(QPalette::Base, QColor(35, 35, 35));
+            QApplication::setPalette(palette);
+        }
+        for (const char* const pField : {"textFieldLyncServerName", "textFieldUsername"}) {
+            EXPECT_GT(contrastIn(pField), 2.5) << pField << bDark;
+            QFont font("Helvetica");
+            font.setPointSize(13);
+            EXPECT_GE(widget<QWidget>(pField).height(), QFontMetrics(font).height());
+        }
+        EXPECT_LT(contrastIn("textFieldPassword"), 1.1);
+    }
+    QTest::keyClick(&widget<QLineEdit>("textFieldUsername"), Qt::Key_Space);
+    widget<QWidget>("labelUser").setFocus();
+    widget<QLineEdit>("textFieldUsername").clearFocus();
+    EXPECT_LT(contrastIn("textFieldUsername"), 1.1);
+}
+
+// A field that a screen reader can't name, or that no key leads to; two fields on one key; a caret that waits for
+// someone to type when nobody does.
+TEST_F(LooksTest, everyFieldHasNameKeyAndPlace) {
+    const char* const order[] = {"buttonSelectSyncMode",
+                                 "textFieldLyncServerName",
+                                 "textFieldUsername",
+                                 "textFieldPassword",
+                                 "buttonConnect",
+                                 "textFieldLyncStatus",
+                                 "buttonFlashOnCall",
+                                 "syncModeColorList",
+                                 "syncModeFlashSpeedList",
+                                 "buttonLightOffOnAway",
+                                 "buttonLightOffOnAvailable",
+                                 "buttonAbout",
+                                 "buttonWebSite",
+                                 "buttonExit"};
+    click("buttonFlashOnCall");
+    EXPECT_TRUE(widget<QWidget>("buttonSelectSyncMode").hasFocus() ||
+                widget<QWidget>("buttonFlashOnCall").hasFocus());
+    widget<QWidget>("buttonSelectSyncMode").setFocus();
+    for (const char* const pName : order) {
+        EXPECT_EQ(QApplication::focusWidget()->objectName(), pName);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    }
+    QMap<QWidget*, QString> labels;
+    QSet<QString> mnemonics;
+    const auto take = [&](const QString& strText, const QString& strName) {
+        const QString strKey = QKeySequence::mnemonic(strText).toString();
+        EXPECT_FALSE(strKey.isEmpty()) << strName.toStdString();
+        EXPECT_FALSE(mnemonics.contains(strKey)) << strKey.toStdString() << " " << strName.toStdString();
+        mnemonics.insert(strKey);
+    };
+    for (const QLabel* const pLabel : window.findChildren<QLabel*>())
+        if (pLabel->buddy() != nullptr)
+            labels[pLabel->buddy()] = pLabel->text();
+    for (QWidget* const pWidget : window.findChildren<QWidget*>()) {
+        if (pWidget->focusPolicy() == Qt::NoFocus || !pWidget->parentWidget()->inherits("QWidget") ||
+            pWidget->objectName().startsWith("qt_") || pWidget->objectName().isEmpty())
+            continue;
+        const auto* const pButton = qobject_cast<QAbstractButton*>(pWidget);
+        take(pButton != nullptr ? pButton->text() : labels.value(pWidget), pWidget->objectName());
+        const QAccessibleInterface* const pInterface = QAccessible::queryAccessibleInterface(pWidget);
+        EXPECT_FALSE(pInterface->text(QAccessible::Name).isEmpty()) << pWidget->objectName().toStdString();
+    }
+    EXPECT_GE(mnemonics.size(), 20);
+}
+
+// Words cut off by a larger font or a longer language.
+TEST_F(LooksTest, nothingIsCutOffWhenWordsGrow) {
+    QFont font = QApplication::font();
+    font.setPointSizeF(font.pointSizeF() * 2);
+    QApplication::setFont(font);
+    for (QLabel* const pLabel : window.findChildren<QLabel*>())
+        pLabel->setText(pLabel->text() + " and so on");
+    runUntil([this] { return window.size() == window.size().expandedTo(window.minimumSizeHint()); },
+             "the layout");
+    for (const QWidget* const pWidget : window.findChildren<QWidget*>())
+        if (pWidget->isVisible() && !pWidget->objectName().isEmpty() &&
+            !pWidget->objectName().startsWith("qt_")) {
+            EXPECT_GE(pWidget->width(), pWidget->minimumSizeHint().width())
+                << pWidget->objectName().toStdString();
+            EXPECT_GE(pWidget->height(), pWidget->minimumSizeHint().height())
+                << pWidget->objectName().toStdString();
+        }
+}
+
+} // namespace

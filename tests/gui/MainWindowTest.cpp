@@ -1,0 +1,84 @@
+// The windows themselves: closing, coming back, About, keys.
+#include "AboutDialog.h"
+#include "GuiWorld.h"
+#include "fakes/ServerTexts.h"
+
+namespace {
+
+class MainWindowTest : public GuiWorld {
+protected:
+    static QWidget* aboutWindow() {
+        for (QWidget* const pWidget : QApplication::topLevelWidgets())
+            if (pWidget->objectName() == "AboutDialog" && pWidget->isVisible())
+                return pWidget;
+        return nullptr;
+    }
+};
+
+// A window that can't be closed, or not brought back; a light that stops following with it; a log-out held up.
+TEST_F(MainWindowTest, closingHidesAndReopeningShows) {
+    plugInFramed();
+    connectByHand();
+    for (const bool bEscape : {false, true}) {
+        if (bEscape)
+            QTest::keyClick(&window, Qt::Key_Escape);
+        else
+            EXPECT_TRUE(window.close());
+        EXPECT_FALSE(window.isVisible());
+        scriptPresence(bEscape ? R"({"availability":"Away"})" : R"({"availability":"Online"})");
+        journal.clear();
+        transport.lastPoll().simulateData(batch("/n"));
+        EXPECT_EQ(journal.take({"report"}),
+                  Lines{bEscape ? "report 55534243004002cf" : "report 55534243004002df"});
+        delegate().applicationShouldHandleReopen(false);
+        EXPECT_TRUE(window.isVisible());
+        QApplication::setActiveWindow(&window); // the screen in memory does so once only
+        EXPECT_EQ(widget<QLineEdit>("textFieldLyncStatus").text(), bEscape ? "Away" : "Online");
+    }
+    window.showMinimized();
+    delegate().applicationShouldHandleReopen(true);
+    EXPECT_FALSE(window.isMinimized());
+    EXPECT_EQ(window.windowTitle(), "Vellux");
+    EXPECT_EQ(journal.count("ended"), 0U);
+}
+
+// About windows that pile up, lie under others, block the window behind them, or stay.
+TEST_F(MainWindowTest, aboutFloatsAndCloses) {
+    for (int n = 0; n < 3; ++n) {
+        click("buttonAbout");
+        QWidget* const pAbout = aboutWindow();
+        ASSERT_NE(pAbout, nullptr);
+        EXPECT_TRUE(pAbout->windowFlags().testFlag(Qt::WindowStaysOnTopHint));
+        EXPECT_EQ(pAbout->windowModality(), Qt::NonModal);
+        EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+        EXPECT_TRUE(
+            pAbout->findChild<QLabel*>("labelVersion")->text().contains(QRegularExpression("\\d\\.\\d")));
+        if (n == 0)
+            continue; // opened anew while one is there
+        QApplication::setActiveWindow(pAbout);
+        if (n == 1)
+            QTest::keyClick(pAbout, Qt::Key_Escape);
+        else
+            pAbout->close();
+        EXPECT_EQ(aboutWindow(), nullptr);
+    }
+    AboutDialog controller;
+    EXPECT_EQ(qtDesktop.loadWindow("Other", controller), nullptr);
+}
+
+// A field in which Enter does nothing, or connects behind a disabled button; keys that end or hide nothing.
+TEST_F(MainWindowTest, keys) {
+    int nAlerts = 0;
+    onAlert([&](QMessageBox&) { ++nAlerts; });
+    for (const char* const pField : {"textFieldLyncServerName", "textFieldUsername", "textFieldPassword"})
+        QTest::keyClick(&widget<QLineEdit>(pField), Qt::Key_Return); // asks for the fields that are empty
+    EXPECT_EQ(nAlerts, 3);
+    ui().buttonConnect()->setEnabled(false);
+    QTest::keyClick(&widget<QLineEdit>("textFieldPassword"), Qt::Key_Return);
+    EXPECT_EQ(nAlerts, 3);
+    QApplication::setActiveWindow(&window);
+    QTest::keyClick(&window, Qt::Key_Q, Qt::ControlModifier);
+    EXPECT_EQ(journal.take({"ended"}), Lines{"ended"});
+}
+
+} // namespace
