@@ -2,6 +2,7 @@
 #pragma once
 
 #include "light/ReportDecoder.h"
+#include "window/Look.h"
 
 #include <optional>
 #include <string>
@@ -12,7 +13,11 @@ namespace vellux::simulator {
 
 struct Options {
     LightModel light = LightModel::V30;
+    bool bHeadless = false;
     std::optional<std::string> strScriptFile; ///< the default day when absent
+    std::optional<std::string>
+        strPictures; ///< directory for pictures of the window; none are taken when absent
+    Look look = Look::Native;
     bool bHelp = false;
 };
 

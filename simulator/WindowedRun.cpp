@@ -1,0 +1,109 @@
+#include "WindowedRun.h"
+
+#include "HeadlessRun.h"
+#include "VelluxAppDelegate.h"
+#include "VelluxHttp/VelluxHttp.h"
+#include "VelluxWindowUi/VelluxWindowUi.h"
+#include "adapters/curl/CurlTransport.h"
+#include "adapters/linux/DeviceRemedy.h"
+#include "adapters/linux/SystemClock.h"
+#include "adapters/linux/TerminationWatch.h"
+#include "adapters/qt/MainWindow.h"
+#include "adapters/qt/QtApplication.h"
+#include "adapters/qt/QtDesktop.h"
+#include "adapters/qt/QtMainThread.h"
+#include "platform/Platform.h"
+#include "ports/EqualThreads.h"
+#include "ports/PrivateDirectory.h"
+#include "ports/ServerWatch.h"
+#include "ports/WindowWatch.h"
+#include "support/WorkerThread.h"
+#include "window/LampPanel.h"
+#include "window/Look.h"
+#include "window/PictureTour.h"
+
+#include <memory>
+
+namespace vellux::simulator {
+
+namespace {
+
+const PresenceServerOptions kAccount = {"EXAMPLE\\robin", "example-password"};
+
+QString remedy(std::uint16_t nVendorID, std::uint16_t nProductID) {
+    return QString::fromStdString(deviceRemedy(nVendorID, nProductID));
+}
+
+} // namespace
+
+int showWindow(char* strProgram, const Options& options) {
+    prepareLook(options.look);
+    int nArguments = 1;
+    char* arguments[] = {strProgram, nullptr};
+    QtApplication application(nArguments, arguments);
+    applyLook(options.look);
+
+    Changes changes;
+    Console console(stdout);
+    const auto directory = PrivateDirectory::create();
+    if (directory == nullptr)
+        return complain(kNotAsExpected, "no temporary directory can be made");
+    ServerWatch serverWatch(console, changes);
+    const auto authority = CertificateAuthority::create();
+    const auto server = authority ? PresenceServer::start(*authority, kAccount, &serverWatch) : nullptr;
+    if (server == nullptr)
+        return complain(kNotAsExpected, "the presence server can't be started");
+
+    VelluxAppDelegate& delegate = VelluxAppDelegate::sharedVelluxAppDelegate();
+    VelluxWindowUi& controller = VelluxWindowUi::sharedVelluxWindowUi();
+    VelluxHttp& client = VelluxHttp::sharedVelluxHttp();
+
+    QtMainThread mainThread;
+    CurlTransport transport(mainThread, {authority->pem(), /*bUseProxies=*/false});
+    VirtualLights lights(mainThread);
+    const auto light = std::make_shared<VirtualLight>(options.light, console, changes);
+    lights.plug(light);
+    SystemClock clock;
+    EqualThreads threads;
+    MainWindow window({mainThread, controller, client, remedy});
+    QtDesktop desktop(window, {directory->path(), [&application] { application.quitSoon(); }, {}});
+    installPlatform({lights, transport, mainThread, clock, threads, desktop});
+    const WindowWatch windowWatch(controller, console, changes);
+    const TerminationWatch terminationWatch([&] {
+        mainThread.post([&desktop] { desktop.terminate(); });
+        transport.close();
+    });
+
+    delegate.setWindow(&window);
+    window.makeKeyAndOrderFront();
+    application.waitForFirstPaint(window);
+    delegate.applicationDidFinishLaunching();
+    controller.textFieldLyncServerName()->setText(server->host());
+    controller.textFieldUsername()->setText(kAccount.strUserName);
+    controller.textFieldPassword()->setText(kAccount.strPassword);
+
+    std::unique_ptr<LampPanel> panel;
+    std::unique_ptr<PictureTour> tour;
+    if (options.strPictures) {
+        tour = std::make_unique<PictureTour>(
+            *options.strPictures, options.look,
+            PictureTour::Stage{mainThread, changes, console, lights, light, *server, controller, window});
+    } else {
+        panel = std::make_unique<LampPanel>(LampPanel::Surroundings{
+            mainThread, changes, lights, light, *server, [&controller] { controller.onExit(nullptr); }});
+        panel->move(window.frameGeometry().topRight() + QPoint(panel->fontMetrics().height(), 0));
+        panel->QWidget::show();
+    }
+    application.run();
+
+    changes.end();
+    delegate.applicationWillTerminate();
+    mainThread.close();
+    transport.close();
+    WorkerThread::joinAll();
+    const bool bSucceeded = tour == nullptr || tour->succeeded();
+    server->stop();
+    return bSucceeded ? kAsExpected : kNotAsExpected;
+}
+
+} // namespace vellux::simulator

@@ -1,0 +1,163 @@
+#include "window/PictureTour.h"
+
+#include "VelluxWindowUi/VelluxWindowUi.h"
+#include "day/UserHand.h"
+
+#include <QApplication>
+#include <QPixmap>
+#include <QScreen>
+
+#include <chrono>
+#include <utility>
+
+namespace vellux::simulator {
+
+namespace {
+
+constexpr std::chrono::seconds kLongestWait{20};
+constexpr std::chrono::milliseconds kSettling{300}; // until what has changed is on the screen, too
+
+QWidget* otherWindow(const QWidget& window) {
+    for (QWidget* const each : QApplication::topLevelWidgets())
+        if (each != &window && each->isVisible() && each->isWindow())
+            return each;
+    return nullptr;
+}
+
+// No window manager places windows where pictures are taken.
+void place(QWidget& window) {
+    const int nMargin = 2 * window.fontMetrics().height();
+    window.move(nMargin, nMargin);
+    if (QWidget* const other = otherWindow(window))
+        other->move(window.frameGeometry().center() - other->rect().center());
+}
+
+QRect covered(const QWidget& window) {
+    QRect area = window.frameGeometry();
+    if (const QWidget* const other = otherWindow(window))
+        area |= other->frameGeometry();
+    return area;
+}
+
+} // namespace
+
+PictureTour::PictureTour(std::string strDirectory, Look look, Stage stage)
+    : m_strDirectory(std::move(strDirectory)), m_look(look), m_stage(std::move(stage)), m_thread([this] {
+          m_bSucceeded = run();
+          does([this] { m_stage.controller.onExit(nullptr); });
+      }) {}
+
+PictureTour::~PictureTour() {
+    m_thread.join();
+}
+
+bool PictureTour::does(const Call& call) const {
+    return m_stage.mainThread.runAndWait(call);
+}
+
+bool PictureTour::when(const Condition& condition) const {
+    return m_stage.changes.waitUntil(condition, kLongestWait);
+}
+
+bool PictureTour::takes(const std::string& strName) const {
+    does([this] { place(m_stage.window); });
+    std::this_thread::sleep_for(kSettling);
+    const std::string strFile = m_strDirectory + "/" + strName + ".png";
+    bool bSaved = false;
+    does([&] {
+        const QRect area = covered(m_stage.window);
+        const QPixmap picture =
+            m_stage.window.screen()->grabWindow(0, area.x(), area.y(), area.width(), area.height());
+        bSaved = picture.save(QString::fromStdString(strFile));
+    });
+    m_stage.console.print((bSaved ? "picture " : "no picture ") + strFile);
+    return bSaved;
+}
+
+bool PictureTour::connected() {
+    VelluxWindowUi& controller = m_stage.controller;
+    does([&controller] { pressConnect(controller, "Connect"); });
+    return when([&] {
+        return m_stage.light->record().state.text() == "Green" && controller.buttonConnect()->isEnabled() &&
+               controller.buttonConnect()->title() == "Disconnect" && m_stage.server.isPolling();
+    });
+}
+
+bool PictureTour::run() {
+    if (!connected())
+        return false;
+    switch (m_look) {
+    case Look::Dark:
+        return takes("dark-palette");
+    case Look::Large:
+        return takes("scale-200");
+    case Look::Native:
+    case Look::Light:
+        break;
+    }
+    return all();
+}
+
+bool PictureTour::all() {
+    VelluxWindowUi& controller = m_stage.controller;
+    const auto shows = [this](const char* strState) {
+        return [this, strState] { return m_stage.light->record().state.text() == strState; };
+    };
+    bool bGood = takes("sync-connected");
+
+    does([&] {
+        setBox(controller, "buttonFlashOnCall", true);
+        selectEntry(controller, "syncModeColorList", "Purple");
+    });
+    m_stage.server.setPresence("Busy", "on-the-phone");
+    bGood = bGood && when(shows("Purple flashing medium")) && takes("on-a-call");
+
+    does([&] {
+        selectMode(controller, /*bManual=*/true);
+        selectEntry(controller, "manualModeColorList", "Blue");
+        selectEntry(controller, "manualModeFlashSpeedList", "Slow");
+    });
+    bGood = bGood && when(shows("Blue flashing slow")) && takes("manual-flashing");
+
+    does([&] {
+        selectMode(controller, /*bManual=*/false);
+        m_stage.lights.unplug(m_stage.light);
+        const auto refused =
+            std::make_shared<VirtualLight>(LightModel::Framed, m_stage.console, m_stage.changes);
+        refused->setPermitted(false);
+        m_stage.lights.plug(refused);
+    });
+    bGood = bGood && when([&] {
+                return controller.light().get().access == vellux::LightState::Access::NotPermitted &&
+                       controller.buttonConnect()->title() == "Disconnect" &&
+                       controller.buttonConnect()->isEnabled();
+            });
+    bGood = bGood && takes("light-not-permitted");
+
+    does([&] {
+        pressConnect(controller, "Disconnect");
+        controller.textFieldPassword()->setText("another-password");
+        pressConnect(controller, "Connect");
+    });
+    const auto isAlertOpen = [this] {
+        bool bOpen = false;
+        does([&bOpen] { bOpen = QApplication::activeModalWidget() != nullptr; });
+        return bOpen;
+    };
+    bGood = bGood && when([&] { return controller.buttonConnect()->title() == "Connect" || isAlertOpen(); });
+    while (bGood && !isAlertOpen())
+        std::this_thread::sleep_for(kSettling);
+    bGood = bGood && takes("alert");
+    while (bGood && !controller.buttonConnect()->isEnabled()) {
+        does([] {
+            if (QWidget* const alert = QApplication::activeModalWidget())
+                alert->close();
+        });
+        std::this_thread::sleep_for(kSettling);
+    }
+
+    does([&controller] { controller.onAbout(nullptr); });
+    return bGood && takes("about");
+}
+
+} // namespace vellux::simulator

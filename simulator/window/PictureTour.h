@@ -1,0 +1,66 @@
+// Pictures of the real window, for the documentation.
+#pragma once
+
+#include "light/VirtualLights.h"
+#include "platform/MainThread.h"
+#include "ports/Changes.h"
+#include "ports/Console.h"
+#include "server/PresenceServer.h"
+#include "window/Look.h"
+
+#include <QWidget>
+
+#include <atomic>
+#include <functional>
+#include <string>
+#include <thread>
+
+class VelluxWindowUi;
+
+namespace vellux::simulator {
+
+/// Brings the program into one state after the other, as a user and a server would, saves a picture of the screen's
+/// part that its windows cover, and ends the program.
+class PictureTour {
+public:
+    /// References that outlive the tour.
+    struct Stage {
+        MainThread& mainThread;
+        Changes& changes;
+        Console& console;
+        VirtualLights& lights;
+        VirtualLightRef light;
+        PresenceServer& server;
+        VelluxWindowUi& controller;
+        QWidget& window;
+    };
+
+    /// Starts on a thread of its own. The light look takes all pictures, the others one each.
+    PictureTour(std::string strDirectory, Look look, Stage stage);
+    /// Waits for that thread, which ends when the main thread's queue is closed, at the latest.
+    ~PictureTour();
+    PictureTour(const PictureTour&) = delete;
+    PictureTour& operator=(const PictureTour&) = delete;
+
+    /// Whether all pictures were taken and saved. After the program has ended.
+    bool succeeded() const { return m_bSucceeded; }
+
+private:
+    using Call = std::function<void()>;
+    using Condition = std::function<bool()>;
+
+    bool run();
+    bool all();
+    bool connected();
+    bool when(const Condition& condition) const;
+    bool does(const Call& call) const;
+    bool takes(const std::string& strName) const;
+
+    const std::string m_strDirectory;
+    const Look m_look;
+    const Stage m_stage;
+    std::atomic<bool> m_bSucceeded{false};
+    std::thread m_thread;
+};
+
+} // namespace vellux::simulator
