@@ -9,6 +9,7 @@
 // One process runs one test: QtDBus opens each bus once.
 #pragma once
 
+#include "desktop/ChildProcess.h"
 #include "fakes/Watchdog.h"
 
 #include <QCoreApplication>
@@ -16,81 +17,11 @@
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusVariant>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QStringList>
 #include <QTemporaryDir>
-#include <QThread>
 
-#include <csignal>
-#include <fcntl.h>
-#include <functional>
 #include <string>
-#include <sys/prctl.h>
-#include <sys/wait.h>
-#include <unistd.h>
-#include <vector>
-
-/// Runs the event loop until the condition holds; false when it does not for a minute.
-inline bool waitUntil(const std::function<bool()>& condition) {
-    QElapsedTimer time;
-    for (time.start(); time.elapsed() < 60'000; QThread::msleep(10)) {
-        QCoreApplication::processEvents();
-        if (condition())
-            return true;
-    }
-    return false;
-}
-
-/// A program, killed with this object or with the test. What it writes, errors too, is read here.
-class ChildProcess {
-public:
-    /// The program is looked for in the path.
-    explicit ChildProcess(std::vector<std::string> command) {
-        int pipeEnds[2] = {-1, -1};
-        if (::pipe2(pipeEnds, O_CLOEXEC) != 0)
-            return;
-        std::vector<char*> arguments;
-        for (std::string& strArgument : command)
-            arguments.push_back(strArgument.data());
-        arguments.push_back(nullptr);
-        m_nPid = ::fork();
-        if (m_nPid == 0) {
-            ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-            ::dup2(pipeEnds[1], STDOUT_FILENO);
-            ::dup2(pipeEnds[1], STDERR_FILENO);
-            ::execvp(arguments[0], arguments.data());
-            ::_exit(127);
-        }
-        ::close(pipeEnds[1]);
-        m_output.open(pipeEnds[0], QIODevice::ReadOnly | QIODevice::Unbuffered, QFile::AutoCloseHandle);
-    }
-    ~ChildProcess() {
-        signal(SIGKILL);
-        wait();
-    }
-    ChildProcess(const ChildProcess&) = delete;
-    ChildProcess& operator=(const ChildProcess&) = delete;
-
-    void signal(int nSignal) const {
-        if (m_nPid > 0)
-            ::kill(m_nPid, nSignal);
-    }
-    /// Its next line, without the line's end; "" after the last. Blocks until there is one.
-    std::string readLine() { return m_output.readLine().trimmed().toStdString(); }
-    /// Its exit status, -1 after a signal. Blocks until it ends.
-    int wait() {
-        int nStatus = -1;
-        if (m_nPid > 0)
-            ::waitpid(m_nPid, &nStatus, 0);
-        m_nPid = -1;
-        return WIFEXITED(nStatus) ? WEXITSTATUS(nStatus) : -1;
-    }
-
-private:
-    pid_t m_nPid = -1;
-    QFile m_output;
-};
 
 enum class BusKind { Session, System };
 

@@ -26,21 +26,7 @@ namespace {
 constexpr const char* kWatcher = "org.kde.StatusNotifierWatcher";
 constexpr const char* kItem = "org.kde.StatusNotifierItem";
 
-/// Qt has a tray on X11 only; this display is the test's own.
-class XServer {
-public:
-    XServer() : m_server({"Xvfb", "-displayfd", "1", "-screen", "0", "320x200x24", "-nolisten", "tcp"}) {
-        std::string strLine = m_server.readLine();
-        while (strLine.find_first_not_of("0123456789") != std::string::npos)
-            strLine = m_server.readLine(); // a complaint of its own
-        qputenv("DISPLAY", QByteArray::fromStdString(':' + strLine));
-        qputenv("QT_QPA_PLATFORM", "xcb");
-    }
-
-private:
-    ChildProcess m_server;
-};
-
+/// On X11, where alone Qt has a tray.
 class TrayTest : public testing::Test {
 protected:
     const Watchdog m_watchdog{"tray", std::chrono::seconds(110)};

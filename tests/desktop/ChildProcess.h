@@ -1,0 +1,104 @@
+// Programs that a test starts, and waiting for what they do.
+#pragma once
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QFile>
+#include <QThread>
+
+#include <chrono>
+#include <csignal>
+#include <fcntl.h>
+#include <functional>
+#include <optional>
+#include <string>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+/// Runs the event loop until the condition holds; false when it does not in time.
+inline bool waitUntil(const std::function<bool()>& condition,
+                      std::chrono::seconds limit = std::chrono::seconds(60)) {
+    const QDeadlineTimer deadline(limit);
+    for (; !deadline.hasExpired(); QThread::msleep(10)) {
+        QCoreApplication::processEvents();
+        if (condition())
+            return true;
+    }
+    return false;
+}
+
+/// A program, killed with this object or with the test. What it writes, errors too, is read here.
+class ChildProcess {
+public:
+    /// The program is looked for in the path.
+    explicit ChildProcess(std::vector<std::string> command) {
+        int pipeEnds[2] = {-1, -1};
+        if (::pipe2(pipeEnds, O_CLOEXEC) != 0)
+            return;
+        std::vector<char*> arguments;
+        for (std::string& strArgument : command)
+            arguments.push_back(strArgument.data());
+        arguments.push_back(nullptr);
+        m_nPid = ::fork();
+        if (m_nPid == 0) {
+            ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+            ::dup2(pipeEnds[1], STDOUT_FILENO);
+            ::dup2(pipeEnds[1], STDERR_FILENO);
+            ::execvp(arguments[0], arguments.data());
+            ::_exit(127);
+        }
+        ::close(pipeEnds[1]);
+        m_output.open(pipeEnds[0], QIODevice::ReadOnly | QIODevice::Unbuffered, QFile::AutoCloseHandle);
+    }
+    ~ChildProcess() {
+        signal(SIGKILL);
+        wait();
+    }
+    ChildProcess(const ChildProcess&) = delete;
+    ChildProcess& operator=(const ChildProcess&) = delete;
+
+    void signal(int nSignal) const {
+        if (m_nPid > 0)
+            ::kill(m_nPid, nSignal);
+    }
+    /// Its next line, without the line's end; "" after the last. Blocks until there is one.
+    std::string readLine() { return m_output.readLine().trimmed().toStdString(); }
+    /// Its exit status, -1 after a signal; absent while it runs.
+    std::optional<int> tryWait() {
+        int nStatus = -1;
+        if (m_nPid > 0 && ::waitpid(m_nPid, &nStatus, WNOHANG) == 0)
+            return std::nullopt;
+        m_nPid = -1;
+        return WIFEXITED(nStatus) ? WEXITSTATUS(nStatus) : -1;
+    }
+    /// The same. Blocks until it ends.
+    int wait() {
+        int nStatus = -1;
+        if (m_nPid > 0)
+            ::waitpid(m_nPid, &nStatus, 0);
+        m_nPid = -1;
+        return WIFEXITED(nStatus) ? WEXITSTATUS(nStatus) : -1;
+    }
+
+private:
+    pid_t m_nPid = -1;
+    QFile m_output;
+};
+
+/// A display of the test's own, named by the environment.
+class XServer {
+public:
+    XServer() : m_server({"Xvfb", "-displayfd", "1", "-screen", "0", "800x700x24", "-nolisten", "tcp"}) {
+        std::string strLine = m_server.readLine();
+        while (strLine.find_first_not_of("0123456789") != std::string::npos)
+            strLine = m_server.readLine(); // a complaint of its own
+        qputenv("DISPLAY", QByteArray::fromStdString(':' + strLine));
+        qputenv("QT_QPA_PLATFORM", "xcb");
+    }
+    void kill() const { m_server.signal(SIGKILL); }
+
+private:
+    ChildProcess m_server;
+};
