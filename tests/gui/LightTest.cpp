@@ -78,7 +78,7 @@ TEST_F(LightTest, lostFollowingIsSaidOnceAndTakenUpAgain) {
         EXPECT_FALSE(window.isFollowingLost() || widget<QPushButton>("buttonReconnect").isVisible());
         transport.lastPoll().simulateEnd();
         EXPECT_EQ(textOf("labelFollowing"), "Your presence is no longer followed.");
-        onWorker([this] { ui().textFieldLyncStatus()->setText("Busy"); });
+        onWorker([this] { ui().buttonConnect()->setTitle("Disconnect"); }); // looked at once more
         EXPECT_TRUE(window.isFollowingLost());
         EXPECT_EQ(nLost, n);
         EXPECT_EQ(window.size(), size);

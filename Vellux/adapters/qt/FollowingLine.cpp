@@ -27,16 +27,20 @@ FollowingLine::FollowingLine(const MainWindow::Surroundings& around, Ui::MainWin
 }
 
 void FollowingLine::show() {
+    // A connection that is being made opens the channel and then enables the button: read in the other order.
+    const auto button = m_around.controller.buttonConnect();
+    const bool bSettled = button->isEnabled();
     const ChannelState channel = m_around.client.channel().get();
-    const bool bConnected = m_around.controller.buttonConnect()->title() == "Disconnect";
+    const std::string strTitle = button->title();
+    const bool bConnected = strTitle == "Disconnect";
     const bool bSyncMode = m_around.controller.buttonSelectSyncMode()->state() == Button::kOn;
-    const bool bWasLost = std::exchange(m_bLost, bConnected && channel == ChannelState::Ended);
+    const bool bWasLost = std::exchange(m_bLost, bConnected && bSettled && channel == ChannelState::Ended);
     QString strLine;
     if (m_bLost)
         strLine = MainWindow::tr("Your presence is no longer followed.");
     else if (bConnected && channel == ChannelState::Open)
         strLine = MainWindow::tr("Following your presence.");
-    else if (bSyncMode)
+    else if (bSyncMode && strTitle == "Connect")
         strLine = MainWindow::tr("Not connected.");
     m_form.labelFollowing->setText(strLine);
     m_form.buttonReconnect->setVisible(m_bLost);
