@@ -47,9 +47,15 @@ void AlertPopup::displayAlert(const Texts& texts) {
     m_closed.notify_all();
 }
 
+void AlertPopup::endWaiting() {
+    const vellux::ScopedLock lock(m_mutex);
+    m_bEnding = true;
+    m_closed.notify_all();
+}
+
 void AlertPopup::waitUntilNoneIsOpen() {
     const vellux::ScopedLock lock(m_mutex);
-    while (m_nOpen > 0)
+    while (m_nOpen > 0 && !m_bEnding)
         m_closed.wait(m_mutex);
 }
 

@@ -26,6 +26,9 @@ public:
     /// While the program ends it returns without showing anything.
     std::int32_t display(const std::string& strTitle, const std::string& strMessage);
 
+    /// The program ends: those who wait for an open alert's end go on, and find that the main thread takes no calls.
+    void endWaiting();
+
     /// Shows the alert on the calling thread, which is the main thread.
     void displayAlert(const Texts& texts);
 
@@ -42,4 +45,5 @@ private:
     vellux::Mutex m_mutex;
     std::condition_variable_any m_closed;
     int m_nOpen VELLUX_GUARDED_BY(m_mutex) = 0;
+    bool m_bEnding VELLUX_GUARDED_BY(m_mutex) = false;
 };

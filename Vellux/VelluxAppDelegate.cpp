@@ -1,5 +1,6 @@
 #include "VelluxAppDelegate.h"
 
+#include "AlertPopup.h"
 #include "VelluxControl/VelluxControl.h"
 #include "VelluxHttp/VelluxHttp.h"
 #include "VelluxWindowUi/VelluxWindowUi.h"
@@ -29,6 +30,7 @@ void VelluxAppDelegate::applicationDidFinishLaunching() {
 void VelluxAppDelegate::applicationWillTerminate() {
     vellux::assertMainThread();
     VelluxWindowUi& controller = VelluxWindowUi::sharedVelluxWindowUi();
+    AlertPopup::sharedAlertPopup().endWaiting();
     controller.beginTermination();
     controller.quitManualFlashingThread();
     controller.waitForManualFlashingThreadToExit();

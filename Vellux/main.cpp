@@ -26,24 +26,7 @@
 
 #include <csignal>
 #include <cstdlib>
-#include <functional>
 #include <utility>
-
-namespace {
-
-std::function<void()> endInOrder; // set while there is something to end
-
-// Also when the display goes away: Qt then leaves its loop, and this program, by exit(), on the main thread.
-void endOnce() {
-    if (const auto end = std::exchange(endInOrder, nullptr))
-        end();
-}
-
-QString remedy(std::uint16_t nVendorID, std::uint16_t nProductID) {
-    return QString::fromStdString(vellux::deviceRemedy(nVendorID, nProductID));
-}
-
-} // namespace
 
 int main(int nArguments, char** arguments) {
     std::signal(SIGPIPE, SIG_IGN);
@@ -61,24 +44,29 @@ int main(int nArguments, char** arguments) {
     vellux::CurlTransport transport(mainThread, {{}, /*bUseProxies=*/true, vellux::desktopProxies()});
     vellux::SystemClock clock;
     vellux::LinuxThreads threads;
-    vellux::MainWindow window({mainThread, controller, client, remedy});
+    vellux::MainWindow window({mainThread, controller, client, vellux::deviceRemedy});
     vellux::QtDesktop desktop(window,
                               {vellux::userDataHome(vellux::readUserEnvironment()),
                                [&application] { application.quitSoon(); }, vellux::beginProcessActivity});
     vellux::installPlatform({lights, transport, mainThread, clock, threads, desktop});
     const vellux::WindowTray tray({mainThread, controller, window});
 
-    endInOrder = [&] {
+    bool bEnded = false;
+    const auto endOnce = [&] {
+        if (std::exchange(bEnded, true))
+            return;
+        lights.hurry();
         delegate.applicationWillTerminate();
         mainThread.close();
         transport.close();
         vellux::WorkerThread::joinAll();
     };
-    std::atexit(endOnce);
-    // A main thread that waits for an answer is free again when its request is cancelled.
+    vellux::QtApplication::onDisplayLost([&] { mainThread.runAndWait(endOnce); });
+    // A main thread that waits for an answer, or for a light that hangs, is free again soon.
     const vellux::TerminationWatch terminationWatch([&] {
         mainThread.post([&desktop] { desktop.terminate(); });
         transport.close();
+        lights.hurry();
     });
 
     delegate.setWindow(&window);
@@ -94,8 +82,11 @@ int main(int nArguments, char** arguments) {
         vellux::useActivationToken(window, strToken);
         delegate.applicationShouldHandleReopen(window.isVisible());
     });
-    application.run();
+    QObject::connect(&application, &QGuiApplication::applicationStateChanged,
+                     [&delegate] { delegate.applicationDidChangeOcclusionState(); });
+    const int nStatus = application.run();
 
+    vellux::QtApplication::onDisplayLost({});
     endOnce();
-    return EXIT_SUCCESS;
+    return nStatus;
 }

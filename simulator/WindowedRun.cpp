@@ -30,10 +30,6 @@ namespace {
 
 const PresenceServerOptions kAccount = {"EXAMPLE\\robin", "example-password"};
 
-QString remedy(std::uint16_t nVendorID, std::uint16_t nProductID) {
-    return QString::fromStdString(deviceRemedy(nVendorID, nProductID));
-}
-
 } // namespace
 
 int showWindow(char* strProgram, const Options& options) {
@@ -65,7 +61,7 @@ int showWindow(char* strProgram, const Options& options) {
     lights.plug(light);
     SystemClock clock;
     EqualThreads threads;
-    MainWindow window({mainThread, controller, client, remedy});
+    MainWindow window({mainThread, controller, client, deviceRemedy});
     QtDesktop desktop(window, {directory->path(), [&application] { application.quitSoon(); }, {}});
     installPlatform({lights, transport, mainThread, clock, threads, desktop});
     const WindowWatch windowWatch(controller, console, changes);
@@ -89,10 +85,12 @@ int showWindow(char* strProgram, const Options& options) {
             *options.strPictures, options.look,
             PictureTour::Stage{mainThread, changes, console, lights, light, *server, controller, window});
     } else {
-        panel = std::make_unique<LampPanel>(LampPanel::Surroundings{
-            mainThread, changes, lights, light, *server, [&controller] { controller.onExit(nullptr); }});
+        panel = std::make_unique<LampPanel>(
+            LampPanel::Surroundings{mainThread, changes, lights, light, *server,
+                                    [&delegate] { delegate.applicationShouldHandleReopen(true); },
+                                    [&controller] { controller.onExit(nullptr); }});
         panel->move(window.frameGeometry().topRight() + QPoint(panel->fontMetrics().height(), 0));
-        panel->QWidget::show();
+        panel->show();
     }
     application.run();
 

@@ -105,12 +105,13 @@ QWidget* LampPanel::worldBox() {
             m_around.lights.plug(m_around.light);
         refresh();
     });
+    addButton(*layout, 3, 0, "&Start Vellux again", m_around.reopen);
     return box;
 }
 
 void LampPanel::refresh() {
     const LightRecord record = m_around.light->record();
-    m_picture->show(record.state);
+    m_picture->setState(record.state);
     std::string strText = record.state.text();
     if (record.nFaults != 0)
         strText += " – " + std::to_string(record.nFaults) + " report(s) not understood";

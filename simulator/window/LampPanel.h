@@ -28,10 +28,13 @@ public:
         VirtualLights& lights;
         VirtualLightRef light;
         PresenceServer& server;
+        /// Brings the program's window back when it was hidden, as starting the program again would.
+        std::function<void()> reopen;
         /// Ends the simulation.
         std::function<void()> end;
     };
 
+    /// Shows nothing yet.
     explicit LampPanel(Surroundings surroundings);
 
 protected:

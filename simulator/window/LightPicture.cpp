@@ -53,7 +53,7 @@ LightPicture::LightPicture(QWidget* parent) : QWidget(parent) {
     });
 }
 
-void LightPicture::show(const LightState& state) {
+void LightPicture::setState(const LightState& state) {
     if (state == m_state)
         return;
     m_state = state;

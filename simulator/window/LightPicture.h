@@ -13,9 +13,11 @@ namespace vellux::simulator {
 class LightPicture : public QWidget {
     Q_OBJECT
 public:
+    /// A dark light.
     explicit LightPicture(QWidget* parent = nullptr);
 
-    void show(const LightState& state);
+    /// Draws another state from now on.
+    void setState(const LightState& state);
 
     QSize sizeHint() const override;
 

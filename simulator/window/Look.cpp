@@ -8,11 +8,11 @@ namespace vellux::simulator {
 namespace {
 
 QPalette darkPalette() {
-    const QColor ground(0x2b, 0x2d, 0x30);
+    const QColor ground(0x46, 0x48, 0x4d);
     const QColor text(0xe6, 0xe6, 0xe6);
-    const QColor disabled(0x8a, 0x8c, 0x90);
+    const QColor disabled(0x98, 0x9a, 0x9e);
     QPalette palette(ground.lighter(115), ground);
-    palette.setColor(QPalette::Base, QColor(0x1e, 0x1f, 0x22));
+    palette.setColor(QPalette::Base, QColor(0x2c, 0x2d, 0x31));
     palette.setColor(QPalette::AlternateBase, ground);
     for (const auto role :
          {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::ToolTipText}) {

@@ -53,6 +53,7 @@ private:
     bool all();
     bool connected();
     bool when(const Condition& condition) const;
+    bool eventually(const Condition& condition) const;
     bool does(const Call& call) const;
     bool takes(const std::string& strName) const;
 

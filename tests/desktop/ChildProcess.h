@@ -87,18 +87,21 @@ private:
     QFile m_output;
 };
 
-/// A display of the test's own, named by the environment.
+/// A display of the test's own, named by the environment. Its number comes from the process's: servers that look for a
+/// free one at the same time take each other's sockets away.
 class XServer {
 public:
-    XServer() : m_server({"Xvfb", "-displayfd", "1", "-screen", "0", "800x700x24", "-nolisten", "tcp"}) {
-        std::string strLine = m_server.readLine();
-        while (strLine.find_first_not_of("0123456789") != std::string::npos)
-            strLine = m_server.readLine(); // a complaint of its own
-        qputenv("DISPLAY", QByteArray::fromStdString(':' + strLine));
+    XServer()
+        : m_strDisplay(":" + std::to_string(1000 + ::getpid() % 50000)),
+          m_server({"Xvfb", "-displayfd", "1", m_strDisplay, "-screen", "0", "800x700x24", "-nolisten", "tcp",
+                    "-noreset"}) {
+        m_server.readLine(); // it is ready; the option stands before the number, or would overrule it
+        qputenv("DISPLAY", QByteArray::fromStdString(m_strDisplay));
         qputenv("QT_QPA_PLATFORM", "xcb");
     }
     void kill() const { m_server.signal(SIGKILL); }
 
 private:
+    const std::string m_strDisplay;
     ChildProcess m_server;
 };

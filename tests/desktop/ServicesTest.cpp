@@ -1,5 +1,6 @@
 // The desktop's services, played by mocks on buses of the test's own.
 
+#include "adapters/dbus/DesktopProxy.h"
 #include "adapters/dbus/Notification.h"
 #include "adapters/dbus/ProcessActivity.h"
 #include "adapters/dbus/ResumeNotice.h"
@@ -111,6 +112,23 @@ TEST_F(Services, EachWakeUpIsNoticedAndNoFallingAsleep) {
     EXPECT_EQ(prepareForSleep(false), 2);
     notice.reset();
     EXPECT_EQ(prepareForSleep(false), 2);
+}
+
+// A proxy of the desktop's that is ignored, or used where there is to be none, or against the environment's.
+TEST_F(Services, TheDesktopsProxiesAreFoundUnlessTheEnvironmentNamesSome) {
+    for (const char* strVariable : {"http_proxy", "https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY"})
+        qunsetenv(strVariable);
+    const auto proxyOf = desktopProxies();
+    ASSERT_TRUE(proxyOf);
+    EXPECT_EQ(proxyOf("https://outside/"), std::nullopt); // there is no portal yet
+    DbusMock portal(BusKind::Session, "org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop",
+                    "org.freedesktop.portal.ProxyResolver");
+    portal.addMethod("Lookup", "s", "as",
+                     "ret = ['http://proxy:8' if 'outside' in args[0] else 'direct://', 'direct://']");
+    EXPECT_EQ(proxyOf("https://outside/"), "http://proxy:8");
+    EXPECT_EQ(proxyOf("https://inside/"), "");
+    qputenv("https_proxy", "http://another:8");
+    EXPECT_FALSE(desktopProxies());
 }
 
 // A notice with nobody's name and icon, or whose text is taken for markup.

@@ -26,7 +26,7 @@ namespace {
 constexpr const char* kWatcher = "org.kde.StatusNotifierWatcher";
 constexpr const char* kItem = "org.kde.StatusNotifierItem";
 
-/// On X11, where alone Qt has a tray.
+/// On X11: the offscreen platform has no tray.
 class TrayTest : public testing::Test {
 protected:
     const Watchdog m_watchdog{"tray", std::chrono::seconds(110)};

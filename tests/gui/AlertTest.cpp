@@ -1,6 +1,9 @@
 // Alerts, and the end of the program while one is open.
 #include "AlertPopup.h"
 #include "GuiWorld.h"
+#include "adapters/qt/WindowTray.h"
+
+#include <QMenu>
 
 #include <atomic>
 #include <thread>
@@ -53,12 +56,38 @@ TEST_F(AlertTest, alertOnMainIsShownAtOnce) {
     onAlert([&](QMessageBox& box) {
         check(box, "Please ensure all fields are entered correctly");
         EXPECT_EQ(box.parentWidget(), nullptr);
+        delegate().applicationShouldHandleReopen(false);
+        EXPECT_TRUE(window.isVisible());
+        runUntil([&box] { return box.isActiveWindow(); }, "the alert above the window that it blocks");
         ++nShown;
     });
     window.makeKeyAndOrderFront();
     window.orderOut();
     ui().onConnectButtonClicked(*ui().buttonConnect());
     EXPECT_EQ(nShown, 1);
+}
+
+// A tray's menu, which works beside an alert, that opens a second alert over it.
+TEST_F(AlertTest, theTraysMenuBeginsNothingUnderAnAlert) {
+    const vellux::WindowTray tray({mainThread, ui(), window});
+    QList<QAction*> actions;
+    for (const QWidget* const pWidget : QApplication::topLevelWidgets())
+        if (const auto* const pMenu = qobject_cast<const QMenu*>(pWidget))
+            actions = pMenu->actions();
+    ASSERT_EQ(actions.size(), 4); // show, connect, a line, exit
+    int nShown = 0;
+    onAlert([&](QMessageBox& box) {
+        ++nShown;
+        actions[1]->trigger();
+        EXPECT_TRUE(box.isVisible());
+    });
+    actions[1]->trigger();
+    EXPECT_EQ(nShown, 1);
+    window.orderOut();
+    actions[0]->trigger();
+    EXPECT_TRUE(window.isVisible());
+    actions[3]->trigger();
+    EXPECT_EQ(journal.take({"ended"}), Lines{"ended"});
 }
 
 // A program that can't be ended while an alert is open, ends twice, or shows another alert while it ends.

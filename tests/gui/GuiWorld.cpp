@@ -6,11 +6,10 @@
 
 GuiWorld::GuiWorld()
     : TestWorld(std::make_unique<vellux::QtMainThread>()),
-      window(
-          {mainThread, ui(), client(),
-           [](std::uint16_t nVendorID, std::uint16_t nProductID) {
-               return QString("permit %1:%2 'a  b'").arg(nVendorID, 4, 16).arg(nProductID, 4, 16, QChar('0'));
-           }}),
+      window({mainThread, ui(), client(),
+              [](std::uint16_t nVendorID, std::uint16_t nProductID) {
+                  return "permit " + std::to_string(nVendorID) + ":" + std::to_string(nProductID) + " 'a  b'";
+              }}),
       qtDesktop(window, {directory.string(), [this] { journal.add("ended"); }, {}}) {
     vellux::installPlatform({hid, transport, mainThread, clock, threads, qtDesktop});
     QObject::connect(&window, &vellux::MainWindow::followingLost, [this] { ++nLost; });

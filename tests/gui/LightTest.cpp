@@ -34,9 +34,9 @@ TEST_F(LightTest, lineSaysWhatThereIsAndWhatHelps) {
         EXPECT_TRUE(textOf("labelLight").contains(row.pPart)) << textOf("labelLight").toStdString();
         EXPECT_EQ(widget<QWidget>("panelRemedy").isVisible(), row.nOpenResult == 13);
         if (row.nOpenResult == 13) {
-            EXPECT_EQ(widget<QLineEdit>("textFieldRemedy").text(), "permit 2c0d:0006 'a  b'");
+            EXPECT_EQ(widget<QLineEdit>("textFieldRemedy").text(), "permit 11277:6 'a  b'");
             click("buttonCopyRemedy");
-            EXPECT_EQ(QApplication::clipboard()->text(), "permit 2c0d:0006 'a  b'");
+            EXPECT_EQ(QApplication::clipboard()->text(), "permit 11277:6 'a  b'");
         }
         hid.simulateRemoval(light);
         runPending();

@@ -19,7 +19,7 @@ protected:
         return 0.2126 * part(qRed(color)) + 0.7152 * part(qGreen(color)) + 0.0722 * part(qBlue(color));
     }
     /// The strongest contrast, as a ratio, between the ground in the middle of an empty field and what is painted on
-    /// it; and whether anything is painted right at the upper or lower inner edge.
+    /// it.
     double contrastIn(const char* pField) {
         const QImage image = widget<QWidget>(pField).grab().toImage();
         const int nEdge = image.height() / 8;

@@ -9,6 +9,7 @@
 #include "support/Files.h"
 
 #include <gtest/gtest.h>
+#include <xcb/xcb.h>
 
 #include <array>
 #include <atomic>
@@ -39,6 +40,26 @@ public:
     std::atomic<int> m_nTokens{0};
     std::atomic<int> m_nQueries{0};
 };
+
+/// The windows that are shown on the test's display.
+int windowsOnScreen() {
+    xcb_connection_t* const pDisplay = xcb_connect(nullptr, nullptr);
+    int nShown = 0;
+    if (xcb_connection_has_error(pDisplay) == 0) {
+        const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(pDisplay)).data->root;
+        auto* const pTree = xcb_query_tree_reply(pDisplay, xcb_query_tree(pDisplay, root), nullptr);
+        for (int n = 0; n < xcb_query_tree_children_length(pTree); ++n) {
+            const auto cookie = xcb_get_window_attributes(pDisplay, xcb_query_tree_children(pTree)[n]);
+            if (auto* const pWindow = xcb_get_window_attributes_reply(pDisplay, cookie, nullptr)) {
+                nShown += pWindow->map_state == XCB_MAP_STATE_VIEWABLE ? 1 : 0;
+                std::free(pWindow);
+            }
+        }
+        std::free(pTree);
+    }
+    xcb_disconnect(pDisplay);
+    return nShown;
+}
 
 class ProgramTest : public testing::Test {
 protected:
@@ -154,9 +175,9 @@ TEST_F(ProgramTest, EndsWhileTheMainThreadWaitsForAnAnswer) {
 // An end that waits for somebody to press OK, with a monitor thread behind the alert.
 TEST_F(ProgramTest, EndsWithAnAlertOpen) {
     writeCredentials("another-password");
+    const XServer display;
     ChildProcess& program = startTrusting();
-    ASSERT_TRUE(waitUntil([&] { return m_queries.m_nTokens == 1; }));
-    std::this_thread::sleep_for(std::chrono::milliseconds(500)); // the answer becomes an alert
+    ASSERT_TRUE(waitUntil([] { return windowsOnScreen() == 2; }));
     EXPECT_EQ(statusAfter(program, SIGTERM), 0);
 }
 

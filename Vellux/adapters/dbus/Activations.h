@@ -23,10 +23,12 @@ struct LaunchTokens {
 /// already been answered. Main thread.
 class Activations {
 public:
+    /// Who is told of each activation, those that came before included.
     void setActivated(std::function<void(const QString& strToken)> activated) {
         m_activated = std::move(activated);
         deliverSoon();
     }
+    /// Takes an activation in; "" for one without a token.
     void add(const QString& strToken) {
         m_pending.append(strToken);
         deliverSoon();

@@ -96,6 +96,8 @@ HidResult HidrawDevice::send(HidReportType type, std::uint8_t byReportID,
     report.insert(report.end(), payload.begin(), payload.end());
 
     ScopedLock lock(m_sending);
+    if (m_bHangs && m_handles->isHurrying())
+        return ETIMEDOUT;
     int nTaken = -1;
     errno = 0;
     switch (type) {
@@ -109,6 +111,7 @@ HidResult HidrawDevice::send(HidReportType type, std::uint8_t byReportID,
         errno = EINVAL; // a device sends these
         break;
     }
+    m_bHangs = nTaken < 0 && errno == ETIMEDOUT;
     if (nTaken < 0)
         return lastError();
     return static_cast<std::size_t>(nTaken) == report.size() ? 0 : EIO;

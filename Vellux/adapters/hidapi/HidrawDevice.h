@@ -5,6 +5,7 @@
 #include "adapters/hidapi/WakeUp.h"
 #include "support/Mutex.h"
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -33,10 +34,15 @@ public:
     /// Gives a handle back, for good. Any thread.
     void release(hid_device_* pHandle);
 
+    /// From now on nobody waits for a device that hangs: one that has let a send time out gets no other. Any thread.
+    void hurry() { m_bHurrying = true; }
+    bool isHurrying() const { return m_bHurrying; }
+
 private:
     Mutex m_mutex;
     std::shared_ptr<WakeUp> m_wake VELLUX_GUARDED_BY(m_mutex); // null while no watch runs
     std::vector<hid_device_*> m_released VELLUX_GUARDED_BY(m_mutex);
+    std::atomic<bool> m_bHurrying{false};
 };
 
 /// A device with the handle it was opened with, which stays valid for as long as the reference does.
@@ -59,7 +65,8 @@ private:
     const std::shared_ptr<HidrawHandles> m_handles;
     const HidResult m_nRefusal;
     Mutex m_sending;
-    hid_device_* const m_pHandle; // sends under m_sending
+    bool m_bHangs VELLUX_GUARDED_BY(m_sending) = false; // the last send timed out
+    hid_device_* const m_pHandle;                       // sends under m_sending
 };
 
 } // namespace vellux

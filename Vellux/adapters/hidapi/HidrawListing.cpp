@@ -11,6 +11,7 @@
 #include <fstream>
 #include <string>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace vellux {
 
@@ -52,6 +53,11 @@ std::optional<HidrawEntry> describe(udev* pUdev, const char* strPlace) {
                        static_cast<std::uint16_t>(nProductID), primaryUsageOf(strHidPlace)};
 }
 
+// By the socket through which udevd is told what to do.
+bool isUdevRunning() {
+    return ::access("/run/udev/control", F_OK) == 0;
+}
+
 } // namespace
 
 std::vector<HidrawEntry> listHidrawDevices() {
@@ -60,8 +66,12 @@ std::vector<HidrawEntry> listHidrawDevices() {
     if (context == nullptr)
         return devices;
     const UdevPtr<udev_enumerate> enumeration(udev_enumerate_new(context.get()));
-    if (enumeration == nullptr || udev_enumerate_add_match_subsystem(enumeration.get(), "hidraw") < 0 ||
-        udev_enumerate_scan_devices(enumeration.get()) < 0)
+    if (enumeration == nullptr || udev_enumerate_add_match_subsystem(enumeration.get(), "hidraw") < 0)
+        return devices;
+    // A node that udev has not finished with has not got its permissions yet; udev's word that it has will come.
+    if (isUdevRunning() && udev_enumerate_add_match_is_initialized(enumeration.get()) < 0)
+        return devices;
+    if (udev_enumerate_scan_devices(enumeration.get()) < 0)
         return devices;
     udev_list_entry* pEntry = nullptr;
     udev_list_entry_foreach(pEntry, udev_enumerate_get_list_entry(enumeration.get())) {

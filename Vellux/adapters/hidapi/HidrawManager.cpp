@@ -134,6 +134,10 @@ HidResult HidrawManager::deviceSetReport(const HidDeviceRef& device, HidReportTy
     return pDevice != nullptr ? pDevice->send(type, byReportID, payload) : ENODEV;
 }
 
+void HidrawManager::hurry() {
+    m_handles->hurry();
+}
+
 void HidrawManager::redeliver() {
     if (const std::shared_ptr<HidrawWatch> watch = m_watch.get())
         watch->redeliver();

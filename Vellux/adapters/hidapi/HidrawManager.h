@@ -52,6 +52,10 @@ public:
     HidResult deviceSetReport(const HidDeviceRef& device, HidReportType type, std::uint8_t byReportID,
                               std::span<const std::uint8_t> payload) override;
 
+    /// The program is about to end: a device that hangs, and so holds up whoever sends to it for five seconds each
+    /// time, gets no further report. Its sends answer ETIMEDOUT at once. Any thread; for good.
+    void hurry();
+
     /// Delivers a removal and an arrival for every device that is there: lights lose their state while the
     /// system sleeps. Does nothing while the manager is not open. Any thread; returns at once.
     void redeliver();

@@ -10,7 +10,7 @@ std::string deviceRemedy(std::uint16_t nVendorID, std::uint16_t nProductID) {
     std::snprintf(
         text.data(), text.size(),
         R"(echo 'SUBSYSTEM=="hidraw", ATTRS{idVendor}=="%04x", ATTRS{idProduct}=="%04x", TAG+="uaccess"')"
-        " | sudo tee -a /etc/udev/rules.d/70-vellux.rules && sudo udevadm control --reload"
+        " | sudo tee -a /etc/udev/rules.d/71-vellux-local.rules && sudo udevadm control --reload"
         " && sudo udevadm trigger --subsystem-match=hidraw",
         nVendorID, nProductID);
     return text.data();

@@ -54,8 +54,6 @@ void useActivationToken(QWidget& window, const QString& strToken) {
             return;
         window.show(); // a window manager activates nothing hidden
         activateOnX11(pX11->connection(), static_cast<xcb_window_t>(window.winId()), nTime);
-    } else if (QGuiApplication::platformName().startsWith(QStringLiteral("wayland"))) {
-        qputenv("XDG_ACTIVATION_TOKEN", strToken.toUtf8()); // where Qt takes it from, once
     }
 }
 

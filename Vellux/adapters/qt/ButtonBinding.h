@@ -13,6 +13,7 @@ public:
     /// What the user's press does, after the model has the new state.
     using Action = std::function<void(Button&)>;
 
+    /// Shows the model at once. The widget outlives the binding.
     ButtonBinding(MainThread& mainThread, QAbstractButton& widget, std::shared_ptr<Button> model,
                   Action action);
 

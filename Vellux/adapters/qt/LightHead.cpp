@@ -77,10 +77,11 @@ void LightHead::showLamp() {
 void LightHead::showLight() {
     const LightState light = m_around.controller.light().get();
     const bool bToRemedy = light.access == LightState::Access::NotPermitted && m_around.remedy;
-    const QString strRemedy = bToRemedy ? m_around.remedy(light.nVendorID, light.nProductID) : QString();
+    const QString strRemedy =
+        bToRemedy ? QString::fromStdString(m_around.remedy(light.nVendorID, light.nProductID)) : QString();
     m_form.labelLight->setText(lightLine(light));
     m_form.textFieldRemedy->setText(strRemedy);
-    m_form.textFieldRemedy->setToolTip(strRemedy.toHtmlEscaped());
+    m_form.textFieldRemedy->setToolTip(strRemedy);
     m_form.textFieldRemedy->setCursorPosition(0);
     m_form.panelRemedy->setVisible(!strRemedy.isEmpty());
 }

@@ -132,7 +132,10 @@ void MainWindow::View::connectActions() {
             [this] { askToClose(); });
     for (const QLineEdit* const pField :
          {m_form.textFieldLyncServerName, m_form.textFieldUsername, m_form.textFieldPassword})
-        connect(pField, &QLineEdit::returnPressed, m_form.buttonConnect, &QPushButton::click);
+        connect(pField, &QLineEdit::returnPressed, m_form.buttonConnect, [this] {
+            if (m_around.controller.buttonConnect()->title() == "Connect") // never by mistake the other one
+                m_form.buttonConnect->click();
+        });
 }
 
 void MainWindow::View::bind(QAbstractButton* pWidget, const std::shared_ptr<Button>& model,

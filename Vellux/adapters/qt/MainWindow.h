@@ -26,7 +26,7 @@ public:
         VelluxWindowUi& controller;
         VelluxHttp& client;
         /// A command for a terminal that lets this user open a light of the given vendor and product.
-        std::function<QString(std::uint16_t nVendorID, std::uint16_t nProductID)> remedy;
+        std::function<std::string(std::uint16_t nVendorID, std::uint16_t nProductID)> remedy;
     };
 
     /// Shows nothing yet. Needs no platform to be installed before the user does something.

@@ -3,6 +3,7 @@
 #include "adapters/dbus/ApplicationId.h"
 #include "adapters/qt/LampDrawing.h"
 #include "adapters/qt/MainWindow.h"
+#include "support/Shared.h"
 
 #include <QEventLoop>
 #include <QIcon>
@@ -11,6 +12,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <unistd.h>
+#include <utility>
 
 namespace vellux {
 
@@ -27,6 +29,18 @@ void onStartUpMessage(QtMsgType type, const QMessageLogContext&, const QString&)
         "check DISPLAY or WAYLAND_DISPLAY.\n",
         stderr);
     ::_exit(EXIT_FAILURE);
+}
+
+Shared<std::function<void()>> displayLost;
+
+// All that Qt says before it ends the process because the display is gone; under Wayland it does so by _exit().
+void onRunTimeMessage(QtMsgType type, const QMessageLogContext& context, const QString& strMessage) {
+    std::fprintf(stderr, "%s\n", qPrintable(qFormatLogMessage(type, context, strMessage)));
+    if (!strMessage.startsWith(QLatin1String("The X11 connection broke")) &&
+        !strMessage.startsWith(QLatin1String("The Wayland connection")))
+        return;
+    if (const auto lost = displayLost.get())
+        lost();
 }
 
 // Installs the handler before the base class is made.
@@ -55,9 +69,13 @@ void QtApplication::waitForFirstPaint(MainWindow& window) {
     loop.exec(QEventLoop::ExcludeUserInputEvents);
 }
 
-void QtApplication::run() {
-    if (!m_bQuitting)
-        exec();
+void QtApplication::onDisplayLost(std::function<void()> lost) {
+    displayLost.set(std::move(lost));
+    qInstallMessageHandler(onRunTimeMessage);
+}
+
+int QtApplication::run() {
+    return m_bQuitting ? EXIT_SUCCESS : exec();
 }
 
 void QtApplication::quitSoon() {

@@ -3,6 +3,8 @@
 
 #include <QApplication>
 
+#include <functional>
+
 namespace vellux {
 
 class MainWindow;
@@ -19,8 +21,14 @@ public:
     /// leaves the user's input for later.
     void waitForFirstPaint(MainWindow& window);
 
-    /// Runs the loop until quitSoon(); at once over when that has been called before.
-    void run();
+    /// `lost` is called when the display has gone away, by each thread that finds out: the main thread or one of Qt's,
+    /// also at the same time. A thread that returns from it ends the process, with status 1. An empty function takes it
+    /// back.
+    static void onDisplayLost(std::function<void()> lost);
+
+    /// Runs the loop until quitSoon(), or until the session ends; at once over when that has been called before. The
+    /// exit status.
+    int run();
     /// Ends run() and every loop inside it, such as an open alert's. Main thread; returns at once.
     void quitSoon();
 

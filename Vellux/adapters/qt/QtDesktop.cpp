@@ -37,6 +37,7 @@ QFont boldFont(QFont font) {
 void describe(QMessageBox& box, const Alert& alert) {
     const QString strTitle = QString::fromStdString(alert.strMessageText);
     box.setWindowModality(Qt::ApplicationModal);
+    box.setWindowFlag(Qt::WindowStaysOnTopHint); // never below an About window that it blocks
     box.setIcon(iconOf(alert.style));
     box.setWindowTitle(strTitle);
     box.setText(strTitle);

@@ -12,6 +12,7 @@ class PlaceholderLineEdit;
 /// A line of text. What the user changes is in the model at once, so that no refresh brings older text back.
 class TextFieldBinding : public ControlBinding {
 public:
+    /// Shows the model at once. The widget outlives the binding.
     TextFieldBinding(MainThread& mainThread, QLineEdit& widget, std::shared_ptr<TextField> model);
 
 private:

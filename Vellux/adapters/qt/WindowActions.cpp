@@ -1,5 +1,7 @@
 #include "adapters/qt/WindowActions.h"
 
+#include <QApplication>
+
 namespace vellux {
 
 namespace {
@@ -11,6 +13,16 @@ void bringToFront(QWidget& window) {
     window.show();
     window.raise();
     window.activateWindow();
+    alertToFront();
+}
+
+bool alertToFront() {
+    QWidget* const pAlert = QApplication::activeModalWidget();
+    if (pAlert == nullptr)
+        return false;
+    pAlert->raise();
+    pAlert->activateWindow();
+    return true;
 }
 
 void setWindowLevel(QWidget& window, WindowLevel level) {

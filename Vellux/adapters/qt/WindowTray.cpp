@@ -1,6 +1,7 @@
 #include "adapters/qt/WindowTray.h"
 
 #include "VelluxWindowUi/VelluxWindowUi.h"
+#include "adapters/qt/WindowActions.h"
 #include "platform/Desktop.h"
 
 namespace vellux {
@@ -9,22 +10,20 @@ WindowTray::WindowTray(Surroundings surroundings)
     : m_around(surroundings), m_tray({
                                   [surroundings] { surroundings.window.makeKeyAndOrderFront(); },
                                   [&controller = surroundings.controller] {
-                                      if (controller.buttonConnect()->isEnabled())
+                                      // A tray's menu works beside an open alert, under which nothing new begins.
+                                      if (!alertToFront() && controller.buttonConnect()->isEnabled())
                                           controller.onConnectButtonClicked(*controller.buttonConnect());
                                   },
                                   [&controller = surroundings.controller] { controller.onExit(nullptr); },
-                              }) {
+                              }),
+      m_refresher(m_around.mainThread, [this] { refresh(); }) {
     VelluxWindowUi& controller = m_around.controller;
     m_observations = {
-        controller.lamp().observe([this] { refreshSoon(); }),
-        controller.textFieldLyncStatus()->observe([this](Control::Change) { refreshSoon(); }),
-        controller.buttonConnect()->observe([this](Control::Change) { refreshSoon(); }),
+        controller.lamp().observe([this] { m_refresher.ask(); }),
+        controller.textFieldLyncStatus()->observe([this](Control::Change) { m_refresher.ask(); }),
+        controller.buttonConnect()->observe([this](Control::Change) { m_refresher.ask(); }),
     };
     refresh();
-}
-
-void WindowTray::refreshSoon() {
-    m_around.mainThread.post([this] { refresh(); });
 }
 
 void WindowTray::refresh() {

@@ -1,6 +1,7 @@
 // The tray's icon as another view of what the window shows.
 #pragma once
 
+#include "adapters/qt/Refresher.h"
 #include "adapters/qt/Tray.h"
 #include "platform/MainThread.h"
 #include "platform/ViewState.h"
@@ -31,10 +32,10 @@ public:
 
 private:
     void refresh();
-    void refreshSoon();
 
     const Surroundings m_around;
     Tray m_tray;
+    Refresher m_refresher;
     std::vector<Observation> m_observations;
 };
 
