@@ -1,0 +1,147 @@
+// Lights that come and go while the program is at work.
+
+#include "World.h"
+
+#include <random>
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr int kCycles = 25; // for each of the two tests, of which the first few warm up
+constexpr int kWarmUp = 5;
+constexpr long kGrowth = 2048; // KiB; a light left over each time takes more
+
+struct Word {
+    const char* strAvailability;
+    int nColour;
+};
+constexpr Word kWords[] = {{"Busy", kRed}, {"Away", kYellow}, {"DoNotDisturb", kPurple}, {"Online", kGreen}};
+
+class Hotplug : public KernelTest {
+protected:
+    int upTo(int nMost) { return std::uniform_int_distribution<int>(0, nMost)(m_random); }
+    void pause() { std::this_thread::sleep_for(upTo(200) * 1ms); }
+
+    /// What the program holds while no light is there.
+    void remember() {
+        ASSERT_TRUE(soon([this] { return m_program->lightHandles() == 0 && m_program->isAtRest(); }));
+        m_nThreads = m_program->threads();
+        m_nHandles = m_program->handles();
+        m_nSize = m_program->residentSize();
+    }
+    void expectNothingLeftOver() {
+        ASSERT_TRUE(soon([this] { return m_program->threads() <= m_nThreads; })) << m_program->threads();
+        ASSERT_TRUE(soon([this] { return m_program->handles() <= m_nHandles; })) << m_program->handles();
+    }
+
+    std::mt19937 m_random{20}; // the same gaps each time
+    std::size_t m_nThreads = 0, m_nHandles = 0;
+    long m_nSize = 0;
+};
+
+// A light that stays dark or shows an older colour after a plug; a handle or thread that each plug leaves.
+TEST_F(Hotplug, EachLightShowsTheLatestPresence) {
+    startFollowing();
+    for (int nCycle = 0; nCycle < kCycles; ++nCycle) {
+        SCOPED_TRACE(nCycle);
+        if (nCycle == kWarmUp)
+            remember();
+        const LightKind& kind = upTo(1) == 0 ? kFramedLight : kLevelsLight;
+        const Word& word = kWords[nCycle % 4];
+        const bool bBefore = upTo(1) == 0;
+        if (bBefore)
+            m_server->setPresence(word.strAvailability);
+        pause();
+        const UhidLight light(kind);
+        pause();
+        if (!bBefore)
+            m_server->setPresence(word.strAvailability);
+        if (upTo(3) == 0) // a bad contact
+            continue;
+        ASSERT_TRUE(comesToShow(light, reportOf(kind.family, word.nColour)));
+    }
+    expectNothingLeftOver();
+    EXPECT_LE(m_program->residentSize() - m_nSize, kGrowth);
+    endProgram();
+}
+
+// The same while a worker or the light itself flashes; with the sanitizer, all that is left over at the end.
+TEST_F(Hotplug, EachLightFlashes) {
+    startShowing(kRed, 3, sanitizedProgram().empty() ? program() : sanitizedProgram());
+    const Bytes off = reportOf(Family::Framed, kNone), red = reportOf(Family::Framed, kRed);
+    for (int nCycle = 0; nCycle < kCycles; ++nCycle) {
+        SCOPED_TRACE(nCycle);
+        if (nCycle == kWarmUp)
+            remember();
+        pause();
+        const LightKind& kind = upTo(1) == 0 ? kFramedLight : kLevelsLight;
+        const UhidLight light(kind);
+        if (upTo(3) == 0) {
+            pause();
+        } else if (kind.family == Family::Levels) {
+            ASSERT_TRUE(comesToShow(light, levelsReport(kColours[kRed], kFlashBit | kFast)));
+        } else {
+            const std::vector<Bytes> flashing = {off, red, off, red, off};
+            ASSERT_TRUE(soon([&] { return light.changes().size() >= flashing.size(); }));
+            std::vector<Bytes> told = light.changes();
+            told.resize(flashing.size());
+            EXPECT_EQ(told, flashing);
+        }
+    }
+    expectNothingLeftOver();
+    endProgram();
+}
+
+// A light that is met before udev has said who may open it, and is taken for one that nobody may: each report is
+// then refused fifty times, and the program stands still for seconds.
+TEST_F(Hotplug, ALightThatFollowsAnotherIsTakenUpAtOnce) {
+    startShowing(kRed);
+    auto light = std::make_unique<UhidLight>(kLevelsLight);
+    ASSERT_TRUE(comesToShow(*light, reportOf(Family::Levels, kRed)));
+    for (int nCycle = 0; nCycle < 3; ++nCycle) {
+        light.reset();
+        light = std::make_unique<UhidLight>(kLevelsLight);
+        ASSERT_TRUE(soon([] { return nodes() == 1; }));
+        expectPromptly(*light);
+        ASSERT_TRUE(comesToShow(*light, reportOf(Family::Levels, kRed)));
+    }
+    endProgram();
+}
+
+// A second light that is shown what the first was meant to show, or never gets its turn.
+TEST_F(Hotplug, ASecondLightHasItsTurnWithTheNextArrival) {
+    startFollowing();
+    auto first = std::make_unique<UhidLight>(kFramedLight);
+    ASSERT_TRUE(comesToShow(*first, reportOf(Family::Framed, kGreen)));
+    const UhidLight second(kLevelsLight);
+    ASSERT_TRUE(soon([&] { return second.wasOpened(); }));
+    ASSERT_TRUE(comesToShow(*first, reportOf(Family::Framed, kGreen)));
+    first.reset();
+    ASSERT_TRUE(soon([&] { return m_program->lightHandles() == 1; }));
+    m_server->setPresence("Busy");
+    waitInVain();
+    EXPECT_TRUE(second.attempts().empty()); // a removal stops all sending
+    const UhidLight third(kFramedLight);
+    ASSERT_TRUE(comesToShow(second, reportOf(Family::Levels, kRed)));
+    endProgram();
+    EXPECT_TRUE(third.attempts().empty());
+}
+
+// Colour lists of the light before: the shorter one's "None" where the longer one has "Orange".
+TEST_F(Hotplug, OrangeComesAndGoesWithTheLightsThatKnowIt) {
+    startShowing(kOrange);
+    const Bytes off = reportOf(Family::Plain, kNone);
+    for (int nCycle = 0; nCycle < 2; ++nCycle) {
+        {
+            const UhidLight plain(kPlainLight);
+            ASSERT_TRUE(comesToShow(plain, off));
+            EXPECT_EQ(plain.changes(), std::vector<Bytes>{off});
+        }
+        const UhidLight levels(kLevelsLight);
+        ASSERT_TRUE(comesToShow(levels, reportOf(Family::Levels, kOrange)));
+    }
+    endProgram();
+}
+
+} // namespace

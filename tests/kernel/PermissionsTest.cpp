@@ -1,0 +1,130 @@
+// Who may open a light. The guest has no logind; its place is taken by the one file of its that udevd's own
+// "uaccess" asks: who sits at the first seat. Tag, rule order and access list are udevd's work.
+
+#include "ScreenReader.h"
+#include "World.h"
+#include "adapters/linux/DeviceRemedy.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kNoRule = "";
+
+class Permissions : public KernelTest {
+protected:
+    Permissions() {
+        setRule(kNoRule);
+        EXPECT_EQ(root("mkdir -p /run/systemd/seats && U=$(id -u nobody) && "
+                       "printf 'ACTIVE=c1\\nACTIVE_UID=%s\\n' $U >/run/systemd/seats/seat0"),
+                  0);
+    }
+    ~Permissions() override { root("rm -rf /etc/udev/rules.d/7?-vellux*.rules /run/systemd/seats"); }
+
+    /// As the package does.
+    static std::string installRules() {
+        return std::string("cp ") + std::getenv("VELLUX_RULES") +
+               " /etc/udev/rules.d/70-vellux.rules && udevadm control --reload && "
+               "udevadm trigger --subsystem-match=hidraw";
+    }
+    /// As somebody does who copies it from the window.
+    static std::string applyRemedy(const std::string& strRemedy) {
+        return "sudo() { \"$@\"; }; " + strRemedy;
+    }
+    static std::string remedy() {
+        return vellux::deviceRemedy(kLevelsLight.nVendorID, kLevelsLight.nProductID);
+    }
+    /// The products, as in the node's HID_ID, that the person at the seat may open.
+    static std::vector<std::string> permitted() {
+        std::vector<std::string> products;
+        for (const auto& entry : fs::directory_iterator("/sys/class/hidraw")) {
+            const std::string strNode = "/dev/" + entry.path().filename().string();
+            if (root("setpriv --reuid=nobody --regid=nogroup --clear-groups sh -c 'exec 3<>" + strNode +
+                     "' 2>/dev/null") != 0)
+                continue;
+            std::ifstream file(entry.path() / "device/uevent");
+            for (std::string strLine; std::getline(file, strLine);)
+                if (strLine.starts_with("HID_ID="))
+                    products.push_back(strLine.substr(7));
+        }
+        std::sort(products.begin(), products.end());
+        return products;
+    }
+};
+
+// A light that works only after the program, or the person, has started again.
+TEST_F(Permissions, TheRunningProgramTakesTheLightOnceItMay) {
+    for (const std::string& strCure : {installRules(), applyRemedy(remedy())}) {
+        SCOPED_TRACE(strCure);
+        UsbLight light(kLevelsLight);
+        ASSERT_TRUE(soon([] { return nodes() == 1; }));
+        ASSERT_EQ(root("udevadm settle"), 0);
+        startFollowing();
+        m_server->setPresence("Busy");
+        waitInVain();
+        EXPECT_TRUE(light.attempts().empty());
+        ASSERT_EQ(root(strCure), 0);
+        expectPromptly(light);
+        ASSERT_TRUE(comesToShow(light, reportOf(Family::Levels, kRed)));
+        endProgram();
+        m_server->setPresence("Offline");
+        root("rm /etc/udev/rules.d/70-vellux.rules && udevadm control --reload");
+    }
+}
+
+// A window that leaves somebody alone with a light they may not open, nags about it, or doesn't notice the cure.
+TEST_F(Permissions, TheWindowSaysWhatHelps) {
+    constexpr const char* kCommand = "Command that lets you open the light";
+    const ScreenReader reader;
+    reader.addTo(m_environment);
+    UsbLight light(kLevelsLight);
+    ASSERT_TRUE(soon([] { return nodes() == 1; }));
+    ASSERT_EQ(root("udevadm settle"), 0);
+    startFollowing();
+    ASSERT_TRUE(soon([&] { return reader.says("Light found, but you may not open it."); }));
+    const std::optional<std::string> strCommand = reader.field(kCommand);
+    ASSERT_EQ(strCommand, remedy());
+    waitInVain();
+    EXPECT_EQ(reader.windows(), std::vector<std::string>{"Vellux"}); // no alert
+
+    ASSERT_EQ(root(applyRemedy(*strCommand)), 0);
+    ASSERT_TRUE(soon([&] { return reader.says("Light found (red, green and blue levels)."); }));
+    EXPECT_EQ(reader.field(kCommand), std::nullopt);
+    EXPECT_EQ(reader.windows(), std::vector<std::string>{"Vellux"});
+    endProgram();
+}
+
+// A rule that leaves a light out, or opens somebody's keyboard.
+TEST_F(Permissions, TheRulesOpenTheLightsAlone) {
+    ASSERT_EQ(root(installRules()), 0);
+    std::vector<std::string> expected;
+    std::vector<std::unique_ptr<UsbLight>> devices;
+    for (const LightKind& kind : kLightKinds) {
+        devices.push_back(std::make_unique<UsbLight>(kind));
+        char text[32];
+        std::snprintf(text, sizeof text, "0003:%08X:%08X", kind.nVendorID, kind.nProductID);
+        expected.emplace_back(text);
+    }
+    std::sort(expected.begin(), expected.end());
+    ASSERT_TRUE(soon([&] { return nodes() == devices.size(); }));
+    root("udevadm settle");
+    EXPECT_EQ(permitted(), expected);
+    devices.clear();
+    constexpr LightKind kOthers[] = {{0x1130, 0x0003, 3, Family::Framed},
+                                     {0x2C0D, 0x0001, 1, Family::Levels},
+                                     {0x0E53, 0x0003, 1, Family::Levels},
+                                     {0x046D, 0x2516, 1, Family::Levels}};
+    for (const LightKind& kind : kOthers)
+        devices.push_back(std::make_unique<UsbLight>(kind));
+    ASSERT_TRUE(soon([&] { return nodes() == devices.size(); }));
+    root("udevadm settle");
+    EXPECT_EQ(permitted(), std::vector<std::string>());
+}
+
+} // namespace

@@ -1,0 +1,112 @@
+// Lights that refuse reports, hang, or leave in the middle of one.
+
+#include "World.h"
+#include "adapters/hidapi/HidrawManager.h"
+#include "support/CallQueue.h"
+
+#include <cerrno>
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::size_t kAttempts = 50; // for each report
+constexpr auto kPauses = 49 * 10ms;
+
+class Pipes : public KernelTest, public testing::WithParamInterface<ReportPipe> {};
+INSTANTIATE_TEST_SUITE_P(Refusal, Pipes, testing::Values(ReportPipe::Control, ReportPipe::InterruptOut),
+                         [](const auto& pipe) {
+                             return pipe.param == ReportPipe::Control ? "Control" : "InterruptOut";
+                         });
+
+// A report that is given up too early, tried for ever or without a pause; a program that takes offence for good.
+TEST_P(Pipes, ARefusedReportIsTriedFiftyTimes) {
+    startFollowing();
+    UsbLight light(kFramedLight, GetParam());
+    ASSERT_TRUE(comesToShow(light, reportOf(Family::Framed, kGreen)));
+
+    light.answer(Answer::Refuse);
+    for (const auto& [strWord, nColour] : {std::pair("Busy", kRed), std::pair("Away", kYellow)}) {
+        light.forget();
+        m_server->setPresence(strWord);
+        ASSERT_TRUE(soon([&] { return light.attempts().size() >= kAttempts; }));
+        ASSERT_TRUE(comesToShow(light, reportOf(Family::Framed, nColour)));
+        const auto attempts = light.attempts();
+        EXPECT_EQ(attempts.size(), kAttempts);
+        EXPECT_EQ(light.changes(), std::vector<Bytes>{reportOf(Family::Framed, nColour)});
+        EXPECT_GE(attempts.back().time - attempts.front().time, kPauses);
+    }
+
+    light.answer(Answer::Accept);
+    light.forget();
+    m_server->setPresence("DoNotDisturb");
+    ASSERT_TRUE(comesToShow(light, reportOf(Family::Framed, kPurple)));
+    EXPECT_EQ(light.attempts().size(), 1U);
+    endProgram();
+}
+
+// A light that hangs and takes the program along, also at the end.
+TEST_P(Pipes, ALightThatHangsIsSurvived) {
+    startFollowing();
+    auto light = std::make_unique<UsbLight>(kFramedLight, GetParam());
+    ASSERT_TRUE(comesToShow(*light, reportOf(Family::Framed, kGreen)));
+    const auto hang = [&](const char* strWord) {
+        light->forget();
+        light->answer(Answer::Silence);
+        m_server->setPresence(strWord);
+        ASSERT_TRUE(soon([&] { return !light->attempts().empty(); }));
+    };
+    hang("Busy");
+    light->answer(Answer::Accept); // from the second attempt on
+    ASSERT_TRUE(comesToShow(*light, reportOf(Family::Framed, kRed)));
+    EXPECT_EQ(light->attempts().size(), 2U);
+
+    hang("Away");
+    m_program->askToEnd();
+    light.reset();
+    endProgram();
+}
+
+// Fifty attempts at each report, 5 s for each: a program that nobody gets to end.
+TEST_P(Pipes, ALightThatHangsForGoodDoesNotHoldTheEndUp) {
+    startFollowing();
+    UsbLight light(kFramedLight, GetParam());
+    ASSERT_TRUE(comesToShow(light, reportOf(Family::Framed, kGreen)));
+    light.forget();
+    light.answer(Answer::Silence);
+    m_server->setPresence("Busy");
+    ASSERT_TRUE(soon([&] { return !light.attempts().empty(); }));
+    endProgram(40s);
+}
+
+// A code that is lost on its way up, or a call that doesn't come back.
+TEST_P(Pipes, FailuresAreResultCodes) {
+    UsbLight first(kFramedLight, GetParam());
+    ASSERT_TRUE(soon([] { return nodes() == 1; }));
+    ASSERT_EQ(root("udevadm settle"), 0);
+    auto light = std::make_unique<UsbLight>(kLevelsLight, GetParam());
+    ASSERT_TRUE(soon([] { return nodes() == 2; }));
+    ASSERT_EQ(root("udevadm settle"), 0);
+    vellux::CallQueue mainThread;
+    vellux::HidrawManager manager(mainThread);
+    ASSERT_TRUE(manager.create());
+    manager.setDeviceMatchingMultiple({{{"VendorID", kLevelsLight.nVendorID}}});
+    ASSERT_EQ(manager.open(), 0U);
+    const auto devices = manager.copyDevices();
+    ASSERT_TRUE(devices && devices->size() == 1);
+    const auto send = [&] {
+        const Bytes report = levelsReport(kColours[kWhite]);
+        return manager.deviceSetReport(devices->front(), vellux::HidReportType::Output, 0, report);
+    };
+    EXPECT_EQ(send(), 0U);
+    EXPECT_EQ(light->shown(), levelsReport(kColours[kWhite]));
+    light->answer(Answer::Refuse);
+    EXPECT_EQ(send(), static_cast<unsigned>(EPIPE));
+    light->answer(Answer::Silence);
+    EXPECT_EQ(send(), static_cast<unsigned>(ETIMEDOUT));
+    light.reset();
+    EXPECT_EQ(send(), static_cast<unsigned>(ENODEV));
+    EXPECT_TRUE(first.attempts().empty());
+}
+
+} // namespace
