@@ -108,8 +108,10 @@ protected:
         vellux::writeFile(strBundle, m_authority->pem(), vellux::FileAccess::Default);
         const std::string strCommand =
             "mount --bind " + strBundle + " /etc/ssl/certs/ca-certificates.crt && exec " VELLUX_PROGRAM;
-        m_program = std::make_unique<ChildProcess>(
-            std::vector<std::string>{"unshare", "--map-root-user", "--mount", "sh", "-c", strCommand});
+        std::vector<std::string> command = {"unshare", "--mount", "sh", "-c", strCommand};
+        if (::geteuid() != 0) // then by a user namespace, which there are none of in a changed root
+            command.insert(command.begin() + 1, "--map-root-user");
+        m_program = std::make_unique<ChildProcess>(command);
         return *m_program;
     }
     bool isStarted() const { return content("configv31.bin") != "absent"; }
