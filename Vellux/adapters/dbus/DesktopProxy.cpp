@@ -15,7 +15,7 @@ namespace vellux {
 
 namespace {
 
-constexpr int kLongestAnswerMs = 1000;
+constexpr int kLongestLookUpMs = 1000;
 
 // Those that libcurl reads for http and https.
 constexpr std::array kVariables = {"http_proxy", "https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY"};
@@ -28,7 +28,7 @@ std::optional<std::string> askPortal(const QDBusConnection& bus, const std::stri
         QStringLiteral("org.freedesktop.portal.ProxyResolver"), QStringLiteral("Lookup"));
     call.setAutoStartService(false); // to start one may take longer than anybody waits for a request
     call << QString::fromStdString(strUrl);
-    const QDBusMessage answer = bus.call(call, QDBus::Block, kLongestAnswerMs);
+    const QDBusMessage answer = bus.call(call, QDBus::Block, kLongestLookUpMs);
     bHangs = QDBusError(answer).type() == QDBusError::NoReply;
     const QStringList proxies = answer.arguments().value(0).toStringList();
     if (answer.type() != QDBusMessage::ReplyMessage || proxies.isEmpty())
