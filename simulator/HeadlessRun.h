@@ -4,6 +4,8 @@
 #include "day/Script.h"
 #include "light/ReportDecoder.h"
 
+#include <string>
+
 namespace vellux::simulator {
 
 /// How the simulator ends.

@@ -1,7 +1,6 @@
 #include "adapters/qt/Activation.h"
 
 #include <QGuiApplication>
-#include <QtGlobal>
 
 #include <xcb/xcb.h>
 
@@ -44,17 +43,14 @@ void activateOnX11(xcb_connection_t* pConnection, xcb_window_t window, std::uint
 } // namespace
 
 void useActivationToken(QWidget& window, const QString& strToken) {
-    if (strToken.isEmpty())
+    const auto* const pX11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+    // A startup id ends in "_TIME" and the X server's time, in ms, of what the user did.
+    bool bNumber = false;
+    const std::uint32_t nTime = strToken.section(QStringLiteral("_TIME"), -1).toUInt(&bNumber);
+    if (pX11 == nullptr || !bNumber)
         return;
-    if (const auto* const pX11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>()) {
-        // A startup id ends in "_TIME" and the X server's time, in ms, of what the user did.
-        bool bNumber = false;
-        const std::uint32_t nTime = strToken.section(QStringLiteral("_TIME"), -1).toUInt(&bNumber);
-        if (!bNumber)
-            return;
-        window.show(); // a window manager activates nothing hidden
-        activateOnX11(pX11->connection(), static_cast<xcb_window_t>(window.winId()), nTime);
-    }
+    window.show(); // a window manager activates nothing hidden
+    activateOnX11(pX11->connection(), static_cast<xcb_window_t>(window.winId()), nTime);
 }
 
 } // namespace vellux
