@@ -20,6 +20,7 @@ test_packages=(
     desktop-file-utils appstream libxml2-utils
     dbus python3-dbusmock xvfb fonts-dejavu-core
 )
+kernel_test_packages=(qemu-system-x86 busybox-static cpio kmod udev systemd at-spi2-core)
 picture_packages=(xvfb xauth fonts-dejavu-core)
 
 as_root() {
@@ -34,19 +35,37 @@ as_root() {
 
 is_installed() { [ "$(dpkg-query -W -f '${db:Status-Status}' "$1" 2>/dev/null)" = installed ]; }
 
+# missing_of PACKAGE... : prints those that are not there yet.
+missing_of() {
+    local package
+    for package in "$@"; do
+        is_installed "$package" || printf '%s\n' "$package"
+    done
+}
+
+install_packages() {
+    say "Installing packages: $*"
+    as_root apt-get update -qq
+    as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "$@"
+}
+
 # install_missing PACKAGE... : installs those that are not there yet.
 install_missing() {
     command -v apt-get >/dev/null && command -v dpkg-query >/dev/null ||
         die "this system has no apt-get. Vellux is set up by script on Debian 12 only; elsewhere, install by" \
             "hand what corresponds to: $*"
-    local package missing=()
-    for package in "$@"; do
-        is_installed "$package" || missing+=("$package")
-    done
-    if [ "${#missing[@]}" -eq 0 ]; then
-        return
-    fi
-    say "Installing packages: ${missing[*]}"
-    as_root apt-get update -qq
-    as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}"
+    local packages
+    mapfile -t packages < <(missing_of "$@")
+    [ "${#packages[@]}" -eq 0 ] || install_packages "${packages[@]}"
 }
+
+# install_if_possible PACKAGE... : the same, but goes on without them, and says so.
+install_if_possible() {
+    local packages
+    mapfile -t packages < <(missing_of "$@")
+    [ "${#packages[@]}" -eq 0 ] || install_packages "${packages[@]}" ||
+        echo "$(basename "$0"): going on without ${packages[*]}" >&2
+}
+
+# know PACKAGE : sees to it that apt knows the package, for what fetches it without installing it.
+know() { apt-cache show "$1" >/dev/null 2>&1 || as_root apt-get update -qq; }

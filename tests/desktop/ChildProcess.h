@@ -29,11 +29,14 @@ inline bool waitUntil(const std::function<bool()>& condition,
     return false;
 }
 
-/// A program, killed with this object or with the test. What it writes, errors too, is read here.
+/// A program, killed with this object or with the test.
 class ChildProcess {
 public:
-    /// The program is looked for in the path.
-    explicit ChildProcess(std::vector<std::string> command) {
+    enum class Output { Read, Shared };
+
+    /// The program is looked for in the path. What it writes, errors too, is read here, or goes where this process's own
+    /// output goes.
+    explicit ChildProcess(std::vector<std::string> command, Output output = Output::Read) {
         int pipeEnds[2] = {-1, -1};
         if (::pipe2(pipeEnds, O_CLOEXEC) != 0)
             return;
@@ -44,8 +47,10 @@ public:
         m_nPid = ::fork();
         if (m_nPid == 0) {
             ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-            ::dup2(pipeEnds[1], STDOUT_FILENO);
-            ::dup2(pipeEnds[1], STDERR_FILENO);
+            if (output == Output::Read) {
+                ::dup2(pipeEnds[1], STDOUT_FILENO);
+                ::dup2(pipeEnds[1], STDERR_FILENO);
+            }
             ::execvp(arguments[0], arguments.data());
             ::_exit(127);
         }
@@ -59,6 +64,8 @@ public:
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
 
+    /// -1 once its end has been seen.
+    pid_t pid() const { return m_nPid; }
     void signal(int nSignal) const {
         if (m_nPid > 0)
             ::kill(m_nPid, nSignal);
@@ -72,6 +79,12 @@ public:
             return std::nullopt;
         m_nPid = -1;
         return WIFEXITED(nStatus) ? WEXITSTATUS(nStatus) : -1;
+    }
+    /// The same. Blocks until it ends, or the time is over.
+    std::optional<int> statusWithin(std::chrono::seconds limit) {
+        std::optional<int> nStatus;
+        waitUntil([&] { return (nStatus = tryWait()).has_value(); }, limit);
+        return nStatus;
     }
     /// The same. Blocks until it ends.
     int wait() {
@@ -91,10 +104,11 @@ private:
 /// free one at the same time take each other's sockets away.
 class XServer {
 public:
-    XServer()
+    enum class For { ThisUser, Everybody };
+    explicit XServer(For users = For::ThisUser)
         : m_strDisplay(":" + std::to_string(1000 + ::getpid() % 50000)),
           m_server({"Xvfb", "-displayfd", "1", m_strDisplay, "-screen", "0", "800x700x24", "-nolisten", "tcp",
-                    "-noreset"}) {
+                    "-noreset", users == For::Everybody ? "-ac" : "-noreset"}) {
         m_server.readLine(); // it is ready; the option stands before the number, or would overrule it
         qputenv("DISPLAY", QByteArray::fromStdString(m_strDisplay));
         qputenv("QT_QPA_PLATFORM", "xcb");

@@ -2,6 +2,8 @@
 
 #include "World.h"
 
+using namespace vellux::simulator;
+
 namespace {
 
 class EveryLight : public KernelTest, public testing::WithParamInterface<int> {};
@@ -22,43 +24,41 @@ std::vector<Bytes> steps(const Colour& from, const Colour& to) {
 }
 
 // What a light is told when it comes, repetitions aside.
-std::vector<Bytes> greeting(Family family, const Colour& before, int nColour) {
-    if (family == Family::Levels && nColour != kNone)
+std::vector<Bytes> greeting(LightModel model, const Colour& before, int nColour) {
+    if (model == LightModel::V30 && nColour != kNone)
         return steps(before, kColours[nColour]);
-    const Bytes off = family == Family::Levels ? levelsReport(before, kOffBit) : reportOf(family, kNone);
+    const Bytes off = model == LightModel::V30 ? levelsReport(before, kOffBit) : reportOf(model, kNone);
     if (nColour == kNone || nColour == kOrange) // the lights with codes know no orange
         return {off};
-    return {off, reportOf(family, nColour)};
+    return {off, reportOf(model, nColour)};
 }
 
-// A light that is not found, is taken for one of another family, is shown another colour, is sent a report of
+// A light that is not found, is taken for one of another model, is shown another colour, is sent a report of
 // another length or with a report ID, or is left on at the end.
 TEST_P(EveryLight, ShowsTheColourOnEachLight) {
     const int nColour = GetParam();
-    const bool bUsb = nColour == kWhite; // once all kinds, on USB, which takes its time; else one per family
+    const bool bUsb = nColour == kWhite; // once, since USB takes its time
     startShowing(nColour);
     Colour levels{}; // the lights with levels are told one memory's content
-    std::unique_ptr<Light> light;
-    Family family = Family::Levels;
+    std::unique_ptr<KernelLight> light;
+    LightModel model = LightModel::V30;
     for (const LightKind& kind : kLightKinds) {
-        if (!bUsb && kind != kLevelsLight && kind != kFramedLight && kind != kPlainLight)
-            continue;
         SCOPED_TRACE(testing::Message() << std::hex << kind.nVendorID << ":" << kind.nProductID);
         const auto pipe = kind.nProductID % 2 == 0 ? ReportPipe::Control : ReportPipe::InterruptOut;
-        family = kind.family;
+        model = kind.model;
         light.reset();
         if (bUsb)
             light = std::make_unique<UsbLight>(kind, pipe);
         else
             light = std::make_unique<UhidLight>(kind);
-        const std::vector<Bytes> expected = greeting(family, levels, nColour);
+        const std::vector<Bytes> expected = greeting(model, levels, nColour);
         ASSERT_TRUE(comesToShow(*light, expected.back()));
         EXPECT_EQ(light->changes(), expected);
-        if (family == Family::Levels && nColour != kNone)
+        if (model == LightModel::V30 && nColour != kNone)
             levels = kColours[nColour];
     }
     endProgram();
-    EXPECT_TRUE(isOff(family, light->shown()));
+    EXPECT_TRUE(isOff(model, light->shown()));
 }
 
 class OtherDevices : public KernelTest {};
@@ -66,20 +66,20 @@ class OtherDevices : public KernelTest {};
 // A report to a keyboard, or to a light that only looks like one of ours.
 TEST_F(OtherDevices, AreNeverOpened) {
     constexpr LightKind kOthers[] = {
-        {0x1130, 0x0003, 3, Family::Framed}, // a product nobody lists
-        {0x1130, 0x0001, 1, Family::Framed}, // other first usages
-        {0x1130, 0x1E00, 3, Family::Plain},     {0x2C0D, 0x0003, 3, Family::Levels},
-        {0x2C0D, 0x0001, 1, Family::Levels},    // of a known type, but never matched
-        {0x1130, 0x0001, 1, Family::Framed, 3}, // its second collection would do
-        {0x046D, 0xC31C, 6, Family::Levels},    // somebody's keyboard
+        {0x1130, 0x0003, 3, LightModel::Framed}, // a product nobody lists
+        {0x1130, 0x0001, 1, LightModel::Framed}, // other first usages
+        {0x1130, 0x1E00, 3, LightModel::Plain},     {0x2C0D, 0x0003, 3, LightModel::V30},
+        {0x2C0D, 0x0001, 1, LightModel::V30},       // of a known type, but never matched
+        {0x1130, 0x0001, 1, LightModel::Framed, 3}, // its second collection would do
+        {0x046D, 0xC31C, 6, LightModel::V30},       // somebody's keyboard
     };
     std::vector<std::unique_ptr<UhidLight>> others;
     for (const LightKind& kind : kOthers)
         others.push_back(std::make_unique<UhidLight>(kind));
-    ASSERT_TRUE(soon([&] { return nodes() == others.size(); }));
+    ASSERT_TRUE(waitUntil([&] { return nodes() == others.size(); }));
     startShowing(kRed);
-    UhidLight light({0x1130, 0x0001, 3, Family::Framed, 6});
-    ASSERT_TRUE(comesToShow(light, reportOf(Family::Framed, kRed)));
+    UhidLight light({0x1130, 0x0001, 3, LightModel::Framed, 6});
+    ASSERT_TRUE(comesToShow(light, reportOf(LightModel::Framed, kRed)));
     endProgram();
     for (const auto& other : others) {
         EXPECT_TRUE(other->attempts().empty());
@@ -99,28 +99,28 @@ TEST_P(FortyLights, OnlyTheFirstIsDriven) {
     std::vector<std::unique_ptr<UhidLight>> lights;
     const auto plugTwenty = [&lights] {
         for (int n = 0; n < 20; ++n)
-            lights.push_back(std::make_unique<UhidLight>(n % 2 == 0 ? kLevelsLight : kFramedLight));
+            lights.push_back(std::make_unique<UhidLight>(n % 2 == 0 ? kV30Light : kFramedLight));
     };
     plugTwenty();
-    ASSERT_TRUE(soon([] { return nodes() == 20; }));
+    ASSERT_TRUE(waitUntil([] { return nodes() == 20; }));
     ASSERT_EQ(root("udevadm settle"), 0);
     startFollowing(strProgram);
     const auto driven = [&lights] {
-        std::vector<const Light*> told;
+        std::vector<const KernelLight*> told;
         for (const auto& light : lights)
             if (!light->attempts().empty())
                 told.push_back(light.get());
         return told;
     };
-    ASSERT_TRUE(soon([&] { return !driven().empty(); }));
-    const Light& light = *driven().front();
+    ASSERT_TRUE(waitUntil([&] { return !driven().empty(); }));
+    const KernelLight& light = *driven().front();
     plugTwenty();
-    ASSERT_TRUE(soon([&] { return m_program->lightHandles() == 40; }));
+    ASSERT_TRUE(waitUntil([&] { return m_program->lightHandles() == 40; }));
     m_server->setPresence("Busy");
-    const Family family = light.shown().front() == 'U' ? Family::Framed : Family::Levels;
-    ASSERT_TRUE(comesToShow(light, reportOf(family, kRed)));
+    const LightModel model = light.shown().front() == 'U' ? LightModel::Framed : LightModel::V30;
+    ASSERT_TRUE(comesToShow(light, reportOf(model, kRed)));
     endProgram();
-    EXPECT_TRUE(isOff(family, light.shown()));
+    EXPECT_TRUE(isOff(model, light.shown()));
     EXPECT_EQ(driven().size(), 1U);
 }
 

@@ -4,6 +4,8 @@
 
 #include <random>
 
+using namespace vellux::simulator;
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -25,14 +27,14 @@ protected:
 
     /// What the program holds while no light is there.
     void remember() {
-        ASSERT_TRUE(soon([this] { return m_program->lightHandles() == 0 && m_program->isAtRest(); }));
+        ASSERT_TRUE(waitUntil([this] { return m_program->lightHandles() == 0 && m_program->isAtRest(); }));
         m_nThreads = m_program->threads();
         m_nHandles = m_program->handles();
         m_nSize = m_program->residentSize();
     }
     void expectNothingLeftOver() {
-        ASSERT_TRUE(soon([this] { return m_program->threads() <= m_nThreads; })) << m_program->threads();
-        ASSERT_TRUE(soon([this] { return m_program->handles() <= m_nHandles; })) << m_program->handles();
+        ASSERT_TRUE(waitUntil([this] { return m_program->threads() <= m_nThreads; })) << m_program->threads();
+        ASSERT_TRUE(waitUntil([this] { return m_program->handles() <= m_nHandles; })) << m_program->handles();
     }
 
     std::mt19937 m_random{20}; // the same gaps each time
@@ -47,7 +49,7 @@ TEST_F(Hotplug, EachLightShowsTheLatestPresence) {
         SCOPED_TRACE(nCycle);
         if (nCycle == kWarmUp)
             remember();
-        const LightKind& kind = upTo(1) == 0 ? kFramedLight : kLevelsLight;
+        const LightKind& kind = upTo(1) == 0 ? kFramedLight : kV30Light;
         const Word& word = kWords[nCycle % 4];
         const bool bBefore = upTo(1) == 0;
         if (bBefore)
@@ -59,7 +61,7 @@ TEST_F(Hotplug, EachLightShowsTheLatestPresence) {
             m_server->setPresence(word.strAvailability);
         if (upTo(3) == 0) // a bad contact
             continue;
-        ASSERT_TRUE(comesToShow(light, reportOf(kind.family, word.nColour)));
+        ASSERT_TRUE(comesToShow(light, reportOf(kind.model, word.nColour)));
     }
     expectNothingLeftOver();
     EXPECT_LE(m_program->residentSize() - m_nSize, kGrowth);
@@ -69,21 +71,21 @@ TEST_F(Hotplug, EachLightShowsTheLatestPresence) {
 // The same while a worker or the light itself flashes; with the sanitizer, all that is left over at the end.
 TEST_F(Hotplug, EachLightFlashes) {
     startShowing(kRed, 3, sanitizedProgram().empty() ? program() : sanitizedProgram());
-    const Bytes off = reportOf(Family::Framed, kNone), red = reportOf(Family::Framed, kRed);
+    const Bytes off = reportOf(LightModel::Framed, kNone), red = reportOf(LightModel::Framed, kRed);
     for (int nCycle = 0; nCycle < kCycles; ++nCycle) {
         SCOPED_TRACE(nCycle);
         if (nCycle == kWarmUp)
             remember();
         pause();
-        const LightKind& kind = upTo(1) == 0 ? kFramedLight : kLevelsLight;
+        const LightKind& kind = upTo(1) == 0 ? kFramedLight : kV30Light;
         const UhidLight light(kind);
         if (upTo(3) == 0) {
             pause();
-        } else if (kind.family == Family::Levels) {
+        } else if (kind.model == LightModel::V30) {
             ASSERT_TRUE(comesToShow(light, levelsReport(kColours[kRed], kFlashBit | kFast)));
         } else {
             const std::vector<Bytes> flashing = {off, red, off, red, off};
-            ASSERT_TRUE(soon([&] { return light.changes().size() >= flashing.size(); }));
+            ASSERT_TRUE(waitUntil([&] { return light.changes().size() >= flashing.size(); }));
             std::vector<Bytes> told = light.changes();
             told.resize(flashing.size());
             EXPECT_EQ(told, flashing);
@@ -97,14 +99,14 @@ TEST_F(Hotplug, EachLightFlashes) {
 // then refused fifty times, and the program stands still for seconds.
 TEST_F(Hotplug, ALightThatFollowsAnotherIsTakenUpAtOnce) {
     startShowing(kRed);
-    auto light = std::make_unique<UhidLight>(kLevelsLight);
-    ASSERT_TRUE(comesToShow(*light, reportOf(Family::Levels, kRed)));
+    auto light = std::make_unique<UhidLight>(kV30Light);
+    ASSERT_TRUE(comesToShow(*light, reportOf(LightModel::V30, kRed)));
     for (int nCycle = 0; nCycle < 3; ++nCycle) {
         light.reset();
-        light = std::make_unique<UhidLight>(kLevelsLight);
-        ASSERT_TRUE(soon([] { return nodes() == 1; }));
+        light = std::make_unique<UhidLight>(kV30Light);
+        ASSERT_TRUE(waitUntil([] { return nodes() == 1; }));
         expectPromptly(*light);
-        ASSERT_TRUE(comesToShow(*light, reportOf(Family::Levels, kRed)));
+        ASSERT_TRUE(comesToShow(*light, reportOf(LightModel::V30, kRed)));
     }
     endProgram();
 }
@@ -113,17 +115,17 @@ TEST_F(Hotplug, ALightThatFollowsAnotherIsTakenUpAtOnce) {
 TEST_F(Hotplug, ASecondLightHasItsTurnWithTheNextArrival) {
     startFollowing();
     auto first = std::make_unique<UhidLight>(kFramedLight);
-    ASSERT_TRUE(comesToShow(*first, reportOf(Family::Framed, kGreen)));
-    const UhidLight second(kLevelsLight);
-    ASSERT_TRUE(soon([&] { return second.wasOpened(); }));
-    ASSERT_TRUE(comesToShow(*first, reportOf(Family::Framed, kGreen)));
+    ASSERT_TRUE(comesToShow(*first, reportOf(LightModel::Framed, kGreen)));
+    const UhidLight second(kV30Light);
+    ASSERT_TRUE(waitUntil([&] { return second.wasOpened(); }));
+    ASSERT_TRUE(comesToShow(*first, reportOf(LightModel::Framed, kGreen)));
     first.reset();
-    ASSERT_TRUE(soon([&] { return m_program->lightHandles() == 1; }));
+    ASSERT_TRUE(waitUntil([&] { return m_program->lightHandles() == 1; }));
     m_server->setPresence("Busy");
     waitInVain();
     EXPECT_TRUE(second.attempts().empty()); // a removal stops all sending
     const UhidLight third(kFramedLight);
-    ASSERT_TRUE(comesToShow(second, reportOf(Family::Levels, kRed)));
+    ASSERT_TRUE(comesToShow(second, reportOf(LightModel::V30, kRed)));
     endProgram();
     EXPECT_TRUE(third.attempts().empty());
 }
@@ -131,15 +133,15 @@ TEST_F(Hotplug, ASecondLightHasItsTurnWithTheNextArrival) {
 // Colour lists of the light before: the shorter one's "None" where the longer one has "Orange".
 TEST_F(Hotplug, OrangeComesAndGoesWithTheLightsThatKnowIt) {
     startShowing(kOrange);
-    const Bytes off = reportOf(Family::Plain, kNone);
+    const Bytes off = reportOf(LightModel::Plain, kNone);
     for (int nCycle = 0; nCycle < 2; ++nCycle) {
         {
             const UhidLight plain(kPlainLight);
             ASSERT_TRUE(comesToShow(plain, off));
             EXPECT_EQ(plain.changes(), std::vector<Bytes>{off});
         }
-        const UhidLight levels(kLevelsLight);
-        ASSERT_TRUE(comesToShow(levels, reportOf(Family::Levels, kOrange)));
+        const UhidLight levels(kV30Light);
+        ASSERT_TRUE(comesToShow(levels, reportOf(LightModel::V30, kOrange)));
     }
     endProgram();
 }

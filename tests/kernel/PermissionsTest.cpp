@@ -11,6 +11,8 @@
 #include <filesystem>
 #include <fstream>
 
+using namespace vellux::simulator;
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -37,9 +39,7 @@ protected:
     static std::string applyRemedy(const std::string& strRemedy) {
         return "sudo() { \"$@\"; }; " + strRemedy;
     }
-    static std::string remedy() {
-        return vellux::deviceRemedy(kLevelsLight.nVendorID, kLevelsLight.nProductID);
-    }
+    static std::string remedy() { return vellux::deviceRemedy(kV30Light.nVendorID, kV30Light.nProductID); }
     /// The products, as in the node's HID_ID, that the person at the seat may open.
     static std::vector<std::string> permitted() {
         std::vector<std::string> products;
@@ -62,8 +62,8 @@ protected:
 TEST_F(Permissions, TheRunningProgramTakesTheLightOnceItMay) {
     for (const std::string& strCure : {installRules(), applyRemedy(remedy())}) {
         SCOPED_TRACE(strCure);
-        UsbLight light(kLevelsLight);
-        ASSERT_TRUE(soon([] { return nodes() == 1; }));
+        UsbLight light(kV30Light);
+        ASSERT_TRUE(waitUntil([] { return nodes() == 1; }));
         ASSERT_EQ(root("udevadm settle"), 0);
         startFollowing();
         m_server->setPresence("Busy");
@@ -71,7 +71,7 @@ TEST_F(Permissions, TheRunningProgramTakesTheLightOnceItMay) {
         EXPECT_TRUE(light.attempts().empty());
         ASSERT_EQ(root(strCure), 0);
         expectPromptly(light);
-        ASSERT_TRUE(comesToShow(light, reportOf(Family::Levels, kRed)));
+        ASSERT_TRUE(comesToShow(light, reportOf(LightModel::V30, kRed)));
         endProgram();
         m_server->setPresence("Offline");
         root("rm /etc/udev/rules.d/70-vellux.rules && udevadm control --reload");
@@ -82,19 +82,18 @@ TEST_F(Permissions, TheRunningProgramTakesTheLightOnceItMay) {
 TEST_F(Permissions, TheWindowSaysWhatHelps) {
     constexpr const char* kCommand = "Command that lets you open the light";
     const ScreenReader reader;
-    reader.addTo(m_environment);
-    UsbLight light(kLevelsLight);
-    ASSERT_TRUE(soon([] { return nodes() == 1; }));
+    UsbLight light(kV30Light);
+    ASSERT_TRUE(waitUntil([] { return nodes() == 1; }));
     ASSERT_EQ(root("udevadm settle"), 0);
     startFollowing();
-    ASSERT_TRUE(soon([&] { return reader.says("Light found, but you may not open it."); }));
+    ASSERT_TRUE(waitUntil([&] { return reader.says("Light found, but you may not open it."); }));
     const std::optional<std::string> strCommand = reader.field(kCommand);
     ASSERT_EQ(strCommand, remedy());
     waitInVain();
     EXPECT_EQ(reader.windows(), std::vector<std::string>{"Vellux"}); // no alert
 
     ASSERT_EQ(root(applyRemedy(*strCommand)), 0);
-    ASSERT_TRUE(soon([&] { return reader.says("Light found (red, green and blue levels)."); }));
+    ASSERT_TRUE(waitUntil([&] { return reader.says("Light found (red, green and blue levels)."); }));
     EXPECT_EQ(reader.field(kCommand), std::nullopt);
     EXPECT_EQ(reader.windows(), std::vector<std::string>{"Vellux"});
     endProgram();
@@ -112,17 +111,17 @@ TEST_F(Permissions, TheRulesOpenTheLightsAlone) {
         expected.emplace_back(text);
     }
     std::sort(expected.begin(), expected.end());
-    ASSERT_TRUE(soon([&] { return nodes() == devices.size(); }));
+    ASSERT_TRUE(waitUntil([&] { return nodes() == devices.size(); }));
     root("udevadm settle");
     EXPECT_EQ(permitted(), expected);
     devices.clear();
-    constexpr LightKind kOthers[] = {{0x1130, 0x0003, 3, Family::Framed},
-                                     {0x2C0D, 0x0001, 1, Family::Levels},
-                                     {0x0E53, 0x0003, 1, Family::Levels},
-                                     {0x046D, 0x2516, 1, Family::Levels}};
+    constexpr LightKind kOthers[] = {{0x1130, 0x0003, 3, LightModel::Framed},
+                                     {0x2C0D, 0x0001, 1, LightModel::V30},
+                                     {0x0E53, 0x0003, 1, LightModel::V30},
+                                     {0x046D, 0x2516, 1, LightModel::V30}};
     for (const LightKind& kind : kOthers)
         devices.push_back(std::make_unique<UsbLight>(kind));
-    ASSERT_TRUE(soon([&] { return nodes() == devices.size(); }));
+    ASSERT_TRUE(waitUntil([&] { return nodes() == devices.size(); }));
     root("udevadm settle");
     EXPECT_EQ(permitted(), std::vector<std::string>());
 }

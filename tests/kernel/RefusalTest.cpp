@@ -6,6 +6,8 @@
 
 #include <cerrno>
 
+using namespace vellux::simulator;
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -23,74 +25,40 @@ INSTANTIATE_TEST_SUITE_P(Refusal, Pipes, testing::Values(ReportPipe::Control, Re
 TEST_P(Pipes, ARefusedReportIsTriedFiftyTimes) {
     startFollowing();
     UsbLight light(kFramedLight, GetParam());
-    ASSERT_TRUE(comesToShow(light, reportOf(Family::Framed, kGreen)));
+    ASSERT_TRUE(comesToShow(light, reportOf(LightModel::Framed, kGreen)));
 
     light.answer(Answer::Refuse);
     for (const auto& [strWord, nColour] : {std::pair("Busy", kRed), std::pair("Away", kYellow)}) {
         light.forget();
         m_server->setPresence(strWord);
-        ASSERT_TRUE(soon([&] { return light.attempts().size() >= kAttempts; }));
-        ASSERT_TRUE(comesToShow(light, reportOf(Family::Framed, nColour)));
+        ASSERT_TRUE(waitUntil([&] { return light.attempts().size() >= kAttempts; }));
+        ASSERT_TRUE(comesToShow(light, reportOf(LightModel::Framed, nColour)));
         const auto attempts = light.attempts();
         EXPECT_EQ(attempts.size(), kAttempts);
-        EXPECT_EQ(light.changes(), std::vector<Bytes>{reportOf(Family::Framed, nColour)});
+        EXPECT_EQ(light.changes(), std::vector<Bytes>{reportOf(LightModel::Framed, nColour)});
         EXPECT_GE(attempts.back().time - attempts.front().time, kPauses);
     }
 
     light.answer(Answer::Accept);
     light.forget();
     m_server->setPresence("DoNotDisturb");
-    ASSERT_TRUE(comesToShow(light, reportOf(Family::Framed, kPurple)));
+    ASSERT_TRUE(comesToShow(light, reportOf(LightModel::Framed, kPurple)));
     EXPECT_EQ(light.attempts().size(), 1U);
     endProgram();
-}
-
-// A light that hangs and takes the program along, also at the end.
-TEST_P(Pipes, ALightThatHangsIsSurvived) {
-    startFollowing();
-    auto light = std::make_unique<UsbLight>(kFramedLight, GetParam());
-    ASSERT_TRUE(comesToShow(*light, reportOf(Family::Framed, kGreen)));
-    const auto hang = [&](const char* strWord) {
-        light->forget();
-        light->answer(Answer::Silence);
-        m_server->setPresence(strWord);
-        ASSERT_TRUE(soon([&] { return !light->attempts().empty(); }));
-    };
-    hang("Busy");
-    light->answer(Answer::Accept); // from the second attempt on
-    ASSERT_TRUE(comesToShow(*light, reportOf(Family::Framed, kRed)));
-    EXPECT_EQ(light->attempts().size(), 2U);
-
-    hang("Away");
-    m_program->askToEnd();
-    light.reset();
-    endProgram();
-}
-
-// Fifty attempts at each report, 5 s for each: a program that nobody gets to end.
-TEST_P(Pipes, ALightThatHangsForGoodDoesNotHoldTheEndUp) {
-    startFollowing();
-    UsbLight light(kFramedLight, GetParam());
-    ASSERT_TRUE(comesToShow(light, reportOf(Family::Framed, kGreen)));
-    light.forget();
-    light.answer(Answer::Silence);
-    m_server->setPresence("Busy");
-    ASSERT_TRUE(soon([&] { return !light.attempts().empty(); }));
-    endProgram(40s);
 }
 
 // A code that is lost on its way up, or a call that doesn't come back.
 TEST_P(Pipes, FailuresAreResultCodes) {
     UsbLight first(kFramedLight, GetParam());
-    ASSERT_TRUE(soon([] { return nodes() == 1; }));
+    ASSERT_TRUE(waitUntil([] { return nodes() == 1; }));
     ASSERT_EQ(root("udevadm settle"), 0);
-    auto light = std::make_unique<UsbLight>(kLevelsLight, GetParam());
-    ASSERT_TRUE(soon([] { return nodes() == 2; }));
+    auto light = std::make_unique<UsbLight>(kV30Light, GetParam());
+    ASSERT_TRUE(waitUntil([] { return nodes() == 2; }));
     ASSERT_EQ(root("udevadm settle"), 0);
     vellux::CallQueue mainThread;
     vellux::HidrawManager manager(mainThread);
     ASSERT_TRUE(manager.create());
-    manager.setDeviceMatchingMultiple({{{"VendorID", kLevelsLight.nVendorID}}});
+    manager.setDeviceMatchingMultiple({{{"VendorID", kV30Light.nVendorID}}});
     ASSERT_EQ(manager.open(), 0U);
     const auto devices = manager.copyDevices();
     ASSERT_TRUE(devices && devices->size() == 1);
@@ -107,6 +75,42 @@ TEST_P(Pipes, FailuresAreResultCodes) {
     light.reset();
     EXPECT_EQ(send(), static_cast<unsigned>(ENODEV));
     EXPECT_TRUE(first.attempts().empty());
+}
+
+class Hanging : public KernelTest {};
+
+// A light that hangs and takes the program along, also at the end.
+TEST_F(Hanging, ALightThatHangsIsSurvived) {
+    startFollowing();
+    auto light = std::make_unique<UsbLight>(kFramedLight, ReportPipe::Control);
+    ASSERT_TRUE(comesToShow(*light, reportOf(LightModel::Framed, kGreen)));
+    const auto hang = [&](const char* strWord) {
+        light->forget();
+        light->answer(Answer::Silence);
+        m_server->setPresence(strWord);
+        ASSERT_TRUE(waitUntil([&] { return !light->attempts().empty(); }));
+    };
+    hang("Busy");
+    light->answer(Answer::Accept); // from the second attempt on
+    ASSERT_TRUE(comesToShow(*light, reportOf(LightModel::Framed, kRed)));
+    EXPECT_EQ(light->attempts().size(), 2U);
+
+    hang("Away");
+    askProgramToEnd();
+    light.reset();
+    endProgram();
+}
+
+// Fifty attempts at each report, 5 s for each: a program that nobody gets to end.
+TEST_F(Hanging, ALightThatHangsForGoodDoesNotHoldTheEndUp) {
+    startFollowing();
+    UsbLight light(kFramedLight, ReportPipe::InterruptOut);
+    ASSERT_TRUE(comesToShow(light, reportOf(LightModel::Framed, kGreen)));
+    light.forget();
+    light.answer(Answer::Silence);
+    m_server->setPresence("Busy");
+    ASSERT_TRUE(waitUntil([&] { return !light.attempts().empty(); }));
+    endProgram();
 }
 
 } // namespace

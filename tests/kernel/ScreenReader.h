@@ -1,26 +1,22 @@
 // A desktop for the program, and on it somebody who reads its windows through the accessibility bus.
 #pragma once
 
-#include "World.h"
+#include "UserBus.h"
 
-#include <QDBusConnection>
 #include <QPair>
 
 #include <optional>
 #include <string>
 #include <vector>
 
-/// Starts a display, a session bus and the accessibility bus for the ordinary user; they end with this object.
-/// One at a time.
+/// Has a display, a session bus and the accessibility bus for the programs that are started from now on; they end with
+/// this object.
 class ScreenReader {
 public:
     ScreenReader();
     ~ScreenReader();
     ScreenReader(const ScreenReader&) = delete;
     ScreenReader& operator=(const ScreenReader&) = delete;
-
-    /// What a program needs to show itself here.
-    void addTo(Program::Environment& environment) const;
 
     /// The titles of all windows that are on the screen.
     std::vector<std::string> windows() const;
@@ -38,7 +34,7 @@ private:
     std::vector<Item> shownWindows() const;
     std::vector<Item> shownItems() const;
 
-    std::string m_strDisplay;
-    QDBusConnection m_session{"none"};
+    const XServer m_display{XServer::For::Everybody};
+    UserBus m_session;
     QDBusConnection m_accessibility{"none"};
 };

@@ -2,42 +2,26 @@
 // home of its own, and the rules that say who may open a light.
 #pragma once
 
-#include "Light.h"
+#include "Reports.h"
+#include "desktop/ChildProcess.h"
+#include "desktop/ProgramHome.h"
+#include "kernel/KernelLight.h"
 #include "server/PresenceServer.h"
 
 #include <gtest/gtest.h>
 
-#include <chrono>
-#include <functional>
-#include <map>
 #include <memory>
-#include <optional>
 #include <string>
-#include <sys/types.h>
 
-/// What the slow guest may take for anything.
-inline constexpr std::chrono::seconds kLongest(30);
-/// Waits for a state; false when it does not come in time.
-bool soon(const std::function<bool()>& condition, std::chrono::seconds limit = kLongest);
 /// Gives something that must not happen the time to happen.
 void waitInVain();
 /// Runs a shell command as root; its exit status.
 int root(const std::string& strCommand);
 
-/// A running program, ended with this object if it has not been before.
-class Program {
+/// The program as an ordinary user, and as the kernel sees it.
+class Program : public ChildProcess {
 public:
-    using Environment = std::map<std::string, std::string>;
-    Program(const std::string& strProgram, const Environment& environment);
-    ~Program();
-    Program(const Program&) = delete;
-    Program& operator=(const Program&) = delete;
-
-    bool isRunning();
-    /// With SIGTERM.
-    void askToEnd();
-    /// Asks it to end; its exit status, -1 after a signal, absent when it goes on.
-    std::optional<int> end(std::chrono::seconds limit = kLongest);
+    explicit Program(const std::string& strProgram);
 
     /// Whether its main thread waits for events: whatever came before has been done.
     bool isAtRest() const;
@@ -49,9 +33,7 @@ public:
     long residentSize() const;
 
 private:
-    pid_t m_nPid = -1;
-    bool m_bAsked = false;
-    std::optional<int> m_nStatus;
+    std::string place() const { return "/proc/" + std::to_string(pid()) + "/"; }
 };
 
 class KernelTest : public testing::Test {
@@ -63,14 +45,16 @@ protected:
     Program& startFollowing(const std::string& strProgram = program());
     /// Shows a colour; speed 0 is steady, 3 is fast. Returns when the program has come through its start.
     Program& startShowing(int nColour, int nSpeed = 0, const std::string& strProgram = program());
-    /// Ends it in order.
-    void endProgram(std::chrono::seconds limit = kLongest);
+    void askProgramToEnd();
+    /// Asks it, if that has not been done, and waits for its end in order.
+    void endProgram();
 
     /// The light has come to show this, and the program has nothing more to do.
-    testing::AssertionResult comesToShow(const Light& light, const Bytes& report) const;
+    testing::AssertionResult comesToShow(const vellux::simulator::KernelLight& light,
+                                         const Bytes& report) const;
 
     /// Its first report comes when udev is done with it, or soon after.
-    static void expectPromptly(const Light& light);
+    static void expectPromptly(const vellux::simulator::KernelLight& light);
 
     static std::string program();
     /// The one with the address sanitizer; "" when there is none.
@@ -80,12 +64,12 @@ protected:
     /// The nodes of hidraw devices there are now.
     static std::size_t nodes();
 
-    Program::Environment m_environment;
+    const ProgramHome m_home{"/run/vellux-home"};
     std::unique_ptr<vellux::simulator::PresenceServer> m_server;
     std::unique_ptr<Program> m_program;
 
 private:
     void start(const std::string& strProgram, const std::string& strWindowState);
 
-    std::string m_strHome;
+    bool m_bAsked = false;
 };

@@ -1,12 +1,10 @@
 // The program itself, as a process of its own: how it starts by itself, and every way to end it.
 
-#include "AES128Transform.h"
-#include "MF_Base64Additions.h"
 #include "adapters/dbus/ApplicationId.h"
 #include "desktop/ChildProcess.h"
+#include "desktop/ProgramHome.h"
 #include "fakes/Watchdog.h"
 #include "server/PresenceServer.h"
-#include "support/Files.h"
 
 #include <gtest/gtest.h>
 #include <xcb/xcb.h>
@@ -63,48 +61,13 @@ int windowsOnScreen() {
 
 class ProgramTest : public testing::Test {
 protected:
-    ProgramTest() {
-        ::setenv("HOME", home().c_str(), 1);
-        ::setenv("XDG_RUNTIME_DIR", directory().c_str(), 1);
-        ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
-        ::setenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nowhere", 1);
-        for (const char* strUnset :
-             {"XDG_DATA_HOME", "DBUS_SESSION_BUS_ADDRESS", "DISPLAY", "WAYLAND_DISPLAY"})
-            ::unsetenv(strUnset);
-        fs::create_directories(data());
-    }
-    ~ProgramTest() override {
-        m_program.reset();
-        fs::remove_all(m_strDirectory);
-    }
-
-    std::string directory() const { return m_strDirectory; }
-    std::string home() const { return m_strDirectory + "/home"; }
-    std::string data() const { return home() + "/.local/share/Vellux"; }
-    std::string content(const char* strFile) const {
-        return vellux::readTextFile(data() + "/" + strFile).value_or("absent");
-    }
-
-    /// As Connect would have left it.
-    void writeCredentials(const std::string& strPassword) const {
-        const std::string strText = m_server->host() + ";EXAMPLE\\robin;" + strPassword;
-        const auto encrypted = AES128EncryptedDataWithKey(
-            std::span(reinterpret_cast<const std::uint8_t*>(strText.data()), strText.size()),
-            "k4mpr8vtxw2nbq6z");
-        vellux::writeFile(data() + "/configv31.bin", base64String(*encrypted).value(),
-                          vellux::FileAccess::OwnerOnly);
-    }
-    void writeUiState(const std::string& strText) const {
-        vellux::writeFile(data() + "/uistate.txt", strText, vellux::FileAccess::Default);
-    }
-
     ChildProcess& start() {
         m_program = std::make_unique<ChildProcess>(std::vector<std::string>{VELLUX_PROGRAM});
         return *m_program;
     }
     /// Starts it where the system trusts the server's authority: with a bundle of our own in a mount namespace.
     ChildProcess& startTrusting() {
-        const std::string strBundle = m_strDirectory + "/authority.pem";
+        const std::string strBundle = m_home.directory() + "/authority.pem";
         vellux::writeFile(strBundle, m_authority->pem(), vellux::FileAccess::Default);
         const std::string strCommand =
             "mount --bind " + strBundle + " /etc/ssl/certs/ca-certificates.crt && exec " VELLUX_PROGRAM;
@@ -114,28 +77,26 @@ protected:
         m_program = std::make_unique<ChildProcess>(command);
         return *m_program;
     }
-    bool isStarted() const { return content("configv31.bin") != "absent"; }
+    bool isStarted() const { return m_home.content("configv31.bin") != "absent"; }
 
-    /// The exit status; 999 if it goes on for so long that a cancelled request can't be the reason.
-    static int statusAtEnd(ChildProcess& program) {
-        std::optional<int> nStatus;
-        waitUntil([&] { return (nStatus = program.tryWait()).has_value(); }, std::chrono::seconds(20));
-        return nStatus.value_or(999);
+    /// The exit status; absent if it goes on for so long that a cancelled request can't be the reason.
+    static std::optional<int> statusAtEnd(ChildProcess& program) {
+        return program.statusWithin(std::chrono::seconds(20));
     }
-    static int statusAfter(ChildProcess& program, int nSignal) {
+    static std::optional<int> statusAfter(ChildProcess& program, int nSignal) {
         program.signal(nSignal);
         return statusAtEnd(program);
     }
 
     const Watchdog m_watchdog{"program", std::chrono::seconds(110)};
-    std::string m_strDirectory = [] {
+    const ProgramHome m_home{[] {
         std::string strPattern = (fs::temp_directory_path() / "vellux-program-XXXXXX").string();
         return std::string(::mkdtemp(strPattern.data()));
-    }();
+    }()};
     QueryCount m_queries;
     const std::optional<CertificateAuthority> m_authority = CertificateAuthority::create();
     const std::unique_ptr<PresenceServer> m_server =
-        PresenceServer::start(*m_authority, {"EXAMPLE\\robin", "example-password"}, &m_queries);
+        PresenceServer::start(*m_authority, {kUserName, kPassword}, &m_queries);
     std::unique_ptr<ChildProcess> m_program;
 };
 
@@ -144,18 +105,18 @@ INSTANTIATE_TEST_SUITE_P(Program, EndingSignal, testing::Values(SIGTERM, SIGINT,
 
 // A sign-in at start that does not come, and a signal that kills instead of ending: settings lost, light left on.
 TEST_P(EndingSignal, EndsInOrderWhileFollowing) {
-    writeCredentials("example-password");
-    writeUiState("1;1;0;1;2;0;3;1");
+    m_home.writeSignIn(m_server->host());
+    m_home.writeWindowState("1;1;0;1;2;0;3;1");
     ChildProcess& program = startTrusting();
     ASSERT_TRUE(waitUntil([&] { return m_server->isPolling(); }));
-    fs::remove(data() + "/uistate.txt");
+    fs::remove(m_home.data() + "/uistate.txt");
     EXPECT_EQ(statusAfter(program, GetParam()), 0);
-    EXPECT_EQ(content("uistate.txt"), "1;1;0;1;2;0;3;1");
+    EXPECT_EQ(m_home.content("uistate.txt"), "1;1;0;1;2;0;3;1");
 }
 
 // An end that waits for a sign-in that hangs, on the monitor's thread.
 TEST_F(ProgramTest, EndsWhileConnecting) {
-    writeCredentials("example-password");
+    m_home.writeSignIn(m_server->host());
     m_server->interfere(Route::Token, {kHang, {}, CutOff::Never, 1});
     ChildProcess& program = startTrusting();
     ASSERT_TRUE(waitUntil([&] { return m_queries.m_nTokens == 1; }));
@@ -164,7 +125,7 @@ TEST_F(ProgramTest, EndsWhileConnecting) {
 
 // An end that waits until a query that hangs lets the main thread go.
 TEST_F(ProgramTest, EndsWhileTheMainThreadWaitsForAnAnswer) {
-    writeCredentials("example-password");
+    m_home.writeSignIn(m_server->host());
     ChildProcess& program = startTrusting();
     ASSERT_TRUE(waitUntil([&] { return m_server->isPolling() && m_queries.m_nQueries >= 2; }));
     m_server->interfere(Route::Presence, {kHang, {}, CutOff::Never, 9});
@@ -176,7 +137,7 @@ TEST_F(ProgramTest, EndsWhileTheMainThreadWaitsForAnAnswer) {
 
 // An end that waits for somebody to press OK, with a monitor thread behind the alert.
 TEST_F(ProgramTest, EndsWithAnAlertOpen) {
-    writeCredentials("another-password");
+    m_home.writeSignIn(m_server->host(), "another-password");
     const XServer display;
     ChildProcess& program = startTrusting();
     ASSERT_TRUE(waitUntil([] { return windowsOnScreen() == 2; }));
@@ -199,10 +160,10 @@ TEST_F(ProgramTest, EndsInOrderWhenTheDisplayGoesAway) {
     XServer display;
     ChildProcess& program = start();
     ASSERT_TRUE(waitUntil([&] { return isStarted(); }));
-    fs::remove(data() + "/uistate.txt");
+    fs::remove(m_home.data() + "/uistate.txt");
     display.kill();
     EXPECT_EQ(statusAtEnd(program), 1);
-    EXPECT_EQ(content("uistate.txt"), "1;0;0;0;0;1;0;2");
+    EXPECT_EQ(m_home.content("uistate.txt"), "1;0;0;0;0;1;0;2");
 }
 
 // A crash with a core dump where a sentence would do.
@@ -217,17 +178,16 @@ TEST_F(ProgramTest, SaysThatThereIsNoDisplay) {
 // Files from another age, or a home that can't be written to, that keep the program from running.
 TEST_F(ProgramTest, RunsOnWithBadFilesAndWithoutAHome) {
     for (const char* strState : {"99;99;99;99;99;99;99;99", "-99;;;;;;;;;;", ""}) {
-        writeUiState(strState);
-        fs::remove(data() + "/configv31.bin");
+        m_home.writeWindowState(strState);
+        fs::remove(m_home.data() + "/configv31.bin");
         ChildProcess& program = start();
         ASSERT_TRUE(waitUntil([&] { return isStarted(); })) << strState;
         EXPECT_EQ(statusAfter(program, SIGTERM), 0) << strState;
     }
     ::setenv("HOME", "/dev/null", 1);
-    ::setenv("XDG_RUNTIME_DIR", m_strDirectory.c_str(), 1);
     ChildProcess& program = start();
     ASSERT_TRUE(
-        waitUntil([&] { return fs::exists(m_strDirectory + "/" + vellux::kApplicationId + ".socket"); }));
+        waitUntil([&] { return fs::exists(m_home.directory() + "/" + vellux::kApplicationId + ".socket"); }));
     ChildProcess second({VELLUX_PROGRAM}); // is answered once the first has come through its start
     EXPECT_EQ(statusAtEnd(second), 0);
     EXPECT_EQ(statusAfter(program, SIGTERM), 0);

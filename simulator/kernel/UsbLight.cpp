@@ -1,6 +1,6 @@
 // The device's side of USB/IP: the kernel's documentation calls it usbip_protocol. All numbers are big-endian.
 
-#include "Light.h"
+#include "kernel/KernelLight.h"
 
 #include <arpa/inet.h>
 #include <cerrno>
@@ -13,6 +13,8 @@
 #include <string>
 #include <sys/socket.h>
 #include <unistd.h>
+
+namespace vellux::simulator {
 
 namespace {
 
@@ -61,7 +63,7 @@ struct UsbLight::Request {
 UsbLight::UsbLight(const LightKind& kind, ReportPipe pipe) : m_kind(kind), m_pipe(pipe) {
     int ends[2] = {-1, -1};
     if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0 || !(m_nPort = attach(ends[0]))) {
-        std::perror("kernel tests: vhci_hcd");
+        std::perror("simulator: vhci_hcd");
         std::abort();
     }
     ::close(ends[0]);
@@ -178,3 +180,5 @@ Bytes UsbLight::configuration() const {
     }
     return bytes;
 }
+
+} // namespace vellux::simulator

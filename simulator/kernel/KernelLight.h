@@ -1,7 +1,7 @@
 // Virtual lights of the real kernel. Each logs all that it is sent, with the time.
 #pragma once
 
-#include "LightKinds.h"
+#include "kernel/LightKind.h"
 
 #include <atomic>
 #include <chrono>
@@ -9,6 +9,8 @@
 #include <optional>
 #include <thread>
 #include <vector>
+
+namespace vellux::simulator {
 
 /// What a light does with a report. One without a USB parent accepts all of them.
 enum class Answer {
@@ -24,11 +26,11 @@ struct Attempt {
 };
 
 /// Plugged with its constructor, unplugged with its destructor. Any thread.
-class Light {
+class KernelLight {
 public:
-    virtual ~Light() = default;
-    Light(const Light&) = delete;
-    Light& operator=(const Light&) = delete;
+    virtual ~KernelLight() = default;
+    KernelLight(const KernelLight&) = delete;
+    KernelLight& operator=(const KernelLight&) = delete;
 
     std::vector<Attempt> attempts() const;
     /// The reports without immediate repetitions.
@@ -40,7 +42,7 @@ public:
     bool wasOpened() const { return m_bOpened; }
 
 protected:
-    Light() = default;
+    KernelLight() = default;
     void log(Bytes report);
     void markOpened() { m_bOpened = true; }
 
@@ -51,7 +53,7 @@ private:
 };
 
 /// Made through /dev/uhid: cheap, hundreds are possible, but without a USB parent.
-class UhidLight : public Light {
+class UhidLight : public KernelLight {
 public:
     explicit UhidLight(const LightKind& kind);
     ~UhidLight() override;
@@ -68,7 +70,7 @@ private:
 enum class ReportPipe { Control, InterruptOut };
 
 /// A full-speed USB device, served to the kernel's USB/IP host controller over a socket.
-class UsbLight : public Light {
+class UsbLight : public KernelLight {
 public:
     explicit UsbLight(const LightKind& kind, ReportPipe pipe = ReportPipe::Control);
     ~UsbLight() override;
@@ -94,3 +96,5 @@ private:
     int m_nSocket = -1;
     std::thread m_thread;
 };
+
+} // namespace vellux::simulator

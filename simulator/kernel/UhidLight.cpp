@@ -1,4 +1,4 @@
-#include "Light.h"
+#include "kernel/KernelLight.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -8,33 +8,7 @@
 #include <poll.h>
 #include <unistd.h>
 
-std::vector<Attempt> Light::attempts() const {
-    const std::lock_guard lock(m_mutex);
-    return m_attempts;
-}
-
-std::vector<Bytes> Light::changes() const {
-    std::vector<Bytes> changes;
-    for (const Attempt& attempt : attempts())
-        if (changes.empty() || changes.back() != attempt.report)
-            changes.push_back(attempt.report);
-    return changes;
-}
-
-Bytes Light::shown() const {
-    const std::lock_guard lock(m_mutex);
-    return m_attempts.empty() ? Bytes() : m_attempts.back().report;
-}
-
-void Light::forget() {
-    const std::lock_guard lock(m_mutex);
-    m_attempts.clear();
-}
-
-void Light::log(Bytes report) {
-    const std::lock_guard lock(m_mutex);
-    m_attempts.push_back({std::chrono::steady_clock::now(), std::move(report)});
-}
+namespace vellux::simulator {
 
 UhidLight::UhidLight(const LightKind& kind) : m_nUhid(::open("/dev/uhid", O_RDWR | O_CLOEXEC | O_NONBLOCK)) {
     uhid_event event{};
@@ -48,7 +22,7 @@ UhidLight::UhidLight(const LightKind& kind) : m_nUhid(::open("/dev/uhid", O_RDWR
     create.vendor = kind.nVendorID;
     create.product = kind.nProductID;
     if (::write(m_nUhid, &event, sizeof event) < 0) {
-        std::perror("kernel tests: /dev/uhid");
+        std::perror("simulator: /dev/uhid");
         std::abort();
     }
     m_thread = std::thread([this] { serve(); });
@@ -74,3 +48,5 @@ void UhidLight::serve() {
             log(Bytes(pData + 1, pData + event.u.output.size));
     }
 }
+
+} // namespace vellux::simulator
