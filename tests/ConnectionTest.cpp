@@ -209,27 +209,6 @@ TEST_F(ConnectionTest, manualModeWhileConnectingKeepsLightAndStatusLine) {
     EXPECT_EQ(journal.take({"status"}), Lines{});
 }
 
-// A return to sync mode that does not connect again, does so twice, or connects somebody who had disconnected.
-TEST_F(ConnectionTest, connectionIsTakenUpAgainOnceAfterManualMode) {
-    clock.letRun();
-    clickThrough();
-    const auto manual = [&] { ui().setManualMode(*ui().buttonSelectManualMode()); };
-    const auto sync = [&] { ui().setSyncMode(*ui().buttonSelectSyncMode()); };
-    manual();
-    EXPECT_EQ(journal.take({"cancel", "title", "status", "connect"}),
-              (Lines{"connect disabled", "cancel https://lync.example/ucwa/events?ack=1", "title Connect",
-                     "status "}));
-    sync();
-    runUntilConnectShows("Disconnect");
-    EXPECT_EQ(journal.take({"request"}).size(), 4U);
-    sync();
-    click();
-    manual();
-    sync();
-    endThreads(); // a monitor, if there were one, included
-    EXPECT_EQ(journal.lines({"request"}), Lines{});
-}
-
 // A button "Reconnect" that only disconnects, leaves the old poll open, or starts a second monitor.
 TEST_F(ConnectionTest, reconnectDisconnectsAndConnects) {
     clickThrough();

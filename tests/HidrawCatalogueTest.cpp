@@ -63,12 +63,6 @@ TEST(HidrawListing, PrimaryUsageIsThatOfTheFirstCollection) {
         EXPECT_EQ(primaryUsage(row.descriptor), row.nUsage) << row.strWhat;
 }
 
-TEST(HidrawListing, NothingMatchesWithoutEntriesOrByAnUnknownProperty) {
-    const Entries light = {{"a", "", 0x1130, 1, 3}};
-    EXPECT_TRUE(matchingDevices(light, {}).empty());
-    EXPECT_TRUE(matchingDevices(light, {{{"VendorID", 0x1130}, {"Transport", 0}}}).empty());
-}
-
 TEST(HidrawListing, PropertiesAreUnsignedAndOthersAbsent) {
     const HidrawEntry entry{"a", "", 0xFFFE, 0x8001, 0xA0FF};
     EXPECT_EQ(hidrawProperty(entry, "VendorID"), 0xFFFE);

@@ -14,10 +14,9 @@ protected:
     void setManualMode() { ui().setManualMode(*ui().buttonSelectManualMode()); }
     void setSyncMode() { ui().setSyncMode(*ui().buttonSelectSyncMode()); }
 
-    /// The user selects a position or sets the box, and this is what the light is told before the action ends.
-    void expectChoice(Choice choice, std::int64_t nPosition, const Lines& expected) {
+    /// The user selects a position or sets the box.
+    void choose(Choice choice, std::int64_t nPosition) {
         using Ui = VelluxWindowUi;
-        journal.clear();
         if (choice == ManualColour)
             userSelects(ui().manualModeColorList(), nPosition, &Ui::onManualModeColorListSelection);
         else if (choice == ManualSpeed)
@@ -31,6 +30,11 @@ protected:
             EXPECT_EQ(ui().syncModeColorList()->isEnabled(), nPosition == 1);
             EXPECT_EQ(ui().syncModeFlashSpeedList()->isEnabled(), nPosition == 1);
         }
+    }
+    /// The same, and this is what the light is told before the action ends.
+    void expectChoice(Choice choice, std::int64_t nPosition, const Lines& expected) {
+        journal.clear();
+        choose(choice, nPosition);
         EXPECT_EQ(journal.lines({"report"}), expected) << choice << " " << nPosition;
     }
     /// The same on a framed light, and a cycle of the worker that it starts: its period and all colours.
@@ -117,6 +121,10 @@ TEST_F(Modes, ReturningToSyncModeReconnectsOnce) {
     setSyncMode(); // was not connected
     scriptServer(R"({"availability":"Busy"})");
     connect();
+    ui().onConnectButtonClicked(*ui().buttonConnect()); // disconnects
+    setManualMode();
+    setSyncMode();
+    connect();
     setManualMode();
     setSyncMode();
     setSyncMode();
@@ -125,7 +133,7 @@ TEST_F(Modes, ReturningToSyncModeReconnectsOnce) {
     plugInV30();
     setSyncMode();
     vellux::WorkerThread::joinAll(); // for ever, if there is a monitor, since it waits for main
-    EXPECT_EQ(transport.polls().size(), 2U);
+    EXPECT_EQ(transport.polls().size(), 3U);
     EXPECT_EQ(ui().buttonConnect()->title(), "Connect");
 }
 
@@ -268,21 +276,17 @@ TEST_F(Modes, LampTellsFlashingAndStandsStill) {
     clock.letRun();
     setManualMode();
     EXPECT_EQ(ui().lamp().get(), redFlashing);
-    const auto choose = [this](Choice choice, std::int64_t nPosition) {
-        const auto list =
-            choice == ManualSpeed ? ui().manualModeFlashSpeedList() : ui().manualModeColorList();
-        userSelects(list, nPosition,
-                    choice == ManualSpeed ? &VelluxWindowUi::onManualModeFlashSpeedListSelection
-                                          : &VelluxWindowUi::onManualModeColorListSelection);
+    const auto lampAfter = [this](Choice choice, std::int64_t nPosition) {
+        choose(choice, nPosition);
         return ui().lamp().get();
     };
-    EXPECT_EQ(choose(ManualSpeed, 0), red);
+    EXPECT_EQ(lampAfter(ManualSpeed, 0), red);
     hid.onReport = [] { return vellux::HidResult{0xE00002ED}; };
-    EXPECT_EQ(choose(ManualSpeed, 1), red);
+    EXPECT_EQ(lampAfter(ManualSpeed, 1), red);
     hid.onReport = {};
-    EXPECT_EQ(choose(ManualSpeed, 1), redFlashing);
-    EXPECT_EQ(choose(ManualColour, 8), off);
-    EXPECT_EQ(choose(ManualColour, 0), redFlashing);
+    EXPECT_EQ(lampAfter(ManualSpeed, 1), redFlashing);
+    EXPECT_EQ(lampAfter(ManualColour, 8), off);
+    EXPECT_EQ(lampAfter(ManualColour, 0), redFlashing);
 }
 
 } // namespace
