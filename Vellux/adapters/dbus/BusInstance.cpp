@@ -123,8 +123,10 @@ bool activateOwner(const QDBusConnection& bus, const LaunchTokens& tokens, const
 std::optional<std::unique_ptr<SingleInstance>>
 claimBusName(const QDBusConnection& bus, const LaunchTokens& tokens, const QDeadlineTimer& deadline) {
     auto instance = std::make_unique<BusInstance>(bus);
-    for (;;) {
+    for (bool bOwned = false;; bOwned = true) {
         const std::optional<bool> bOurs = instance->requestName(deadline);
+        if (!bOurs && bOwned)
+            return nullptr; // no time was left for the bus; its timers may be early by a twentieth
         if (!bOurs)
             return std::nullopt;
         if (*bOurs)
