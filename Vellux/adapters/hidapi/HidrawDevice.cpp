@@ -14,6 +14,11 @@ namespace vellux {
 
 namespace {
 
+// The kernel waits 5 s for a device that doesn't answer. One that has let two sends in a row time out is left alone
+// for as long as one takes: whoever sends again and again is then held up no more than half of the time.
+constexpr int kPatience = 2;
+constexpr std::chrono::seconds kRest(5);
+
 /// errno of the call that just failed; EIO when it says nothing.
 HidResult lastError() {
     return static_cast<HidResult>(errno != 0 ? errno : EIO);
@@ -96,7 +101,7 @@ HidResult HidrawDevice::send(HidReportType type, std::uint8_t byReportID,
     report.insert(report.end(), payload.begin(), payload.end());
 
     ScopedLock lock(m_sending);
-    if (m_bHangs && m_handles->isHurrying())
+    if (isLeftAlone())
         return ETIMEDOUT;
     int nTaken = -1;
     errno = 0;
@@ -111,10 +116,18 @@ HidResult HidrawDevice::send(HidReportType type, std::uint8_t byReportID,
         errno = EINVAL; // a device sends these
         break;
     }
-    m_bHangs = nTaken < 0 && errno == ETIMEDOUT;
-    if (nTaken < 0)
-        return lastError();
-    return static_cast<std::size_t>(nTaken) == report.size() ? 0 : EIO;
+    const HidResult result = nTaken < 0                                          ? lastError()
+                             : static_cast<std::size_t>(nTaken) == report.size() ? 0U
+                                                                                 : EIO;
+    m_nTimeouts = result == ETIMEDOUT ? m_nTimeouts + 1 : 0;
+    m_lastTimeout = std::chrono::steady_clock::now();
+    return result;
+}
+
+bool HidrawDevice::isLeftAlone() const {
+    if (m_handles->isHurrying())
+        return m_nTimeouts > 0;
+    return m_nTimeouts >= kPatience && std::chrono::steady_clock::now() - m_lastTimeout < kRest;
 }
 
 } // namespace vellux

@@ -6,6 +6,7 @@
 #include "support/Mutex.h"
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -61,12 +62,15 @@ public:
     HidResult send(HidReportType type, std::uint8_t byReportID, std::span<const std::uint8_t> payload);
 
 private:
+    bool isLeftAlone() const VELLUX_REQUIRES(m_sending);
+
     const HidrawEntry m_entry;
     const std::shared_ptr<HidrawHandles> m_handles;
     const HidResult m_nRefusal;
     Mutex m_sending;
-    bool m_bHangs VELLUX_GUARDED_BY(m_sending) = false; // the last send timed out
-    hid_device_* const m_pHandle;                       // sends under m_sending
+    int m_nTimeouts VELLUX_GUARDED_BY(m_sending) = 0; // in a row, up to the last send
+    std::chrono::steady_clock::time_point m_lastTimeout VELLUX_GUARDED_BY(m_sending);
+    hid_device_* const m_pHandle; // sends under m_sending
 };
 
 } // namespace vellux

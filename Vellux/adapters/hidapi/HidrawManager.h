@@ -48,12 +48,13 @@ public:
     HidResult deviceOpenResult(const HidDeviceRef& device) override;
     bool isPermissionRefusal(HidResult result) override;
     /// errno of the failure; EACCES and the like for a device that may not be opened, ENODEV for one that is
-    /// gone or not of this manager, EIO when a part of the report was taken.
+    /// gone or not of this manager, EIO when a part of the report was taken. ETIMEDOUT for a device that hangs:
+    /// after 5 s, or at once for the 5 s that follow the second time in a row.
     HidResult deviceSetReport(const HidDeviceRef& device, HidReportType type, std::uint8_t byReportID,
                               std::span<const std::uint8_t> payload) override;
 
-    /// The program is about to end: a device that hangs, and so holds up whoever sends to it for five seconds each
-    /// time, gets no further report. Its sends answer ETIMEDOUT at once. Any thread; for good.
+    /// The program is about to end: a device whose last send timed out gets no further report. Its sends answer
+    /// ETIMEDOUT at once. Any thread; for good.
     void hurry();
 
     /// Delivers a removal and an arrival for every device that is there: lights lose their state while the
