@@ -45,8 +45,8 @@ missing_of() {
 
 install_packages() {
     say "Installing packages: $*"
-    as_root apt-get update -qq
-    as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "$@"
+    as_root apt-get update -qq &&
+        as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "$@"
 }
 
 # install_missing PACKAGE... : installs those that are not there yet.
@@ -63,9 +63,9 @@ install_missing() {
 install_if_possible() {
     local packages
     mapfile -t packages < <(missing_of "$@")
-    [ "${#packages[@]}" -eq 0 ] || install_packages "${packages[@]}" ||
+    [ "${#packages[@]}" -eq 0 ] || (install_packages "${packages[@]}") ||
         echo "$(basename "$0"): going on without ${packages[*]}" >&2
 }
 
 # know PACKAGE : sees to it that apt knows the package, for what fetches it without installing it.
-know() { apt-cache show "$1" >/dev/null 2>&1 || as_root apt-get update -qq; }
+know() (apt-cache show "$1" >/dev/null 2>&1 || as_root apt-get update -qq)
