@@ -18,6 +18,7 @@ protected:
 // report to a light of no known type.
 TEST_F(Display, EveryIndexOnEveryFamily) {
     const char* const kFramed[] = {"ef", "df", "cf", "af", "9f", "bf", "8f", "", "ff"};
+    const char* const kPlain[] = {"60", "d8", "40", "20", "17", "35", "07"};
     const char* const kV30[] = {"ff000000", "00009600", "ff003c00", "80800000", "00ffff00",
                                 "00960000", "ff327d00", "ff000f00", "ff000f01"}; // the last report
     const std::int32_t nowhere[] = {9, -1, std::numeric_limits<std::int32_t>::min()};
@@ -27,9 +28,18 @@ TEST_F(Display, EveryIndexOnEveryFamily) {
     for (const std::int32_t nColor : nowhere)
         EXPECT_EQ(show(nColor), Lines{}) << nColor;
     remove(light);
+    const auto plain = plugInPlain();
+    for (std::int32_t nColor = 0; nColor < 7; ++nColor)
+        EXPECT_EQ(show(nColor), Lines{"report " + std::string(kPlain[nColor]) + "..00"});
+    EXPECT_EQ(show(7), Lines{});
+    EXPECT_EQ(show(8), Lines(2, "report 73..00"));
+    remove(plain);
     plugInV30();
-    for (std::int32_t nColor = 0; nColor <= 8; ++nColor)
-        EXPECT_EQ(show(nColor).back(), v30(kV30[nColor]).front()) << nColor;
+    for (std::int32_t nColor = 0; nColor <= 8; ++nColor) {
+        const Lines told = show(nColor);
+        ASSERT_FALSE(told.empty()) << nColor;
+        EXPECT_EQ(told.back(), v30(kV30[nColor]).front()) << nColor;
+    }
     for (const std::int32_t nColor : nowhere)
         EXPECT_EQ(show(nColor), Lines{}) << nColor;
     for (const int nType : {0, 5, 8, 255}) {

@@ -181,6 +181,8 @@ TEST_F(Reports, ResultCodesWithoutALight) {
     EXPECT_EQ(journal.take(), Lines{});
     EXPECT_EQ(HIDSendVellux30ControlCode(1, 1, 2, 3, 4, 5, 6), kIOReturnSuccess);
     EXPECT_EQ(journal.take(), Lines{"report 010302040506ffff"});
+    EXPECT_EQ(TurnOnV30Light(1), kIOReturnSuccess); // which knows nothing of these bytes
+    EXPECT_EQ(journal.take(), Lines{"report 000000000000ffff"});
 }
 
 } // namespace

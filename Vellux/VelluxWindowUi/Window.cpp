@@ -112,8 +112,10 @@ void VelluxWindowUi::devicePlugged() {
     describeLight();
     if (nCount <= 0)
         return;
-    if (m_light.get().access != vellux::LightState::Access::Usable)
+    if (m_light.get().access != vellux::LightState::Access::Usable) {
+        const vellux::ScopedLock lock(displayLock);
         m_lamp.set({}); // it refuses what follows and stays as dark as it came
+    }
     VelluxTurnOffLight(0);
     displayVelluxColor(nCurrentVelluxColor);
     if (controls.buttonSelectSyncMode->state() == Button::kOn)

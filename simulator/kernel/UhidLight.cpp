@@ -44,8 +44,9 @@ void UhidLight::serve() {
             markOpened();
         // The kernel puts the report ID first, also a 0, which it keeps off a real cable.
         const std::uint8_t* const pData = event.u.output.data;
-        if (event.type == UHID_OUTPUT && event.u.output.size > 0)
-            log(Bytes(pData + 1, pData + event.u.output.size));
+        const std::size_t nSize = event.u.output.size;
+        if (event.type == UHID_OUTPUT && nSize > 0)
+            log(Bytes(pData + (pData[0] == 0 ? 1 : 0), pData + nSize));
     }
 }
 

@@ -22,6 +22,7 @@ enum : std::uint32_t { kSubmit = 1, kUnlink = 2, kSubmitted = 3, kUnlinked = 4 }
 enum : std::uint32_t { kOut = 0, kIn = 1 };
 enum : std::uint8_t { kGetStatus = 0x00, kGetDescriptor = 0x06, kSetReport = 0x09 };
 enum : std::uint8_t { kDeviceDescriptor = 1, kConfigurationDescriptor = 2, kReportDescriptor = 0x22 };
+enum : std::uint8_t { kOutputReport = 2 }; // with ID 0
 
 constexpr std::size_t kHeaderWords = 12;
 
@@ -110,7 +111,8 @@ void UsbLight::submit(const Request& request, const Bytes& data) {
         else
             takeReport(request, data);
     } else if (request.nDirection == kOut) {
-        if (request.setup[0] == 0x21 && byRequest == kSetReport)
+        if (request.setup[0] == 0x21 && byRequest == kSetReport && request.setup[2] == 0 &&
+            request.setup[3] == kOutputReport)
             takeReport(request, data);
         else
             reply(request, 0, data.size());

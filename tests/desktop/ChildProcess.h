@@ -104,11 +104,8 @@ private:
 /// free one at the same time take each other's sockets away.
 class XServer {
 public:
-    enum class For { ThisUser, Everybody };
-    explicit XServer(For users = For::ThisUser)
-        : m_strDisplay(":" + std::to_string(1000 + ::getpid() % 50000)),
-          m_server({"Xvfb", "-displayfd", "1", m_strDisplay, "-screen", "0", "800x700x24", "-nolisten", "tcp",
-                    "-noreset", users == For::Everybody ? "-ac" : "-noreset"}) {
+    explicit XServer(const std::vector<std::string>& options = {})
+        : m_strDisplay(":" + std::to_string(1000 + ::getpid() % 50000)), m_server(command(options)) {
         m_server.readLine(); // it is ready; the option stands before the number, or would overrule it
         qputenv("DISPLAY", QByteArray::fromStdString(m_strDisplay));
         qputenv("QT_QPA_PLATFORM", "xcb");
@@ -116,6 +113,13 @@ public:
     void kill() const { m_server.signal(SIGKILL); }
 
 private:
+    std::vector<std::string> command(const std::vector<std::string>& options) const {
+        std::vector<std::string> command = {"Xvfb", "-displayfd", "1",         m_strDisplay, "-screen",
+                                            "0",    "800x700x24", "-nolisten", "tcp",        "-noreset"};
+        command.insert(command.end(), options.begin(), options.end());
+        return command;
+    }
+
     const std::string m_strDisplay;
     ChildProcess m_server;
 };

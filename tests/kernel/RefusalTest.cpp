@@ -45,36 +45,7 @@ TEST_P(Pipes, ARefusedReportIsTriedFiftyTimes) {
     ASSERT_TRUE(comesToShow(light, reportOf(LightModel::Framed, kPurple)));
     EXPECT_EQ(light.attempts().size(), 1U);
     endProgram();
-}
-
-// A code that is lost on its way up, or a call that doesn't come back.
-TEST_P(Pipes, FailuresAreResultCodes) {
-    UsbLight first(kFramedLight, GetParam());
-    ASSERT_TRUE(waitUntil([] { return nodes() == 1; }));
-    ASSERT_EQ(root("udevadm settle"), 0);
-    auto light = std::make_unique<UsbLight>(kV30Light, GetParam());
-    ASSERT_TRUE(waitUntil([] { return nodes() == 2; }));
-    ASSERT_EQ(root("udevadm settle"), 0);
-    vellux::CallQueue mainThread;
-    vellux::HidrawManager manager(mainThread);
-    ASSERT_TRUE(manager.create());
-    manager.setDeviceMatchingMultiple({{{"VendorID", kV30Light.nVendorID}}});
-    ASSERT_EQ(manager.open(), 0U);
-    const auto devices = manager.copyDevices();
-    ASSERT_TRUE(devices && devices->size() == 1);
-    const auto send = [&] {
-        const Bytes report = levelsReport(kColours[kWhite]);
-        return manager.deviceSetReport(devices->front(), vellux::HidReportType::Output, 0, report);
-    };
-    EXPECT_EQ(send(), 0U);
-    EXPECT_EQ(light->shown(), levelsReport(kColours[kWhite]));
-    light->answer(Answer::Refuse);
-    EXPECT_EQ(send(), static_cast<unsigned>(EPIPE));
-    light->answer(Answer::Silence);
-    EXPECT_EQ(send(), static_cast<unsigned>(ETIMEDOUT));
-    light.reset();
-    EXPECT_EQ(send(), static_cast<unsigned>(ENODEV));
-    EXPECT_TRUE(first.attempts().empty());
+    EXPECT_TRUE(isOff(LightModel::Framed, light.shown()));
 }
 
 class Hanging : public KernelTest {};
@@ -111,6 +82,41 @@ TEST_F(Hanging, ALightThatHangsForGoodDoesNotHoldTheEndUp) {
     m_server->setPresence("Busy");
     ASSERT_TRUE(waitUntil([&] { return !light.attempts().empty(); }));
     endProgram();
+}
+
+// A code that is lost on its way up; a program that stands still for a light that hangs, or gives it up for good.
+TEST_F(Hanging, FailuresAreResultCodes) {
+    UsbLight first(kFramedLight);
+    ASSERT_TRUE(waitUntil([] { return nodes() == 1; }));
+    ASSERT_EQ(root("udevadm settle"), 0);
+    auto light = std::make_unique<UsbLight>(kV30Light, ReportPipe::InterruptOut);
+    ASSERT_TRUE(waitUntil([] { return nodes() == 2; }));
+    ASSERT_EQ(root("udevadm settle"), 0);
+    vellux::CallQueue mainThread;
+    vellux::HidrawManager manager(mainThread);
+    ASSERT_TRUE(manager.create());
+    manager.setDeviceMatchingMultiple({{{"VendorID", kV30Light.nVendorID}}});
+    ASSERT_EQ(manager.open(), 0U);
+    const auto devices = manager.copyDevices();
+    ASSERT_TRUE(devices && devices->size() == 1);
+    const auto send = [&] {
+        const Bytes report = levelsReport(kColours[kWhite]);
+        return manager.deviceSetReport(devices->front(), vellux::HidReportType::Output, 0, report);
+    };
+    EXPECT_EQ(send(), 0U);
+    EXPECT_EQ(light->shown(), levelsReport(kColours[kWhite]));
+    light->answer(Answer::Refuse);
+    EXPECT_EQ(send(), static_cast<unsigned>(EPIPE));
+    light->answer(Answer::Silence);
+    light->forget();
+    for (int nAttempt = 0; nAttempt < 10; ++nAttempt)
+        EXPECT_EQ(send(), static_cast<unsigned>(ETIMEDOUT));
+    EXPECT_EQ(light->attempts().size(), 2U); // then it is left alone for a while
+    light->answer(Answer::Accept);
+    ASSERT_TRUE(waitUntil([&] { return send() == 0; }));
+    light.reset();
+    EXPECT_EQ(send(), static_cast<unsigned>(ENODEV));
+    EXPECT_TRUE(first.attempts().empty());
 }
 
 } // namespace

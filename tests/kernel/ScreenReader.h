@@ -24,6 +24,8 @@ public:
     bool says(const std::string& strLine) const;
     /// What stands in the text field of this name; absent when there is none on the screen.
     std::optional<std::string> field(const std::string& strName) const;
+    /// The entries of the list of this name; empty when there is none on the screen.
+    std::vector<std::string> entries(const std::string& strName) const;
 
 private:
     using Reference = QPair<QString, QString>; // service and path
@@ -34,7 +36,7 @@ private:
     std::vector<Item> shownWindows() const;
     std::vector<Item> shownItems() const;
 
-    const XServer m_display{XServer::For::Everybody};
+    const XServer m_display{{"-ac"}}; // the programs are the ordinary user's
     UserBus m_session;
     QDBusConnection m_accessibility{"none"};
 };

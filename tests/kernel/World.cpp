@@ -115,16 +115,14 @@ void KernelTest::start(const std::string& strProgram, const std::string& strWind
     m_bAsked = false;
 }
 
-Program& KernelTest::startFollowing(const std::string& strProgram) {
+void KernelTest::startFollowing(const std::string& strProgram) {
     start(strProgram, "1;1;0;0;0;2;0;0");
     EXPECT_TRUE(waitUntil([this] { return m_server->isPolling(); }));
-    return *m_program;
 }
 
-Program& KernelTest::startShowing(int nColour, int nSpeed, const std::string& strProgram) {
+void KernelTest::startShowing(int nColour, int nSpeed, const std::string& strProgram) {
     start(strProgram, "0;0;0;0;0;1;" + std::to_string(nColour) + ";" + std::to_string(nSpeed));
     EXPECT_TRUE(waitUntil([this] { return m_program->threads() > 1; }));
-    return *m_program;
 }
 
 void KernelTest::askProgramToEnd() {

@@ -42,9 +42,9 @@ protected:
     ~KernelTest() override;
 
     /// Follows the presence, signed in by itself; returns when the poll is open. On a call it flashes red, fast.
-    Program& startFollowing(const std::string& strProgram = program());
-    /// Shows a colour; speed 0 is steady, 3 is fast. Returns when the program has come through its start.
-    Program& startShowing(int nColour, int nSpeed = 0, const std::string& strProgram = program());
+    void startFollowing(const std::string& strProgram = program());
+    /// Shows a colour; speed 0 is steady, 3 is fast. Returns when the program has begun to run.
+    void startShowing(int nColour, int nSpeed = 0, const std::string& strProgram = program());
     void askProgramToEnd();
     /// Asks it, if that has not been done, and waits for its end in order.
     void endProgram();

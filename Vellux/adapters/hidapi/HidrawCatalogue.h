@@ -18,8 +18,7 @@ namespace vellux {
 struct HidrawEntry {
     /// The device node. A later device may get the same one.
     std::string strPath;
-    /// Tells this device from any other that had or will have the same path; empty when the platform can't
-    /// tell, which then leaves the other fields.
+    /// Tells this device from any other that had or will have the same path.
     std::string strInstance;
     std::uint16_t nVendorID = 0;
     std::uint16_t nProductID = 0;
