@@ -10,7 +10,7 @@
 namespace vellux::simulator {
 
 /// The three families of lights, by the reports that they understand.
-enum class LightModel {
+enum class LightModel : std::uint8_t {
     Framed, ///< 8 bytes: a frame and a colour code
     Plain,  ///< 64 bytes: a colour code and zeros
     V30,    ///< 8 bytes: levels and control bits

@@ -194,8 +194,7 @@ void MainWindow::View::fit() {
     m_form.layoutFoot->setContentsMargins(0, nGap, 0, 0);
 }
 
-MainWindow::MainWindow(Surroundings surroundings)
-    : m_view(std::make_unique<View>(*this, std::move(surroundings))) {}
+MainWindow::MainWindow(const Surroundings& around) : m_view(std::make_unique<View>(*this, around)) {}
 
 MainWindow::~MainWindow() = default;
 

@@ -30,7 +30,7 @@ public:
     };
 
     /// Shows nothing yet. Needs no platform to be installed before the user does something.
-    explicit MainWindow(Surroundings surroundings);
+    explicit MainWindow(const Surroundings& around);
     /// After every worker thread has ended.
     ~MainWindow() override;
 
