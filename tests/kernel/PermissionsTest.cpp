@@ -17,12 +17,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kNoRule = "";
-
 class Permissions : public KernelTest {
 protected:
     Permissions() {
-        setRule(kNoRule);
+        setRule(""); // none
         EXPECT_EQ(root("mkdir -p /run/systemd/seats && U=$(id -u nobody) && "
                        "printf 'ACTIVE=c1\\nACTIVE_UID=%s\\n' $U >/run/systemd/seats/seat0"),
                   0);
