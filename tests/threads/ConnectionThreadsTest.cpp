@@ -1,12 +1,8 @@
 // A status monitor at work while main changes modes and ends the program. Each test ends by itself or loudly.
 #include "fakes/TestWorld.h"
+#include "fakes/Watchdog.h"
 
-#include <algorithm>
 #include <atomic>
-#include <condition_variable>
-#include <cstdlib>
-#include <iostream>
-#include <mutex>
 #include <random>
 #include <semaphore>
 #include <thread>
@@ -31,20 +27,7 @@ protected:
         endThreads();
         EXPECT_EQ(journal.lines({"report"}).back(), "report 55534243004002ff");
     }
-    /// Aborts the process when a test takes longer than a minute: main itself may be what hangs.
-    std::jthread budget{[this](const std::stop_token& stop) {
-        std::mutex mutex;
-        std::unique_lock lock(mutex);
-        std::condition_variable_any never;
-        if (never.wait_for(lock, stop, std::chrono::seconds(60), [] { return false; }) ||
-            stop.stop_requested())
-            return;
-        std::cerr << "HANG. The journal's end:\n";
-        Lines lines = journal.lines();
-        lines.erase(lines.begin(), lines.end() - std::min<std::ptrdiff_t>(40, std::ssize(lines)));
-        std::cerr << testing::PrintToString(lines) << std::endl;
-        std::abort();
-    }};
+    const Watchdog watchdog{"main, a monitor or a flashing worker"};
 };
 
 struct StressTest : ConnectionThreadsTest, testing::WithParamInterface<unsigned> {};

@@ -116,73 +116,8 @@ TEST_F(FlashWorkers, AReportTriedAgainCarriesWhatIsTrueByThen) {
     EXPECT_EQ(reports().back(), v30("ff000005")[0]);
 }
 
-// Main and the status monitor both stop and start the sync worker; one must never wait for a worker whose stop
-// request the other has withdrawn. Without the gate 8 runs in 8 hung.
-TEST_F(FlashWorkers, MainAndMonitorNeverHang) {
-    plugInFramed();
-    ui().setIndexOfManualModeFlashSpeedList(0);
-    clock.letRun();
-    startSyncWorker();
-    std::atomic<bool> bEnd = false;
-    std::thread monitor([&] {
-        while (!bEnd)
-            ui().updateVelluxStatusWithPresence("Busy");
-    });
-    for (int n = 0; n < 400; ++n) {
-        userSets(ui().buttonFlashOnCall(), n % 2 == 0);
-        userSelects(ui().syncModeColorList(), n % 7, &VelluxWindowUi::onSyncModeColorListSelection);
-        if (n % 4 == 0) {
-            ui().setManualMode(*ui().buttonSelectManualMode()); // ends the call, too
-            ui().setSyncMode(*ui().buttonSelectSyncMode());
-            startSyncWorker();
-        }
-        journal.clear();
-    }
-    bEnd = true;
-    monitor.join();
-    userSets(ui().buttonFlashOnCall(), false);
-    vellux::WorkerThread::joinAll(); // nobody flashes on
-    EXPECT_EQ(reports().back(), framed("ef")[0]);
-}
-
-// ---- Ending ----
-
-class Ending : public FlashWorkers, public testing::WithParamInterface<int> {};
-
-// A monitor at work that starts a worker behind the end's back, lights the light again, or keeps the end
-// waiting. Each parameter is a process that ends after so many updates; odd ones have a V30 light, whose control
-// byte (at 13) says off in its lowest bit. In half of them the monitor goes on after the call has been
-// forgotten, in the others nobody stops what it started last. (Workers still started
-// while ending: 29 of 60 processes with a framed light noticed.)
-TEST_P(Ending, InTheMiddleOfAMonitorsWork) {
-    const bool bV30 = GetParam() % 2 == 1, bGoesOn = GetParam() % 4 >= 2;
-    bV30 ? plugInV30() : plugInFramed();
-    clock.letRun();
-    startSyncWorker();
-    std::atomic<int> nUpdates = 0;
-    std::thread monitor([&] {
-        while (client().IsUserOnCall()) {
-            ui().updateVelluxStatusWithPresence("Busy");
-            ++nUpdates;
-        }
-        for (int n = 0; bGoesOn && n < 5; ++n)
-            ui().updateVelluxStatusWithPresence("Busy");
-    });
-    while (nUpdates < GetParam() / 2)
-        std::this_thread::yield();
-    delegate().applicationWillTerminate();
-    monitor.join();
-    vellux::WorkerThread::joinAll();
-    EXPECT_EQ(journal.count("hid close"), 1U);
-    const std::string strLast = reports().back();
-    EXPECT_TRUE(bV30 ? std::stoi(strLast.substr(13, 2), nullptr, 16) % 2 == 1 : strLast == framed("ff")[0])
-        << strLast;
-}
-
-INSTANTIATE_TEST_SUITE_P(AfterUpdates, Ending, testing::Range(0, 12));
-
 // Off shown before the manual worker has ended, or a worker that nobody ended.
-TEST_F(Ending, WhileFlashingByHand) {
+TEST_F(FlashWorkers, EndBeforeTheProgramDoes) {
     plugInFramed();
     clock.letRun();
     ui().setManualMode(*ui().buttonSelectManualMode());
