@@ -66,6 +66,3 @@ install_if_possible() {
     [ "${#packages[@]}" -eq 0 ] || (install_packages "${packages[@]}") ||
         echo "$(basename "$0"): going on without ${packages[*]}" >&2
 }
-
-# know PACKAGE : sees to it that apt knows the package, for what fetches it without installing it.
-know() (apt-cache show "$1" >/dev/null 2>&1 || as_root apt-get update -qq)

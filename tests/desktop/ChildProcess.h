@@ -34,8 +34,8 @@ class ChildProcess {
 public:
     enum class Output { Read, Shared };
 
-    /// The program is looked for in the path. What it writes, errors too, is read here, or goes where this process's own
-    /// output goes.
+    /// The program is looked for in the path. What it writes, errors too, is read here, or goes where this
+    /// process's own output goes.
     explicit ChildProcess(std::vector<std::string> command, Output output = Output::Read) {
         int pipeEnds[2] = {-1, -1};
         if (::pipe2(pipeEnds, O_CLOEXEC) != 0)

@@ -93,11 +93,10 @@ TEST_F(Hotplug, EachLightFlashes) {
         pause();
         const LightKind& kind = upTo(1) == 0 ? kFramedLight : kV30Light;
         const UhidLight light(kind);
-        if (upTo(3) == 0) {
+        if (upTo(3) == 0)
             pause();
-        } else {
+        else
             comesToFlash(light, kind.model);
-        }
     }
     expectNothingLeftOver();
     endProgram();
@@ -161,10 +160,10 @@ TEST_F(Hotplug, OrangeComesAndGoesWithTheLightsThatKnowIt) {
     const ScreenReader reader;
     startShowing(kOrange);
     const Bytes off = reportOf(LightModel::Plain, kNone);
-    const auto lists = [&](std::size_t nEntries, const char* strSeventh) {
+    const auto lists = [&](std::size_t nEntries, const char* strEighth) {
         for (const char* strName : {"Colour", "Colour while on a call"}) {
             const std::vector<std::string> entries = reader.entries(strName);
-            if (entries.size() != nEntries || entries[7] != strSeventh)
+            if (entries.size() != nEntries || entries[7] != strEighth)
                 return false;
         }
         return true;

@@ -14,8 +14,9 @@
 
 namespace vellux {
 
-/// Runs transfers. The network thread and all that is curl's come with the first of them. Operations may be called from any thread; the transfers' callbacks come on the network
-/// thread, which blocks on nothing but its own poll and sleeps while there is nothing to do.
+/// Runs transfers. The network thread and all that is curl's come with the first of them. Operations may be called
+/// from any thread; the transfers' callbacks come on the network thread, which blocks on nothing but its own poll and
+/// sleeps while there is nothing to do.
 class CurlNetwork {
 public:
     explicit CurlNetwork(CurlTransportOptions options);

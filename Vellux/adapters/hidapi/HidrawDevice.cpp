@@ -116,18 +116,20 @@ HidResult HidrawDevice::send(HidReportType type, std::uint8_t byReportID,
         errno = EINVAL; // a device sends these
         break;
     }
-    const HidResult result = nTaken < 0                                          ? lastError()
-                             : static_cast<std::size_t>(nTaken) == report.size() ? 0U
-                                                                                 : EIO;
+    HidResult result = 0;
+    if (nTaken < 0)
+        result = lastError();
+    else if (static_cast<std::size_t>(nTaken) != report.size())
+        result = EIO;
     m_nTimeouts = result == ETIMEDOUT ? m_nTimeouts + 1 : 0;
-    m_lastTimeout = std::chrono::steady_clock::now();
+    m_lastSend = std::chrono::steady_clock::now();
     return result;
 }
 
 bool HidrawDevice::isLeftAlone() const {
     if (m_handles->isHurrying())
         return m_nTimeouts > 0;
-    return m_nTimeouts >= kPatience && std::chrono::steady_clock::now() - m_lastTimeout < kRest;
+    return m_nTimeouts >= kPatience && std::chrono::steady_clock::now() - m_lastSend < kRest;
 }
 
 } // namespace vellux

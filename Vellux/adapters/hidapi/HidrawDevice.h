@@ -35,7 +35,7 @@ public:
     /// Gives a handle back, for good. Any thread.
     void release(hid_device_* pHandle);
 
-    /// From now on nobody waits for a device that hangs: one that has let a send time out gets no other. Any thread.
+    /// From now on a device whose last send timed out gets no other, so that nobody waits for it. Any thread.
     void hurry() { m_bHurrying = true; }
     bool isHurrying() const { return m_bHurrying; }
 
@@ -69,8 +69,8 @@ private:
     const HidResult m_nRefusal;
     Mutex m_sending;
     int m_nTimeouts VELLUX_GUARDED_BY(m_sending) = 0; // in a row, up to the last send
-    std::chrono::steady_clock::time_point m_lastTimeout VELLUX_GUARDED_BY(m_sending);
-    hid_device_* const m_pHandle; // sends under m_sending
+    std::chrono::steady_clock::time_point m_lastSend VELLUX_GUARDED_BY(m_sending); // when it came back
+    hid_device_* const m_pHandle;                                                  // sends under m_sending
 };
 
 } // namespace vellux
