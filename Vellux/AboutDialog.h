@@ -5,14 +5,14 @@
 
 #include <memory>
 
-/// Owns its window, which the platform loads from the description "AboutDialog". Main thread only.
+/// Owns its window, which the platform loads from the description "AboutDialog".
 class AboutDialog {
 public:
     /// Takes the window it controls; null when the platform has no such window.
-    void initWithWindow(std::unique_ptr<vellux::Window> window);
+    void initWithWindow(std::unique_ptr<vellux::Window> window) VELLUX_REQUIRES(vellux::mainThreadRole);
 
     /// The window it controls; null before initWithWindow.
-    vellux::Window* window() const { return m_window.get(); }
+    vellux::Window* window() const VELLUX_REQUIRES(vellux::mainThreadRole) { return m_window.get(); }
 
     /// Called by the platform when the window's contents are there.
     void windowDidLoad();
@@ -21,5 +21,5 @@ public:
     bool windowShouldClose(const void* sender);
 
 private:
-    std::unique_ptr<vellux::Window> m_window;
+    std::unique_ptr<vellux::Window> m_window VELLUX_GUARDED_BY(vellux::mainThreadRole);
 };

@@ -28,8 +28,8 @@ public:
     void applicationDidChangeOcclusionState();
 
     /// The main window, not owned; null until the toolkit has loaded it.
-    vellux::Window* window() const { return m_window; }
-    void setWindow(vellux::Window* window) { m_window = window; }
+    vellux::Window* window() const VELLUX_REQUIRES(vellux::mainThreadRole) { return m_window; }
+    void setWindow(vellux::Window* window) VELLUX_REQUIRES(vellux::mainThreadRole) { m_window = window; }
 
     /// What keeps the system from suspending the program; absent on a platform without that service.
     std::optional<vellux::ProcessActivity> activity() const { return m_activity.get(); }
@@ -40,7 +40,8 @@ private:
 
     VelluxAppDelegate() = default;
 
-    std::int32_t nNumberOfVelluxDevices = 0; // of start-up; the controller counts for itself afterwards
-    vellux::Window* m_window = nullptr;
+    // Of start-up; the controller counts for itself afterwards.
+    std::int32_t nNumberOfVelluxDevices VELLUX_GUARDED_BY(vellux::mainThreadRole) = 0;
+    vellux::Window* m_window VELLUX_GUARDED_BY(vellux::mainThreadRole) = nullptr;
     vellux::Shared<std::optional<vellux::ProcessActivity>> m_activity;
 };

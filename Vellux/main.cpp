@@ -64,11 +64,15 @@ int main(int nArguments, char** arguments) {
     vellux::QtApplication::onDisplayLost([&] { mainThread.runAndWait(endOnce); });
     // A main thread that waits for an answer, or for a light that hangs, is free again soon.
     const vellux::TerminationWatch terminationWatch([&] {
-        mainThread.post([&desktop] { desktop.terminate(); });
+        mainThread.post([&] {
+            vellux::assertMainThread();
+            desktop.terminate();
+        });
         transport.close();
         lights.hurry();
     });
 
+    vellux::assertMainThread();
     delegate.setWindow(&window);
     window.makeKeyAndOrderFront();
     application.waitForFirstPaint(window);

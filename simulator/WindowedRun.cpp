@@ -66,10 +66,14 @@ int showWindow(char* strProgram, const Options& options) {
     installPlatform({lights, transport, mainThread, clock, threads, desktop});
     const WindowWatch windowWatch(controller, console, changes);
     const TerminationWatch terminationWatch([&] {
-        mainThread.post([&desktop] { desktop.terminate(); });
+        mainThread.post([&] {
+            assertMainThread();
+            desktop.terminate();
+        });
         transport.close();
     });
 
+    assertMainThread();
     delegate.setWindow(&window);
     window.makeKeyAndOrderFront();
     application.waitForFirstPaint(window);

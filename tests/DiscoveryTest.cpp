@@ -64,6 +64,7 @@ TEST_F(Discovery, PropertiesAreSigned32BitIntegers) {
     };
     const auto device = FakeHidManager::light(-2, 0x1'0000'0005);
     const auto read = [](const vellux::HidDeviceRef& handle, const char* strKey, std::int64_t nValue) {
+        vellux::assertMainThread();
         IOHIDDevice_GetLongProperty(handle, strKey, nValue);
         return nValue;
     };

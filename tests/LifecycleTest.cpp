@@ -99,6 +99,7 @@ TEST_F(LifecycleTest, lightStaysOffOnceSwitchedOffForGood) {
 
 // A second start of the program that shows nothing.
 TEST_F(LifecycleTest, reopenBringsTheWindowToTheFront) {
+    vellux::assertMainThread();
     delegate().setWindow(&desktop.main);
     EXPECT_TRUE(delegate().applicationShouldHandleReopen(true));
     EXPECT_TRUE(delegate().applicationShouldHandleReopen(false));

@@ -60,7 +60,8 @@ std::vector<HidMatching> matchingEntries() {
 }
 
 // Leaves the entry of a light that no row knows as it was.
-void classify(const HidDeviceRef& device, std::atomic<std::uint8_t>& byType) {
+void classify(const HidDeviceRef& device, std::atomic<std::uint8_t>& byType)
+    VELLUX_REQUIRES(vellux::mainThreadRole) {
     std::int64_t nProductID = 0;
     std::int64_t nVendorID = 0;
     IOHIDDevice_GetLongProperty(device, "ProductID", nProductID);

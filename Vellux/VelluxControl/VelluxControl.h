@@ -50,8 +50,8 @@ constexpr std::size_t kDeviceTableSize = 32;
 /// Device type per device index: 0 none, 1 framed code, 2 plain code, 3, 4, 6 and 7 levels (V30). Written by
 /// discovery; lights listed beyond the table have no type. Survives removal and release.
 extern std::array<std::atomic<std::uint8_t>, kDeviceTableSize> asDeviceInfo;
-/// The platform's manager; null before the first discovery and after release. Main thread only.
-extern vellux::HidManager* gIOHIDManagerRef;
+/// The platform's manager; null before the first discovery and after release.
+extern vellux::HidManager* gIOHIDManagerRef VELLUX_GUARDED_BY(vellux::mainThreadRole);
 /// The lights of the last discovery; null when there is no list.
 extern vellux::Shared<std::shared_ptr<const vellux::HidDeviceList>> gDeviceCFArrayRef;
 extern std::atomic<std::int32_t> gnNumberOfVelluxDevices;
@@ -79,14 +79,15 @@ void VelluxReleaseDevices();
 /// untouched when the handle is null, or the property absent or not a number. A handle that is no HID device
 /// is a fault of ours and ends the program. Main thread.
 void IOHIDDevice_GetLongProperty(const vellux::HidDeviceRef& pIOHIDDeviceRef, std::string_view strKey,
-                                 std::int64_t& nValue);
+                                 std::int64_t& nValue) VELLUX_REQUIRES(vellux::mainThreadRole);
 
 /// Appends one device of the manager's set to the ordered list.
 void CFSetApplierFunctionCopyToCFArray(const vellux::HidDeviceRef& value, vellux::HidDeviceList& list);
 
 /// The manager's arrival and removal notices. Main thread.
-void Handle_DeviceMatchingCallback(const vellux::HidDeviceRef& device);
-void Handle_DeviceRemovalCallback(const vellux::HidDeviceRef& device);
+void Handle_DeviceMatchingCallback(const vellux::HidDeviceRef& device)
+    VELLUX_REQUIRES(vellux::mainThreadRole);
+void Handle_DeviceRemovalCallback(const vellux::HidDeviceRef& device) VELLUX_REQUIRES(vellux::mainThreadRole);
 
 // ---- Reports ----
 // Each send is tried 50 times, with a pause of 10 ms after each attempt but the 50th; so it blocks for 10 ms

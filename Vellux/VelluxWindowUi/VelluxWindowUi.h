@@ -10,11 +10,13 @@
 //   Settings.cpp         the two files: uistate.txt and configv31.bin
 //
 // Operations run on the main thread unless their comment says otherwise. Nobody above the driver looks at its
-// result codes. Fields that several threads touch are atomic or Shared; plain ones belong to the main thread.
+// result codes. Fields that several threads touch are atomic or Shared; plain ones are guarded by the
+// main thread's role.
 #pragma once
 
 #include "platform/Controls.h"
 #include "platform/Desktop.h"
+#include "platform/MainThread.h"
 #include "platform/ViewState.h"
 #include "support/Mutex.h"
 #include "support/Observable.h"
@@ -206,10 +208,10 @@ private:
     VelluxWindowUi();
 
     // Window.cpp
-    void describeLight();
+    void describeLight() VELLUX_REQUIRES(vellux::mainThreadRole);
 
     // Display.cpp
-    void fillColorLists();
+    void fillColorLists() VELLUX_REQUIRES(vellux::mainThreadRole);
     std::int32_t sendVelluxColor(std::int32_t nColor);
     void showOnLamp(std::int32_t nColor, std::int32_t nResult) VELLUX_REQUIRES(displayLock);
     // What can make the light flash: itself, or one of the workers.
@@ -226,19 +228,19 @@ private:
     void clampToItems(std::atomic<std::int64_t>& nIndex, const ComboBox& list) const;
     bool isToFlashOnCall() const;
 
-    void startManualFlashing();
+    void startManualFlashing() VELLUX_REQUIRES(vellux::mainThreadRole);
     void restartSyncFlashing();
     void stopSyncFlashing();
 
     // Settings.cpp
-    void findOrCreateDirectory();
-    void restoreUiState();
-    void restoreSettings();
+    void findOrCreateDirectory() VELLUX_REQUIRES(vellux::mainThreadRole);
+    void restoreUiState() VELLUX_REQUIRES(vellux::mainThreadRole);
+    void restoreSettings() VELLUX_REQUIRES(vellux::mainThreadRole);
     void writeSettings(const std::string& strServer, const std::string& strUser,
-                       const std::string& strSecret) const;
-    bool readSettings();
+                       const std::string& strSecret) const VELLUX_REQUIRES(vellux::mainThreadRole);
+    bool readSettings() VELLUX_REQUIRES(vellux::mainThreadRole);
 
-    std::unique_ptr<AboutDialog> aboutDialog;
+    std::unique_ptr<AboutDialog> aboutDialog VELLUX_GUARDED_BY(vellux::mainThreadRole);
     std::atomic<std::int64_t> indexOfSyncModeColorList{0};
     std::atomic<std::int64_t> indexOfSyncModeFlashSpeedList{0};
     vellux::Shared<vellux::WorkerThreadRef> threadForSyncFlash;
@@ -246,24 +248,28 @@ private:
     std::atomic<bool> bQuitSyncFlashing{false};
     std::atomic<std::int64_t> indexOfManualModeColorList{0};
     std::atomic<std::int64_t> indexOfManualModeFlashSpeedList{0};
-    vellux::WorkerThreadRef threadForManualFlash;
+    vellux::WorkerThreadRef threadForManualFlash VELLUX_GUARDED_BY(vellux::mainThreadRole);
     std::atomic<float> flManualFlashTimeInterval{0}; // seconds
     std::atomic<bool> bQuitManualFlashing{false};
-    vellux::WorkerThreadRef threadForLyncStatusMonitor; // the one started last
+    // The one started last.
+    vellux::WorkerThreadRef threadForLyncStatusMonitor VELLUX_GUARDED_BY(vellux::mainThreadRole);
     std::atomic<std::int32_t> nCurrentVelluxColor{8};
-    std::string strVelluxDirectory;
-    std::string strConfigFile;
-    std::string strUiStateFile;
+    std::string strVelluxDirectory VELLUX_GUARDED_BY(vellux::mainThreadRole);
+    std::string strConfigFile VELLUX_GUARDED_BY(vellux::mainThreadRole);
+    std::string strUiStateFile VELLUX_GUARDED_BY(vellux::mainThreadRole);
     vellux::Shared<std::string> strFQDN;
     vellux::Shared<std::string> strUserName;
     vellux::Shared<std::string> strPassword;
     vellux::Shared<std::optional<std::string>> lyncStatus; // last lower-case token
-    bool bToConnect = false;                               // manual mode was entered while connected
-    bool bConnectButtonClicked = false;                    // reserved; nothing reads or writes it
+    // Manual mode was entered while connected.
+    bool bToConnect VELLUX_GUARDED_BY(vellux::mainThreadRole) = false;
+    // Reserved; nothing reads or writes it.
+    bool bConnectButtonClicked VELLUX_GUARDED_BY(vellux::mainThreadRole) = false;
     std::atomic<std::int32_t> nNumberOfVelluxDevices{0};
-    std::string aesKey;
-    std::vector<std::string> colorArray1; // lights of type 1 and 2: no orange
-    std::vector<std::string> colorArray2;
+    std::string aesKey VELLUX_GUARDED_BY(vellux::mainThreadRole);
+    // For lights of type 1 and 2: no orange.
+    std::vector<std::string> colorArray1 VELLUX_GUARDED_BY(vellux::mainThreadRole);
+    std::vector<std::string> colorArray2 VELLUX_GUARDED_BY(vellux::mainThreadRole);
 
     struct {
         Ref<Button> buttonSelectSyncMode;

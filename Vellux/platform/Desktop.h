@@ -1,6 +1,8 @@
 // What the modules ask of the desktop: windows, alerts, the browser, directories.
 #pragma once
 
+#include "platform/MainThread.h"
+
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -35,11 +37,11 @@ public:
     Window(const Window&) = delete;
     Window& operator=(const Window&) = delete;
 
-    virtual void makeKeyAndOrderFront() = 0;
+    virtual void makeKeyAndOrderFront() VELLUX_REQUIRES(mainThreadRole) = 0;
     /// Hides the window without closing it.
-    virtual void orderOut() = 0;
+    virtual void orderOut() VELLUX_REQUIRES(mainThreadRole) = 0;
     /// ModalPanel floats above ordinary windows.
-    virtual void setLevel(WindowLevel level) = 0;
+    virtual void setLevel(WindowLevel level) VELLUX_REQUIRES(mainThreadRole) = 0;
 };
 
 /// Keeps the system from suspending the program for as long as a reference exists.
@@ -51,21 +53,23 @@ public:
     virtual ~Desktop() = default;
 
     /// Runs an application-modal alert and returns the response code when it has been dismissed.
-    virtual std::int32_t runModal(const Alert& alert) = 0;
+    virtual std::int32_t runModal(const Alert& alert) VELLUX_REQUIRES(mainThreadRole) = 0;
     /// The application's main window; null while there is none.
-    virtual Window* mainWindow() = 0;
+    virtual Window* mainWindow() VELLUX_REQUIRES(mainThreadRole) = 0;
     /// Loads the window with the given description name ("AboutDialog") for its controller, which outlives
     /// it. Null when there is no such description.
-    virtual std::unique_ptr<Window> loadWindow(std::string_view strDescription, AboutDialog& controller) = 0;
+    virtual std::unique_ptr<Window> loadWindow(std::string_view strDescription, AboutDialog& controller)
+        VELLUX_REQUIRES(mainThreadRole) = 0;
     /// Opens an address in the user's default browser.
-    virtual void openUrl(const std::string& strUrl) = 0;
+    virtual void openUrl(const std::string& strUrl) VELLUX_REQUIRES(mainThreadRole) = 0;
     /// Asks the application to end; returns before it does.
-    virtual void terminate() = 0;
+    virtual void terminate() VELLUX_REQUIRES(mainThreadRole) = 0;
     /// Begins a process activity; absent on a platform without that service.
     virtual std::optional<ProcessActivity> beginActivityWithOptions(std::uint64_t nOptions,
-                                                                    const std::string& strReason) = 0;
+                                                                    const std::string& strReason)
+        VELLUX_REQUIRES(mainThreadRole) = 0;
     /// The first of the user's application-support directories, without a trailing slash, absolute.
-    virtual std::string applicationSupportDirectory() = 0;
+    virtual std::string applicationSupportDirectory() VELLUX_REQUIRES(mainThreadRole) = 0;
 };
 
 } // namespace vellux

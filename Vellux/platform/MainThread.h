@@ -1,9 +1,17 @@
 // What the modules ask of the main thread's event loop.
 #pragma once
 
+#include "support/Mutex.h"
+
 #include <functional>
 
 namespace vellux {
+
+/// The main thread as a role that clang's thread-safety analysis knows. Nobody locks it: assertMainThread() holds it
+/// for the rest of a function, and what only the main thread may touch or call is guarded by it or requires it. A call
+/// through std::function is not followed, so what is posted to the main thread asserts it.
+class VELLUX_CAPABILITY("role") MainThreadRole {};
+inline constexpr MainThreadRole mainThreadRole;
 
 /// The thread that runs the toolkit's loop, every user action, the device notices, the event channel's
 /// callbacks and the alerts. Calls run in the order in which they were queued.

@@ -28,8 +28,8 @@ void installPlatform(const Platform& platform);
 const Platform& platform();
 
 /// Ends the program when the calling thread is not the main thread: a fault of ours, never of the input.
-void assertMainThread();
+void assertMainThread() VELLUX_ASSERT_CAPABILITY(mainThreadRole);
 /// The same for what is given its main thread instead of a platform.
-void assertMainThread(const MainThread& mainThread);
+void assertMainThread(const MainThread& mainThread) VELLUX_ASSERT_CAPABILITY(mainThreadRole);
 
 } // namespace vellux

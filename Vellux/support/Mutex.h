@@ -16,6 +16,7 @@
 #define VELLUX_REQUIRES(x) VELLUX_ANNOTATION(requires_capability(x))
 #define VELLUX_ACQUIRE(...) VELLUX_ANNOTATION(acquire_capability(__VA_ARGS__))
 #define VELLUX_RELEASE(...) VELLUX_ANNOTATION(release_capability(__VA_ARGS__))
+#define VELLUX_ASSERT_CAPABILITY(x) VELLUX_ANNOTATION(assert_capability(x))
 
 namespace vellux {
 

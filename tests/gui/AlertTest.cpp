@@ -95,11 +95,13 @@ TEST_F(AlertTest, endingClosesTheAlert) {
     onAlert([&](QMessageBox& box) {
         QTest::keyClick(&window, Qt::Key_Q, Qt::ControlModifier); // goes nowhere: the alert is modal
         EXPECT_EQ(journal.count("ended"), 0U);
+        vellux::assertMainThread();
         qtDesktop.terminate();
         EXPECT_FALSE(box.isVisible());
     });
     vellux::Alert alert;
     alert.buttons = {"OK"};
+    vellux::assertMainThread();
     EXPECT_EQ(qtDesktop.runModal(alert), 1000);
     onAlert([](QMessageBox&) { ADD_FAILURE() << "an alert at the end"; });
     EXPECT_EQ(qtDesktop.runModal(alert), 1000);

@@ -63,6 +63,7 @@ TEST_F(MainWindowTest, aboutFloatsAndCloses) {
         EXPECT_EQ(aboutWindow(), nullptr);
     }
     AboutDialog controller;
+    vellux::assertMainThread();
     EXPECT_EQ(qtDesktop.loadWindow("Other", controller), nullptr);
 }
 

@@ -40,6 +40,7 @@ HidrawManager::~HidrawManager() {
 }
 
 bool HidrawManager::create() {
+    assertMainThread(m_mainThread);
     close();
     m_matching.clear();
     m_notices->arrival = {};

@@ -67,7 +67,7 @@ private:
     MainThread& m_mainThread;
     const std::shared_ptr<Notices> m_notices;
     const std::shared_ptr<HidrawHandles> m_handles;
-    std::vector<HidMatching> m_matching;          // main thread only
+    std::vector<HidMatching> m_matching VELLUX_GUARDED_BY(mainThreadRole);
     Shared<std::shared_ptr<HidrawWatch>> m_watch; // null while not open; set by the main thread
 };
 

@@ -32,12 +32,13 @@ public:
 
     /// Blocks in a loop of its own until the alert is closed; the loop goes on running posted calls. While the
     /// application ends it returns at once and shows nothing.
-    std::int32_t runModal(const Alert& alert) override;
-    Window* mainWindow() override;
-    std::unique_ptr<Window> loadWindow(std::string_view strDescription, AboutDialog& controller) override;
-    void openUrl(const std::string& strUrl) override;
+    std::int32_t runModal(const Alert& alert) override VELLUX_REQUIRES(mainThreadRole);
+    Window* mainWindow() override VELLUX_REQUIRES(mainThreadRole);
+    std::unique_ptr<Window> loadWindow(std::string_view strDescription, AboutDialog& controller) override
+        VELLUX_REQUIRES(mainThreadRole);
+    void openUrl(const std::string& strUrl) override VELLUX_REQUIRES(mainThreadRole);
     /// An open alert is closed.
-    void terminate() override;
+    void terminate() override VELLUX_REQUIRES(mainThreadRole);
     std::optional<ProcessActivity> beginActivityWithOptions(std::uint64_t nOptions,
                                                             const std::string& strReason) override;
     std::string applicationSupportDirectory() override { return m_around.strDirectory; }
@@ -45,8 +46,9 @@ public:
 private:
     MainWindow& m_window;
     const Surroundings m_around;
-    bool m_bEnding = false;
-    std::vector<QMessageBox*> m_openAlerts; // the last one on top
+    bool m_bEnding VELLUX_GUARDED_BY(mainThreadRole) = false;
+    // The last one on top.
+    std::vector<QMessageBox*> m_openAlerts VELLUX_GUARDED_BY(mainThreadRole);
 };
 
 } // namespace vellux

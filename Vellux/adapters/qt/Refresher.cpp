@@ -1,5 +1,7 @@
 #include "adapters/qt/Refresher.h"
 
+#include "platform/Platform.h"
+
 #include <utility>
 
 namespace vellux {
@@ -15,12 +17,14 @@ Refresher::~Refresher() {
 
 void Refresher::ask() {
     if (m_mainThread.isCurrent()) {
+        assertMainThread(m_mainThread);
         m_link->refresh();
         return;
     }
     if (m_link->bQueued.exchange(true))
         return;
-    m_mainThread.post([link = m_link] {
+    m_mainThread.post([link = m_link, &mainThread = m_mainThread] {
+        assertMainThread(mainThread);
         link->bQueued = false; // first: a change that comes while the values are read asks anew
         if (link->refresh)
             link->refresh();

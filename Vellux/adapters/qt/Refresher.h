@@ -25,7 +25,8 @@ public:
 
 private:
     struct Link {
-        std::function<void()> refresh; // main thread; empty once nobody is there to refresh
+        // Empty once nobody is there to refresh.
+        std::function<void()> refresh VELLUX_GUARDED_BY(mainThreadRole);
         std::atomic<bool> bQueued{false};
     };
 

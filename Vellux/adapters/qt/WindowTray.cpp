@@ -3,12 +3,16 @@
 #include "VelluxWindowUi/VelluxWindowUi.h"
 #include "adapters/qt/WindowActions.h"
 #include "platform/Desktop.h"
+#include "platform/Platform.h"
 
 namespace vellux {
 
 WindowTray::WindowTray(Surroundings surroundings)
     : m_around(surroundings), m_tray({
-                                  [surroundings] { surroundings.window.makeKeyAndOrderFront(); },
+                                  [surroundings] {
+                                      assertMainThread(surroundings.mainThread);
+                                      surroundings.window.makeKeyAndOrderFront();
+                                  },
                                   [&controller = surroundings.controller] {
                                       // A tray's menu works beside an open alert, under which nothing new begins.
                                       if (!alertToFront() && controller.buttonConnect()->isEnabled())
