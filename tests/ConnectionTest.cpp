@@ -216,7 +216,6 @@ TEST_F(ConnectionTest, reconnectDisconnectsAndConnects) {
     journal.clear();
     ui().reconnect();
     runUntilConnectShows("Disconnect");
-    vellux::WorkerThread::joinAll(); // the monitor's last notice is out
     EXPECT_EQ(
         journal.take({"cancel", "title", "poll"}),
         (Lines{"cancel https://lync.example/ucwa/events?ack=1", "title Connect", "title Connecting...",

@@ -65,7 +65,6 @@ TEST_F(Modes, EffectsInOrder) {
     plugInV30();
     scriptServer(R"({"availability":"Busy"})");
     connect();
-    vellux::WorkerThread::joinAll(); // the monitor's last notice is out
     ui().setIndexOfManualModeColorList(5);
     ui().setIndexOfManualModeFlashSpeedList(3);
     observeControls(true);

@@ -1,5 +1,6 @@
 #include "fakes/TestWorld.h"
 
+#include <chrono>
 #include <fstream>
 #include <iterator>
 #include <random>
@@ -19,6 +20,7 @@ std::filesystem::path makeDirectory() {
 TestWorld::TestWorld(std::unique_ptr<vellux::CallQueue> itsQueue)
     : directory(makeDirectory()), queue(std::move(itsQueue)) {
     vellux::installPlatform({hid, transport, mainThread, clock, threads, desktop});
+    watchConnect();
 }
 
 TestWorld::~TestWorld() {
@@ -45,6 +47,7 @@ void TestWorld::observeControls(bool bAllControls) {
     }));
     observations.push_back(ui().textFieldLyncStatus()->observe(
         [this](Change) { journal.add("status " + ui().textFieldLyncStatus()->text()); }));
+    watchConnect();
     if (!bAllControls)
         return;
 
@@ -86,6 +89,17 @@ void TestWorld::observeControls(bool bAllControls) {
     list("manualModeFlashSpeedList", ui().manualModeFlashSpeedList());
 }
 
+// The observer added last, since they are told in order.
+void TestWorld::watchConnect() {
+    const auto note = [this, button = ui().buttonConnect()] { bConnectNoticed = button->isEnabled(); };
+    connectWatch = ui().buttonConnect()->observe([note](vellux::Control::Change) { note(); });
+    note();
+}
+
+bool TestWorld::isConnectUsable(const std::string& strTitle) {
+    return ui().buttonConnect()->title() == strTitle && bConnectNoticed;
+}
+
 void TestWorld::runUntil(const std::function<bool()>& condition, const char* strWhat) {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
     for (;;) {
@@ -101,8 +115,7 @@ void TestWorld::runUntil(const std::function<bool()>& condition, const char* str
 }
 
 void TestWorld::runUntilConnectShows(const std::string& strTitle) {
-    runUntil([&] { return ui().buttonConnect()->title() == strTitle && ui().buttonConnect()->isEnabled(); },
-             "the Connect button");
+    runUntil([&] { return isConnectUsable(strTitle); }, "the Connect button");
 }
 
 std::shared_ptr<FakeHidDevice> TestWorld::plugIn(std::int64_t nVendor, std::int64_t nProduct) {

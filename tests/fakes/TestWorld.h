@@ -16,7 +16,7 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
+#include <atomic>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -41,12 +41,16 @@ protected:
 
     /// Runs the main thread's calls until the condition holds; fails the test after 20 seconds.
     void runUntil(const std::function<bool()>& condition, const char* strWhat);
-    /// Until the Connect button has the title and is enabled: a status monitor has done its pass.
+    /// Until the Connect button has the title and can be pressed: a status monitor has done its pass, and all who
+    /// observe the button know.
     void runUntilConnectShows(const std::string& strTitle);
     /// Closes the main thread's queue, as quitting does, and waits for the end of every other thread.
     void endThreads();
     /// Runs what is queued now.
     virtual void runPending() { mainThread.runPending(); }
+    /// Whether a user sees the Connect button with this title and can press it. The model alone is ahead of its
+    /// observers for a moment.
+    virtual bool isConnectUsable(const std::string& strTitle);
 
     /// A light is there and its arrival noticed; nothing of that is left in the journal.
     std::shared_ptr<FakeHidDevice> plugIn(std::int64_t nVendor, std::int64_t nProduct);
@@ -87,5 +91,10 @@ protected:
     FakeDesktop desktop{journal, directory.string()};
 
 private:
+    void watchConnect();
+
     std::vector<vellux::Observation> observations;
+    std::atomic<bool> bConnectNoticed{
+        false}; // all other observers know whether the Connect button is enabled
+    vellux::Observation connectWatch;
 };

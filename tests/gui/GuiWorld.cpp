@@ -19,6 +19,12 @@ GuiWorld::GuiWorld()
     journal.clear();
 }
 
+bool GuiWorld::isConnectUsable(const std::string& strTitle) {
+    const auto& button = widget<QPushButton>("buttonConnect");
+    return TestWorld::isConnectUsable(strTitle) && button.isEnabled() &&
+           QString(button.text()).remove('&').toStdString() == strTitle;
+}
+
 void GuiWorld::onWorker(const std::function<void()>& write) {
     std::atomic<bool> bWritten{false};
     std::jthread worker([&] {

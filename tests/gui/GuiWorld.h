@@ -27,6 +27,7 @@ protected:
     ~GuiWorld() override { endWorld(); }
 
     void runPending() override { QCoreApplication::processEvents(); }
+    bool isConnectUsable(const std::string& strTitle) override;
     /// Runs `write` on a thread of its own and lets the window show what it wrote.
     void onWorker(const std::function<void()>& write);
 
