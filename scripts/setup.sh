@@ -43,10 +43,20 @@ missing_of() {
     done
 }
 
+# quietly COMMAND... : what it prints is shown only if it fails.
+quietly() {
+    local output
+    output=$("$@" 2>&1) || {
+        printf '%s\n' "$output" >&2
+        return 1
+    }
+}
+
 install_packages() {
     say "Installing packages: $*"
-    as_root apt-get update -qq &&
-        as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "$@"
+    quietly as_root apt-get update -qq &&
+        quietly as_root env DEBIAN_FRONTEND=noninteractive \
+            apt-get install -y -qq -o Dpkg::Use-Pty=0 --no-install-recommends "$@"
 }
 
 # install_missing PACKAGE... : installs those that are not there yet.
