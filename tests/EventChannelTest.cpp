@@ -63,6 +63,7 @@ TEST_F(EventChannelTest, answersMayBeLongButNotCostly) {
     scriptPresence(strList + "]}");
     EXPECT_EQ(client().httpGet_MyPresence("https://lync.example/ucwa/me/presence", "t"), std::nullopt);
     EXPECT_EQ(client().getPresenceStatus(), "Away");
+    EXPECT_EQ(journal.take({"request", "alert"}).size(), 2U);
 }
 
 // A presence passed on altered, or a failed query that forgets the call the user is on.

@@ -125,6 +125,7 @@ TEST_F(LifecycleTest, alertsAreShownOnMainWhileTheCallerWaits) {
         bAnswered = true;
     });
     runUntil([&] { return bAnswered.load(); }, "the answer");
+    EXPECT_EQ(journal.take(), Lines{"alert from a worker"});
 }
 
 // Two failing connections whose alerts pile up: a modal loop goes on with what is queued, but for another alert.

@@ -35,7 +35,7 @@ protected:
     void expectChoice(Choice choice, std::int64_t nPosition, const Lines& expected) {
         journal.clear();
         choose(choice, nPosition);
-        EXPECT_EQ(journal.lines({"report"}), expected) << choice << " " << nPosition;
+        EXPECT_EQ(journal.lines({"report", "alert", "request"}), expected) << choice << " " << nPosition;
     }
     /// The same on a framed light, and a cycle of the worker that it starts: its period and all colours.
     void expectWorker(Choice choice, std::int64_t nPosition, const std::string& strPeriod,
@@ -111,6 +111,7 @@ control syncModeFlashSpeedList selected 1)");
     lines.resize(expected.size()); // the status monitor goes on from here
     EXPECT_EQ(lines, expected);
     runUntilConnectShows("Disconnect");
+    EXPECT_EQ(journal.lines({"request", "poll", "alert"}).size(), 5U);
 }
 
 // No reconnection, one too many, or one although the user was not connected; one after an arrival in manual

@@ -86,10 +86,12 @@ TEST_F(RegistrationTest, withoutAnApplicationsLinkThereIsNoUrl) {
     for (const HttpAnswer& answer : brokenAnswers(strGood)) {
         EXPECT_EQ(applicationsUrl(answer), std::nullopt);
         EXPECT_EQ(journal.take({"alert"}), Lines{kConnectionAlert});
+        EXPECT_EQ(journal.take({"request"}).size(), 1U);
     }
     for (const std::string& strBody : badBodies({"_links", "applications", "href"}))
         EXPECT_EQ(applicationsUrl({strBody, {}}), std::nullopt) << strBody.substr(0, 80);
     EXPECT_EQ(journal.take({"alert"}), Lines{});
+    journal.clear();
     EXPECT_EQ(applicationsUrl({strGood, {}}, {}), std::nullopt);
     EXPECT_EQ(client().httpGet_ApplicationServiceURL(kHost, {}), std::nullopt);
     for (const std::string& strHost : kBadHosts)

@@ -91,6 +91,7 @@ TEST_F(SettingsTest, settingsFileIsWhatOpensslWrites) {
         EXPECT_EQ(modeOf(strConfig), perms(0600));
         runUntil([this] { return journal.count("alert Failed to get OAuthToken") == 1; },
                  "the refused sign-in");
+        EXPECT_EQ(journal.lines({"request", "alert"}).size(), 3U); // one in vain, which two alerts say
     }
 }
 

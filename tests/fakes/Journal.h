@@ -1,55 +1,78 @@
 // The one journal of a test: what crossed the ports, in order.
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
-#include <functional>
-#include <initializer_list>
 #include <mutex>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 /// Lines of the form "KIND rest". Any thread writes.
 class Journal {
 public:
     using Lines = std::vector<std::string>;
+    using Kinds = std::vector<std::string_view>;
 
     void add(const std::string& strLine) {
         {
             const std::lock_guard lock(m_mutex);
-            m_lines.push_back(strLine);
+            m_entries.push_back({strLine});
         }
         m_changed.notify_all();
     }
 
     /// All lines of the given kinds, or simply all of them; the journal stays as it is.
-    Lines lines(std::initializer_list<std::string_view> kinds = {}) const {
+    Lines lines(const Kinds& kinds = {}) const {
         const std::lock_guard lock(m_mutex);
         Lines result;
-        for (const std::string& strLine : m_lines)
-            if (kinds.size() == 0 || isOf(strLine, kinds))
-                result.push_back(strLine);
+        for (const Entry& entry : m_entries)
+            if (isOf(entry, kinds)) {
+                entry.bSeen = true;
+                result.push_back(entry.strLine);
+            }
         return result;
     }
 
-    /// The same, and empties the journal.
-    Lines take(std::initializer_list<std::string_view> kinds = {}) {
-        Lines result = lines(kinds);
-        clear();
+    /// The same, and removes them.
+    Lines take(const Kinds& kinds = {}) {
+        const std::lock_guard lock(m_mutex);
+        Lines result;
+        std::vector<Entry> rest;
+        for (Entry& entry : m_entries)
+            if (isOf(entry, kinds))
+                result.push_back(std::move(entry.strLine));
+            else
+                rest.push_back(std::move(entry));
+        m_entries.swap(rest);
+        return result;
+    }
+
+    /// Those of the given kinds that nobody has asked for.
+    Lines unseen(const Kinds& kinds) const {
+        const std::lock_guard lock(m_mutex);
+        Lines result;
+        for (const Entry& entry : m_entries)
+            if (!entry.bSeen && isOf(entry, kinds))
+                result.push_back(entry.strLine);
         return result;
     }
 
     void clear() {
         const std::lock_guard lock(m_mutex);
-        m_lines.clear();
+        m_entries.clear();
     }
 
     std::size_t count(std::string_view strLine) const {
         const std::lock_guard lock(m_mutex);
         std::size_t nCount = 0;
-        for (const std::string& strEach : m_lines)
-            nCount += strEach == strLine ? 1 : 0;
+        for (const Entry& entry : m_entries)
+            if (entry.strLine == strLine) {
+                entry.bSeen = true;
+                ++nCount;
+            }
         return nCount;
     }
 
@@ -60,15 +83,17 @@ public:
     }
 
 private:
-    static bool isOf(const std::string& strLine, std::initializer_list<std::string_view> kinds) {
-        for (const std::string_view strKind : kinds)
-            if (strLine.starts_with(strKind) &&
-                (strLine.size() == strKind.size() || strLine[strKind.size()] == ' '))
-                return true;
-        return false;
+    struct Entry {
+        std::string strLine;
+        mutable bool bSeen = false;
+    };
+    static bool isOf(const Entry& entry, const Kinds& kinds) {
+        return kinds.empty() || std::any_of(kinds.begin(), kinds.end(), [&](std::string_view strKind) {
+                   return (entry.strLine + ' ').starts_with(std::string(strKind) + ' ');
+               });
     }
 
     mutable std::mutex m_mutex;
     std::condition_variable m_changed;
-    Lines m_lines;
+    std::vector<Entry> m_entries;
 };

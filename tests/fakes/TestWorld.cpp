@@ -25,6 +25,7 @@ TestWorld::TestWorld(std::unique_ptr<vellux::CallQueue> itsQueue)
 
 TestWorld::~TestWorld() {
     endWorld();
+    EXPECT_EQ(journal.unseen(minded), Lines{}) << "nobody asked for these";
     std::error_code error;
     std::filesystem::remove_all(directory, error);
 }

@@ -82,6 +82,8 @@ protected:
 
     const std::filesystem::path directory;
     Journal journal;
+    /// Lines of these kinds must all have been asked for, or cleared, when the test ends.
+    Journal::Kinds minded = {"alert", "request"};
     const std::unique_ptr<vellux::CallQueue> queue;
     vellux::CallQueue& mainThread = *queue;
     FakeHidManager hid{journal, mainThread};

@@ -88,6 +88,7 @@ TEST_F(LightTest, lostFollowingIsSaidOnceAndTakenUpAgain) {
         runPending();
         EXPECT_EQ(journal.take({"title"}),
                   (Lines{"title Connect", "title Connecting...", "title Disconnect"}));
+        EXPECT_EQ(journal.take({"request"}).size(), 4U);
     }
     transport.lastPoll().simulateEnd();
     click("buttonConnect"); // disconnects: that is no loss

@@ -30,6 +30,7 @@ TEST_F(MainWindowTest, closingHidesAndReopeningShows) {
         transport.lastPoll().simulateData(batch("/n"));
         EXPECT_EQ(journal.take({"report"}),
                   Lines{bEscape ? "report 55534243004002cf" : "report 55534243004002df"});
+        EXPECT_EQ(journal.take({"request"}).size(), 1U);
         delegate().applicationShouldHandleReopen(false);
         EXPECT_TRUE(window.isVisible());
         QApplication::setActiveWindow(&window); // the screen in memory does so once only

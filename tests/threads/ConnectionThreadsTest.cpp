@@ -1,4 +1,5 @@
 // A status monitor at work while main changes modes and ends the program. Each test ends by itself or loudly.
+#include "fakes/ServerTexts.h"
 #include "fakes/TestWorld.h"
 #include "fakes/Watchdog.h"
 
@@ -20,6 +21,7 @@ protected:
         type("lync.example", "CORP\\pat", "secret");
         clock.letRun();
         journal.clear();
+        minded = {"alert"};
     }
     void click() { ui().onConnectButtonClicked(*ui().buttonConnect()); }
     /// What the program's end does after the delegate's shut-down. The light must be off then, and stay so.
@@ -79,8 +81,9 @@ INSTANTIATE_TEST_SUITE_P(, StressTest, testing::Range(1U, 7U));
 
 struct TerminationTest : ConnectionThreadsTest, testing::WithParamInterface<std::tuple<std::string, int>> {};
 
-// A monitor that outlives the shut-down: it must end, light nothing, and open no long poll. It is held in a
-// request and let go at some moment of the shut-down, is showing an alert, or is waiting for main.
+// A monitor that outlives the shut-down: it must end, light nothing, open no long poll and show no further alert. It
+// is held in a request and let go at some moment of the shut-down, is showing an alert, as another one waits to, or is
+// waiting for main.
 TEST_P(TerminationTest, endsWithTheLightOff) {
     const std::string strPlace = std::get<0>(GetParam()),
                       strHeld = strPlace == "off" ? "/me/presence" : strPlace;
@@ -104,8 +107,15 @@ TEST_P(TerminationTest, endsWithTheLightOff) {
     };
     if (strPlace == "alert") {
         transport.script("/WebTicket/oauthtoken", {FakeHttpTransport::failure()});
-        desktop.whileAlertIsOpen = [this] { delegate().applicationWillTerminate(); };
+        desktop.whileAlertIsOpen = [this] {
+            while (journal.lines({"request"}).size() < 2)
+                journal.waitForChange();
+            journal.waitForChange(); // gives the second one the time to ask for its alert
+            delegate().applicationWillTerminate();
+            endThreads(); // though the alert is still open
+        };
         click();
+        ui().processLyncServerConnectionRequest();
         runUntil([this] { return journal.count("hid close") > 0; }, "the end under the alert");
     } else {
         click();
@@ -122,6 +132,7 @@ TEST_P(TerminationTest, endsWithTheLightOff) {
     }
     end();
     EXPECT_EQ(journal.lines({"poll"}), Lines{});
+    EXPECT_EQ(journal.lines({"alert"}), strPlace == "alert" ? Lines{kConnectionAlert} : Lines{});
 }
 INSTANTIATE_TEST_SUITE_P(, TerminationTest,
                          testing::Combine(testing::Values("/oauthtoken", "/oauth/user", "/ucwa/applications",

@@ -41,6 +41,7 @@ TEST_F(FlashWorkers, EndWithTheColourShown) {
         ui().waitForManualFlashingThreadToExit();
         EXPECT_EQ(reports(), framed(nHalves < 2 ? "ff ef" : "ff ef ff ef")) << nHalves;
     }
+    journal.clear();
     ui().manualFlashingThreadMainMethod();
     ui().quitSyncFlashingThread();
     ui().syncFlashingThreadMainMethod();
