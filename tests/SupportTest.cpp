@@ -73,6 +73,9 @@ TEST(Url, WhatFormsOne) {
              "https://h/{a}|https://h/\\|https://h]/x|https://a[b]/|https://[zz]/|https://h/[|https://h/#a#b",
              "|"))
         EXPECT_FALSE(formsUrl(strUrl)) << strUrl;
+    for (const auto strUrl :
+         {"https://h\0"sv, "https://[::1\0]/"sv, "https://[::1\0.example]/"sv, "https://h/\0"sv})
+        EXPECT_FALSE(formsUrl(strUrl)) << testing::PrintToString(strUrl);
 }
 
 class Files : public TestWorld {

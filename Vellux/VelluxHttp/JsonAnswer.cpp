@@ -68,7 +68,8 @@ std::optional<std::string> textAt(const Json* pValue, JsonAnswer::KeyPath path) 
 JsonAnswer::JsonAnswer(std::shared_ptr<const Document> document) : m_document(std::move(document)) {}
 
 std::optional<JsonAnswer> JsonAnswer::parse(std::string_view strBody) {
-    if (wouldFillMemory(strBody))
+    // The library takes a NUL for the end of the text.
+    if (strBody.find('\0') != std::string_view::npos || wouldFillMemory(strBody))
         return std::nullopt;
     auto document = std::make_shared<Document>();
     document->root = Json::parse(strBody, nullptr, /*allow_exceptions=*/false);

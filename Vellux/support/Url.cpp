@@ -50,7 +50,8 @@ bool isPortPart(std::string_view strText) {
 
 bool isIpv6Address(std::string_view strText) {
     in6_addr address{};
-    return inet_pton(AF_INET6, std::string(strText).c_str(), &address) == 1;
+    return strText.find('\0') == std::string_view::npos &&
+           inet_pton(AF_INET6, std::string(strText).c_str(), &address) == 1;
 }
 
 // A name or an IPv4 address, or an IPv6 address in brackets, whose own colons are not a port's; then the port.

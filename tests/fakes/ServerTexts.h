@@ -24,15 +24,17 @@ inline std::string batch(const std::string& strNext,
     return R"({"_links":{"next":{"href":")" + strNext + R"("}},"sender":[{"events":[)" + strEvents + "]}]}";
 }
 
-/// Bodies that are no JSON object: pages, halves, other values, no UTF-8, nested deeply.
+/// Bodies that are no JSON object: pages, halves, other values, no UTF-8, followed by a NUL, nested deeply.
 inline std::vector<std::string> notObjects() {
     const std::string strDeep(100'000, '['), strClosed = strDeep + std::string(100'000, ']');
     std::string strObjects;
     for (int n = 0; n < 100'000; ++n)
         strObjects += R"({"_links":)";
-    return {"",          " ",     R"("text")",        "<html>",   "{",
-            R"({"a":})", "{} {}", "{\"a\":\"\xC3\"}", "[]",       "7",
-            "null",      strDeep, strClosed,          strObjects, "{\"a\":" + strDeep};
+    const std::string strNul = R"({"availability":"Busy"})" + std::string(1, '\0');
+    return {"",          " ",         R"("text")",        "<html>",   "{",
+            R"({"a":})", "{} {}",     "{\"a\":\"\xC3\"}", "[]",       "7",
+            "null",      strDeep,     strClosed,          strObjects, "{\"a\":" + strDeep,
+            strNul,      strNul + "}"};
 }
 
 /// Objects in which a member of the path is missing or of another kind, at each level in turn. `strRest`
