@@ -1,4 +1,4 @@
-# Sourced by ./run, ./test and scripts/pictures: installs the Debian packages that are missing and says so.
+# Sourced by ./run, ./test, ./fuzz and scripts/pictures: installs the Debian packages that are missing and says so.
 # Needs bash; runs as root or with sudo.
 
 say() { printf '\n== %s\n' "$*"; }
