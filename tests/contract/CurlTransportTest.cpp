@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
 #include <functional>
 #include <string>
@@ -48,6 +49,13 @@ protected:
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
     }
+    static void waitFor(const std::function<bool()>& condition) { // main's calls are left alone
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+        while (!condition()) {
+            ASSERT_LT(std::chrono::steady_clock::now(), deadline);
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    }
     void runUntilHeard(std::size_t nCount) {
         runUntil([&] { return heard.size() >= nCount; });
     }
@@ -63,7 +71,8 @@ protected:
         heard.push_back(strLine);
     }
 
-    vellux::CallQueue mainThread;
+    std::atomic<int> nQueued{0};
+    vellux::CallQueue mainThread{[this] { ++nQueued; }};
     vellux::CurlTransport transport{mainThread, {std::nullopt, false}};
     Texts heard;
 };
@@ -223,18 +232,15 @@ TEST_F(CurlTransportTest, DeliversAfterSilenceAndThenTheFailure) {
 
 // Guards against a second start asking twice, and a callback arriving after a cancel, even one already queued.
 TEST_F(CurlTransportTest, CallsNobodyAfterCancel) {
-    RawServer server({RawServer::answer("one"), RawServer::answer("two")});
+    RawServer server({RawServer::answer("one")});
     const auto connection = poll(server.origin() + "/1");
     connection->start();
-    while (server.requests().empty())
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    send(get(server.origin() + "/2")); // the first answer is through, or about to be
+    waitFor([&] { return nQueued == 2; }); // its data and its end
     connection->cancel();
     connection->cancel();
-    transport.close();
     mainThread.runPending();
     EXPECT_EQ(heard, Texts{});
-    EXPECT_EQ(server.requests().size(), 2U);
+    EXPECT_EQ(server.requests().size(), 1U);
 }
 
 // Guards against a long poll that nobody answers lasting forever, and against a time limit that starts anew
@@ -246,17 +252,24 @@ TEST_F(CurlTransportTest, TimesOut) {
     EXPECT_EQ(heard, Texts{"failed"});
 }
 
-// Guards against a program that can't end while a server keeps it waiting.
-TEST_F(CurlTransportTest, CloseFreesAWaitingThread) {
-    RawServer server({{RawServer::waitForGo()}});
+// Guards against a program that can't end while a server keeps it waiting, or that opens its polls again and
+// again while it ends: a waiting thread is freed, and nobody is called back, not even by what is queued already.
+TEST_F(CurlTransportTest, CloseFreesAWaitingThreadAndCallsNobody) {
+    RawServer server({{RawServer::waitForGo()}, {RawServer::waitForGo()}, RawServer::answer("queued")});
     HttpAnswer answer;
     std::thread waiting([&] { answer = send(get(server.origin() + "/")); });
-    while (server.requests().empty())
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    waitFor([&] { return server.requests().size() == 1; });
+    poll(server.origin() + "/");
+    waitFor([&] { return server.requests().size() == 2; });
+    poll(server.origin() + "/");
+    waitFor([&] { return nQueued == 2; });
     transport.close();
     waiting.join();
     EXPECT_TRUE(answer.error.has_value());
     EXPECT_FALSE(send(get(server.origin() + "/")).succeeded());
+    poll(server.origin() + "/a b");
+    mainThread.runPending();
+    EXPECT_EQ(heard, Texts{});
 }
 
 // Guards against lost wake-ups and mixed-up answers between threads: each round has 8 threads with 50 requests.

@@ -63,6 +63,11 @@ void CurlNetwork::close() {
     wakeUp();
 }
 
+bool CurlNetwork::isClosed() {
+    const ScopedLock lock(m_mutex);
+    return m_bClosed;
+}
+
 void CurlNetwork::stop() {
     close();
     if (m_thread.joinable()) // after close() nobody starts it any more
@@ -83,7 +88,7 @@ void CurlNetwork::run() {
     while (!m_running.empty()) {
         const std::shared_ptr<CurlTransfer> transfer = m_running.back();
         drop(transfer);
-        transfer->end(HttpError{"cancelled"});
+        transfer->close();
     }
 }
 

@@ -28,8 +28,9 @@ public:
     bool start(const std::shared_ptr<CurlTransfer>& transfer);
     /// Drops a transfer and closes its socket; it never ends.
     void cancel(const std::shared_ptr<CurlTransfer>& transfer);
-    /// Ends every transfer with an error and takes no more. Returns at once.
+    /// Takes no more, ends every transfer that a thread waits for with an error, and drops the others. Returns at once.
     void close();
+    bool isClosed();
     /// Closes, waits for the network thread, whose every callback has returned by then, and closes the pool.
     /// Not on the network thread. Needed before the last reference goes.
     void stop();

@@ -169,10 +169,6 @@ void CurlTransfer::end(CURLcode code) {
         finish(std::nullopt);
 }
 
-void CurlTransfer::end(HttpError error) {
-    finish(std::move(error));
-}
-
 void CurlTransfer::finish(std::optional<HttpError> error) {
     flush();
     HttpAnswer answer;
@@ -187,6 +183,13 @@ void CurlTransfer::finish(std::optional<HttpError> error) {
 void CurlTransfer::abandon() {
     m_received = nullptr;
     m_ended = nullptr;
+}
+
+void CurlTransfer::close() {
+    if (m_received)
+        abandon();
+    else
+        finish(HttpError{"cancelled"});
 }
 
 } // namespace vellux

@@ -62,9 +62,10 @@ public:
 
     /// Ends the transfer, once; its callbacks, and what they hold, are gone afterwards.
     void end(CURLcode code);
-    void end(HttpError error);
     /// Ends the transfer without a call.
     void abandon();
+    /// Ends the transfer because the network closes: with an error when a thread waits for it, else without a call.
+    void close();
 
 private:
     static std::size_t onBytes(char* bytes, std::size_t nSize, std::size_t nCount, void* self);

@@ -67,20 +67,21 @@ private:
     }
 
     // Main thread. Any of these may cancel the connection.
+    bool isOver() { return m_bCancelled || m_network->isClosed(); }
     void respond() {
-        if (!m_bCancelled && !std::exchange(m_bResponded, true))
+        if (!isOver() && !std::exchange(m_bResponded, true))
             m_delegate.connectionDidReceiveResponse(*this);
     }
     void deliver(const std::string& bytes) {
         respond();
-        if (!m_bCancelled)
+        if (!isOver())
             m_delegate.connectionDidReceiveData(*this, bytes);
     }
     void finish(const HttpAnswer& answer) {
         m_transfer = nullptr; // and with it the circle that kept this connection alive
         if (!answer.error)
             respond();
-        if (m_bCancelled)
+        if (isOver())
             return;
         if (answer.error)
             m_delegate.connectionDidFailWithError(*this, *answer.error);
