@@ -173,20 +173,27 @@ TEST_F(EventChannelTest, replacedPollIsStillHeard) {
     EXPECT_EQ(journal.take(), heard(1));
     replaced.simulateFailure();
     EXPECT_EQ(journal.take(), (Lines{"sleep 0.5", poll("/n")}));
-    client().abortEventChannelConnection();
-    EXPECT_EQ(journal.take(), Lines{"cancel https://lync.example/n"}); // the newest, and only it
 }
 
-// A light that goes on following after the user has left, or a call flag that outlives the connection.
+// A light that goes on following after the user has left, also by a poll that was replaced; a call flag that outlives
+// the connection; or an end so thorough that a sign-in still under way can't follow any more.
 TEST_F(EventChannelTest, abortSilencesTheChannelAndForgetsThePresence) {
+    deliver(batch("/m"));
     deliver(batch("/n"));
     ASSERT_TRUE(client().IsUserOnCall());
     client().abortEventChannelConnection();
-    EXPECT_EQ(journal.take(), Lines{"cancel https://lync.example/n"});
+    EXPECT_EQ(journal.take(),
+              (Lines{"cancel https://lync.example/n", // the one that is held comes first
+                     "cancel https://lync.example/ucwa/events?ack=1", "cancel https://lync.example/m"}));
     EXPECT_EQ(client().getPresenceStatus(), "");
     EXPECT_FALSE(client().IsUserOnCall());
-    EXPECT_EQ(deliver(batch("/n")), Lines{});
-    EXPECT_EQ(fail(), Lines{});
+    for (const auto& each : std::vector(transport.polls())) {
+        each->simulateData(batch("/n"));
+        each->simulateFailure();
+    }
+    EXPECT_EQ(journal.take(), Lines{});
+    client().httpGet_EventChannels();
+    EXPECT_EQ(deliver(batch("/o")), (Lines{kAsk, "report 55534243004002ef", "status Busy", poll("/o")}));
 }
 
 // A user who believes in a following that has ended, or is told of an end that was none.
@@ -196,20 +203,23 @@ TEST_F(EventChannelTest, channelSaysWhetherItFollows) {
     EXPECT_EQ(state(), State::Open);
     FakeConnection& first = transport.lastPoll();
     deliver(batch("/n"));
-    first.simulateEnd(); // has been replaced
-    EXPECT_EQ(state(), State::Open);
     fail(); // is opened again
     EXPECT_EQ(state(), State::Open);
     deliver(batch("/m", R"({"link":{"rel":"note"},"type":"updated"})"));
     EXPECT_EQ(state(), State::Open);
     transport.lastPoll().simulateEnd();
+    EXPECT_EQ(state(), State::Open); // the first has been replaced, but is still heard
+    first.simulateEnd();
     EXPECT_EQ(state(), State::Ended);
     client().httpGet_EventChannels();
     EXPECT_EQ(state(), State::Open);
+    deliver(batch("/a b")); // makes no URL
+    EXPECT_EQ(state(), State::Open);
+    transport.lastPoll().simulateFailure();
+    EXPECT_EQ(state(), State::Ended);
     client().abortEventChannelConnection();
     EXPECT_EQ(state(), State::Closed);
     client().httpGet_EventChannels();
-    deliver(batch("/a b")); // makes no URL
     EXPECT_EQ(state(), State::Ended);
 }
 

@@ -8,6 +8,8 @@
 #include "platform/Platform.h"
 #include "support/Url.h"
 
+#include <utility>
+
 namespace {
 
 constexpr std::chrono::seconds kLongPollTimeout{15};
@@ -45,23 +47,27 @@ void VelluxHttp::httpGet_EventChannels() {
     vellux::assertMainThread();
     const auto strUrl = strEventChannelUrl.get();
     if (!strUrl || !vellux::formsUrl(*strUrl)) {
-        m_channel.set(vellux::ChannelState::Ended);
+        noteWhetherFollowing();
         return;
     }
     vellux::HttpRequest request = getRequest(*strUrl, {});
     if (auto strAuthorization = strOAuthToken.get())
         request.headerFields.emplace_back("Authorization", std::move(*strAuthorization));
     request.timeout = kLongPollTimeout;
-    // An earlier poll that is still open is let go, not cancelled.
+    // An earlier poll that is still open is let go, not cancelled: what comes on it counts.
     urlConnectionToGetEvents = vellux::platform().httpTransport.createConnection(request, *this);
+    m_openPolls.push_back(urlConnectionToGetEvents);
     urlConnectionToGetEvents->start();
-    m_channel.set(vellux::ChannelState::Open);
+    noteWhetherFollowing();
 }
 
 void VelluxHttp::abortEventChannelConnection() {
     vellux::assertMainThread();
     if (urlConnectionToGetEvents != nullptr)
         urlConnectionToGetEvents->cancel();
+    for (const auto& poll :
+         std::exchange(m_openPolls, {})) // those let go: nothing they bring counts any more
+        poll->cancel();
     bIsUserOnCall = false;
     presenceStatus.set("");
     m_channel.set(vellux::ChannelState::Closed);
@@ -101,14 +107,23 @@ void VelluxHttp::connectionDidReceiveData(vellux::HttpConnection&, std::string_v
 
 void VelluxHttp::connectionDidFinishLoading(vellux::HttpConnection& connection) {
     vellux::assertMainThread();
-    if (&connection == urlConnectionToGetEvents.get())
-        m_channel.set(vellux::ChannelState::Ended);
+    forgetPoll(connection);
+    noteWhetherFollowing();
 }
 
-void VelluxHttp::connectionDidFailWithError(vellux::HttpConnection&, const vellux::HttpError&) {
+void VelluxHttp::connectionDidFailWithError(vellux::HttpConnection& connection, const vellux::HttpError&) {
     vellux::assertMainThread();
+    forgetPoll(connection);
     vellux::platform().clock.sleep(kRetryWait);
     httpGet_EventChannels();
 }
 
 void VelluxHttp::connection(vellux::HttpConnection*) {}
+
+void VelluxHttp::forgetPoll(const vellux::HttpConnection& connection) {
+    std::erase_if(m_openPolls, [&connection](const auto& poll) { return poll.get() == &connection; });
+}
+
+void VelluxHttp::noteWhetherFollowing() {
+    m_channel.set(m_openPolls.empty() ? vellux::ChannelState::Ended : vellux::ChannelState::Open);
+}

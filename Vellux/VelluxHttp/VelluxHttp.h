@@ -22,6 +22,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 class VelluxHttp : public vellux::HttpConnectionDelegate {
 public:
@@ -78,7 +79,8 @@ public:
     /// Opens the next long poll, 15 seconds at most; nothing when no URL is known. Main thread.
     void httpGet_EventChannels();
 
-    /// Cancels the long poll opened last and forgets the presence. Main thread.
+    /// Cancels the long poll opened last, then those that were let go, and forgets the presence. A sign-in that is
+    /// still under way opens a channel of its own afterwards. Main thread.
     void abortEventChannelConnection();
 
     /// Whether the presence is being followed; for the view, nothing here depends on it. Any thread reads it.
@@ -89,7 +91,7 @@ public:
     /// Handles one batch of events: reads the presence anew for each presence event in it, hands it to the
     /// controller and opens the next long poll. A batch without such an event opens none.
     void connectionDidReceiveData(vellux::HttpConnection& connection, std::string_view data) override;
-    /// Notes that the following has ended when this was the poll opened last: its answer has opened no other.
+    /// Notes that the following has ended when this was the last open poll: no answer has opened another.
     void connectionDidFinishLoading(vellux::HttpConnection& connection) override;
     /// Waits half a second on the main thread and opens the same long poll again, without limit.
     void connectionDidFailWithError(vellux::HttpConnection& connection,
@@ -104,6 +106,9 @@ private:
 
     VelluxHttp() = default;
 
+    void forgetPoll(const vellux::HttpConnection& connection);
+    void noteWhetherFollowing();
+
     OptionalText strOAuthToken;             // the whole Authorization value: token type, blank, access token
     OptionalText strApplicationsServiceUrl; // kept only
     OptionalText strPresenceUrl;
@@ -114,5 +119,6 @@ private:
     std::shared_ptr<vellux::HttpConnection> urlConnectionToGetEvents; // main thread; the one opened last
     OptionalText FQDN;                                                // the host that signed in
     std::optional<std::string> nextLink;                              // main thread
+    std::vector<std::shared_ptr<vellux::HttpConnection>> m_openPolls; // main thread; oldest first
     vellux::Observable<vellux::ChannelState> m_channel;               // written by main
 };
