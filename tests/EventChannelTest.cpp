@@ -42,6 +42,13 @@ protected:
         transport.lastPoll().simulateData(strData);
         return journal.take();
     }
+    /// The same, and the answer is complete.
+    Lines answer(const std::string& strData) {
+        FakeConnection& answered = transport.lastPoll();
+        Lines lines = deliver(strData);
+        answered.simulateEnd();
+        return lines;
+    }
     Lines fail() {
         journal.clear();
         transport.lastPoll().simulateResponse();
@@ -107,37 +114,37 @@ TEST_F(EventChannelTest, batchesHaveTheirEffectsUpToTheFirstGap) {
     const auto event = [](const std::string& strRel, const std::string& strType) {
         return R"({"link":{"rel":")" + strRel + R"("},"type":")" + strType + R"("})";
     };
-    EXPECT_EQ(deliver(batch("/n", kP + "," + kP)), heard(2));
-    EXPECT_EQ(deliver(batch("/n", event("mypresence2", "added") + "," + event("presence", "was updated"))),
+    EXPECT_EQ(answer(batch("/n", kP + "," + kP)), heard(2));
+    EXPECT_EQ(answer(batch("/n", event("mypresence2", "added") + "," + event("presence", "was updated"))),
               heard(2));
-    EXPECT_EQ(deliver(batch("/n", event("note", "updated") + "," + event("presence", "deleted") + "," + kP)),
+    EXPECT_EQ(answer(batch("/n", event("note", "updated") + "," + event("presence", "deleted") + "," + kP)),
               heard(1));
-    EXPECT_EQ(deliver(batch("/n", event("Presence", "added") + "," + event("presence", "Added"))), Lines{});
-    EXPECT_EQ(deliver(batch("/n", "")), Lines{});
-    EXPECT_EQ(deliver(batch("", kP)), Lines{});
+    EXPECT_EQ(answer(batch("/n", event("Presence", "added") + "," + event("presence", "Added"))), Lines{});
+    EXPECT_EQ(answer(batch("/n", "")), Lines{});
+    EXPECT_EQ(answer(batch("", kP)), Lines{});
     // Whatever is missing or of another kind ends the batch; what came before it has had its effect.
     const std::string strNext = R"({"_links":{"next":{"href":"/n"}},"sender":)",
                       strEntry = R"({"events":[)" + kP + "]}";
-    EXPECT_EQ(deliver(strNext + "[" + strEntry + R"(,{"events":[]},)" + strEntry + "]}"), heard(2));
+    EXPECT_EQ(answer(strNext + "[" + strEntry + R"(,{"events":[]},)" + strEntry + "]}"), heard(2));
     for (const std::string strGap :
          {"7", "null", "[]", "{}", R"("events")", R"({"events":{}})", R"({"events":"presence"})"})
-        EXPECT_EQ(deliver(strNext + "[" + strEntry + "," + strGap + "," + strEntry + "]}"), heard(1))
+        EXPECT_EQ(answer(strNext + "[" + strEntry + "," + strGap + "," + strEntry + "]}"), heard(1))
             << strGap;
     for (const std::string& strGap : wrongKinds({"link", "rel"}, R"(,"type":"added")"))
-        EXPECT_EQ(deliver(batch("/n", kP + "," + strGap + "," + kP)), heard(1)) << strGap;
+        EXPECT_EQ(answer(batch("/n", kP + "," + strGap + "," + kP)), heard(1)) << strGap;
     for (const std::string& strGap : wrongKinds({"type"}, R"(,"link":{"rel":"note"})"))
-        EXPECT_EQ(deliver(batch("/n", kP + "," + strGap + "," + kP)), heard(1)) << strGap;
+        EXPECT_EQ(answer(batch("/n", kP + "," + strGap + "," + kP)), heard(1)) << strGap;
     for (const std::string strSender :
          {"[]", "7", "null", "{}", R"({"events":[]})", R"("presence")", "[null]", "[7]", "[[]]"})
-        EXPECT_EQ(deliver(strNext + strSender + "}"), Lines{}) << strSender;
+        EXPECT_EQ(answer(strNext + strSender + "}"), Lines{}) << strSender;
     for (const std::string& strData :
          badBodies({"_links", "next", "href"}, R"(,"sender":[)" + strEntry + "]"))
-        EXPECT_EQ(deliver(strData), Lines{}) << strData.substr(0, 80);
-    EXPECT_EQ(deliver(R"({"_links":{"next":{"href":"/n"}}})"), Lines{});
-    EXPECT_EQ(deliver(R"({"code":"Gone","message":"presence added"})"), Lines{});
-    EXPECT_EQ(deliver(batch("/n").substr(0, 40)), Lines{}); // pieces are not put together
-    EXPECT_EQ(deliver(batch("/n").substr(40)), Lines{});
-    EXPECT_EQ(deliver(batch("/a b")).back(), "status Busy"); // makes no URL: no poll
+        EXPECT_EQ(answer(strData), Lines{}) << strData.substr(0, 80);
+    EXPECT_EQ(answer(R"({"_links":{"next":{"href":"/n"}}})"), Lines{});
+    EXPECT_EQ(answer(R"({"code":"Gone","message":"presence added"})"), Lines{});
+    EXPECT_EQ(answer(batch("/n").substr(0, 40)), Lines{}); // pieces are not put together
+    EXPECT_EQ(answer(batch("/n").substr(40)), Lines{});
+    EXPECT_EQ(answer(batch("/a b")).back(), "status Busy"); // makes no URL: no poll
     client().httpGet_EventChannels();
     EXPECT_EQ(journal.take(), Lines{});
 }
@@ -173,6 +180,32 @@ TEST_F(EventChannelTest, replacedPollIsStillHeard) {
     EXPECT_EQ(journal.take(), heard(1));
     replaced.simulateFailure();
     EXPECT_EQ(journal.take(), (Lines{"sleep 0.5", poll("/n")}));
+}
+
+// Descriptors and memory used up by a server that sends more and more news on polls it never ends; or the limit felt as
+// a rule of the channel: each event sends its poll, and the oldest is closed without a word, even while it is read.
+TEST_F(EventChannelTest, sixteenPollsAreHeldAtMost) {
+    std::string strEvents = kP;
+    for (int n = 1; n < 15; ++n)
+        strEvents += "," + kP;
+    EXPECT_EQ(deliver(batch("/n", strEvents)), heard(15)); // and the one they came on
+    FakeConnection& oldest = *transport.polls().front();
+    oldest.simulateData(batch("/o", kP + "," + kP));
+    Lines expected = {kAsk,
+                      "report 55534243004002ef",
+                      "status Busy",
+                      "cancel https://lync.example/ucwa/events?ack=1",
+                      poll("/o"),
+                      kAsk,
+                      "report 55534243004002ef",
+                      "status Busy",
+                      "cancel https://lync.example/n",
+                      poll("/o")};
+    EXPECT_EQ(journal.take(), expected);
+    transport.lastPoll().simulateEnd(); // makes room for one
+    transport.polls().at(2)->simulateData(batch("/p"));
+    transport.polls().at(2)->simulateFailure(); // its next one takes its place
+    EXPECT_EQ(journal.lines({"cancel"}), Lines{});
 }
 
 // A light that goes on following after the user has left, also by a poll that was replaced; a call flag that outlives

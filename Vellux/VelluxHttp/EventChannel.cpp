@@ -14,6 +14,8 @@ namespace {
 
 constexpr std::chrono::seconds kLongPollTimeout{15};
 constexpr vellux::Seconds kRetryWait{0.5};
+// A limit of this process's descriptors and memory, as the transport's for a body is, and no rule of the channel.
+constexpr std::size_t kMostPolls = 16;
 
 bool contains(const std::string& strText, const char* strPart) {
     return strText.find(strPart) != std::string::npos;
@@ -54,6 +56,10 @@ void VelluxHttp::httpGet_EventChannels() {
     if (auto strAuthorization = strOAuthToken.get())
         request.headerFields.emplace_back("Authorization", std::move(*strAuthorization));
     request.timeout = kLongPollTimeout;
+    if (m_openPolls.size() == kMostPolls) {
+        m_openPolls.front()->cancel(); // let go long ago
+        m_openPolls.erase(m_openPolls.begin());
+    }
     // An earlier poll that is still open is let go, not cancelled: what comes on it counts.
     urlConnectionToGetEvents = vellux::platform().httpTransport.createConnection(request, *this);
     m_openPolls.push_back(urlConnectionToGetEvents);
