@@ -21,8 +21,9 @@ struct HttpRequest {
     HttpHeaderFields headerFields;
     /// Absent for a request without a body; an empty body is a body.
     std::optional<std::string> body;
-    /// Counts from the start of the request, name look-up and handshake included.
-    std::chrono::seconds timeout{30};
+    /// For a synchronous request what it may take in all, name look-up, connecting and handshake included. For an
+    /// asynchronous one how long nothing may arrive: each piece of the answer, also of its head, starts it again.
+    std::chrono::milliseconds timeout{30'000};
 };
 
 /// Why an exchange failed, in the transport's words. Holds no header value, no body and no credential.

@@ -243,10 +243,26 @@ TEST_F(CurlTransportTest, CallsNobodyAfterCancel) {
     EXPECT_EQ(server.requests().size(), 1U);
 }
 
-// Guards against a long poll that nobody answers lasting forever, and against a time limit that starts anew
-// with every byte.
-TEST_F(CurlTransportTest, TimesOut) {
-    RawServer server({{RawServer::waitForGo()}});
+// Guards against a long poll that nobody answers lasting forever, one that speaks being cut in the middle of a word, and
+// a thread that waits for as long as a server keeps speaking.
+TEST_F(CurlTransportTest, PollsMayFallSilentForSoLongAndRequestsLastForSoLong) {
+    RawServer::Reply drip = {RawServer::send("HTTP/1.1 200 OK\r\n"), RawServer::pause()};
+    for (int n = 0; n < 9; ++n) // two and a half seconds
+        drip.insert(drip.end(), {RawServer::send("A: b\r\n"), RawServer::pause()});
+    drip.push_back(RawServer::send("Content-Length: 10\r\n\r\n"));
+    for (int n = 0; n < 10; ++n) // and as much again
+        drip.insert(drip.end(), {RawServer::pause(), RawServer::send("x")});
+    RawServer server({drip, drip, {RawServer::waitForGo()}});
+    HttpRequest request = get(server.origin() + "/");
+    request.timeout = std::chrono::seconds(2);
+    std::thread waiting([&] { EXPECT_TRUE(transport.sendSynchronousRequest(request).error); });
+    poll(server.origin() + "/", 2);
+    waitFor([&] { return server.requests().size() == 2; });
+    runUntil([&] { return !heard.empty() && (heard.back() == "complete" || heard.back() == "failed"); });
+    waiting.join();
+    EXPECT_GE(heard.size(), 4U) << "a piece that is followed by silence doesn't wait for the rest";
+    EXPECT_EQ(heard.back(), "complete");
+    heard.clear();
     poll(server.origin() + "/", 1);
     runUntilHeard(1);
     EXPECT_EQ(heard, Texts{"failed"});

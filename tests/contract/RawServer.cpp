@@ -125,6 +125,11 @@ bool RawServer::play(int nSocket, const Reply& reply) {
             --m_nGo;
             continue;
         }
+        if (step.kind == Step::Kind::Pause) {
+            std::unique_lock lock(m_mutex);
+            m_changed.wait_for(lock, std::chrono::milliseconds(250), [this] { return m_bStopping; });
+            continue;
+        }
         std::size_t nSent = 0;
         while (nSent < step.bytes.size()) {
             const ssize_t nNow =

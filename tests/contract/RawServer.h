@@ -12,15 +12,16 @@
 
 class RawServer {
 public:
-    /// What an answer is made of: bytes to send as one piece, a wait until the test calls go(), or the end of
-    /// the connection.
+    /// What an answer is made of: bytes to send as one piece, a pause of a quarter of a second, a wait until the test
+    /// calls go(), or the end of the connection.
     struct Step {
-        enum class Kind { Send, Wait, Close } kind;
+        enum class Kind { Send, Pause, Wait, Close } kind;
         std::string bytes;
     };
     using Reply = std::vector<Step>;
 
     static Step send(std::string bytes) { return {Step::Kind::Send, std::move(bytes)}; }
+    static Step pause() { return {Step::Kind::Pause, {}}; }
     static Step waitForGo() { return {Step::Kind::Wait, {}}; }
     static Step close() { return {Step::Kind::Close, {}}; }
     /// A whole answer with its length.

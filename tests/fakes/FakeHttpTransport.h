@@ -19,7 +19,7 @@ inline std::string requestLine(const vellux::HttpRequest& request) {
     std::string strLine = request.strMethod + " " + request.strUrl;
     for (const auto& [strName, strValue] : request.headerFields)
         strLine += " | " + strName + ": " + strValue;
-    strLine += " | " + std::to_string(request.timeout.count()) + " s";
+    strLine += " | " + std::to_string(request.timeout / std::chrono::seconds(1)) + " s";
     if (request.body)
         strLine += " | " + *request.body;
     return strLine;

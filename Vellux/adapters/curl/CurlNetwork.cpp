@@ -7,7 +7,7 @@ namespace vellux {
 
 namespace {
 
-constexpr int kNoHurry = 60 * 60 * 1000; // ms; curl shortens it to its own timers
+constexpr std::chrono::hours kNoHurry{1}; // curl shortens it to its own timers
 
 CURLSH* makeShare() {
     static const CURLcode initialised =
@@ -81,7 +81,7 @@ void CurlNetwork::run() {
         int nRunning = 0;
         curl_multi_perform(m_multi.get(), &nRunning);
         finishDone();
-        const int nTimeout = flushGathered();
+        const int nTimeout = watchSilence();
         curl_multi_poll(m_multi.get(), nullptr, 0, nTimeout, nullptr);
     }
     // Closed: takeOrders has begun what was still to be started, so that everything ends here.
@@ -146,21 +146,23 @@ void CurlNetwork::drop(const std::shared_ptr<CurlTransfer>& transfer) {
     transfer->release();
 }
 
-// Hands on what is due; returns the milliseconds until something will be.
-int CurlNetwork::flushGathered() {
+// Hands on what is due, and ends what has been silent for too long; returns the milliseconds until something will be.
+int CurlNetwork::watchSilence() {
     const auto now = CurlTransfer::Clock::now();
-    int nTimeout = kNoHurry;
+    auto next = now + kNoHurry;
+    Transfers silent;
     for (const auto& transfer : m_running) {
-        const auto due = transfer->gatheredDue();
-        if (!due)
-            continue;
-        const auto left = std::chrono::ceil<std::chrono::milliseconds>(*due - now).count();
-        if (left <= 0)
+        if (transfer->silenceDue() <= now)
+            silent.push_back(transfer); // its end hands on what is left
+        else if (transfer->gatheredDue() <= now)
             transfer->flush();
-        else
-            nTimeout = std::min(nTimeout, static_cast<int>(left));
+        next = std::min({next, transfer->silenceDue(), transfer->gatheredDue()});
     }
-    return nTimeout;
+    for (const auto& transfer : silent) {
+        drop(transfer);
+        transfer->end(CURLE_OPERATION_TIMEDOUT);
+    }
+    return static_cast<int>(std::max(std::chrono::ceil<std::chrono::milliseconds>(next - now).count(), 0L));
 }
 
 } // namespace vellux

@@ -43,7 +43,7 @@ private:
     void begin(const std::shared_ptr<CurlTransfer>& transfer);
     void finishDone();
     void drop(const std::shared_ptr<CurlTransfer>& transfer);
-    int flushGathered();
+    int watchSilence();
     void wakeUp() VELLUX_REQUIRES(m_mutex);
 
     const CurlTransportOptions m_options;

@@ -81,12 +81,17 @@ CURL* CurlTransfer::prepare(const CurlTransportOptions& options, CURLSH* share) 
     curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 1L);
     curl_easy_setopt(easy, CURLOPT_MAXREDIRS, kMostRedirects);
     curl_easy_setopt(easy, CURLOPT_HTTP_VERSION, CURL_HTTP_VERSION_1_1);
-    curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS,
-                     static_cast<long>(std::chrono::milliseconds(m_request.timeout).count()));
+    // curl counts the whole transfer, or at least what comes before the request goes out; it shares that time out among
+    // the addresses of a host. A poll's silence is for the network to watch.
+    curl_easy_setopt(easy, m_received ? CURLOPT_CONNECTTIMEOUT_MS : CURLOPT_TIMEOUT_MS,
+                     static_cast<long>(m_request.timeout.count()));
+    m_lastArrival = Clock::now();
     curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
     curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L); // a name look-up that hangs doesn't hold the end up
     curl_easy_setopt(easy, CURLOPT_MAXAGE_CONN, kOldestIdleConnection);
     curl_easy_setopt(easy, CURLOPT_OPENSOCKETFUNCTION, openSocket);
+    curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, &CurlTransfer::onHead);
+    curl_easy_setopt(easy, CURLOPT_HEADERDATA, this);
     curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &CurlTransfer::onBytes);
     curl_easy_setopt(easy, CURLOPT_WRITEDATA, this);
 
@@ -136,6 +141,11 @@ void CurlTransfer::setHeaderFields() {
     curl_easy_setopt(m_easy.get(), CURLOPT_HTTPHEADER, m_headerFields.get());
 }
 
+std::size_t CurlTransfer::onHead(char*, std::size_t nSize, std::size_t nCount, void* self) {
+    static_cast<CurlTransfer*>(self)->m_lastArrival = Clock::now();
+    return nSize * nCount;
+}
+
 std::size_t CurlTransfer::onBytes(char* bytes, std::size_t nSize, std::size_t nCount, void* self) {
     auto& transfer = *static_cast<CurlTransfer*>(self);
     const std::size_t nBytes = nSize * nCount;
@@ -145,14 +155,16 @@ std::size_t CurlTransfer::onBytes(char* bytes, std::size_t nSize, std::size_t nC
     }
     transfer.m_bytes.append(bytes, nBytes);
     transfer.m_nTotal += nBytes;
-    transfer.m_lastPiece = Clock::now();
+    transfer.m_lastArrival = Clock::now();
     return nBytes;
 }
 
-std::optional<CurlTransfer::Clock::time_point> CurlTransfer::gatheredDue() const {
-    if (!m_received || m_bytes.empty())
-        return std::nullopt;
-    return m_lastPiece + kSilence;
+CurlTransfer::Clock::time_point CurlTransfer::gatheredDue() const {
+    return m_received && !m_bytes.empty() ? m_lastArrival + kSilence : kNever;
+}
+
+CurlTransfer::Clock::time_point CurlTransfer::silenceDue() const {
+    return m_received ? m_lastArrival + m_request.timeout : kNever;
 }
 
 void CurlTransfer::flush() {

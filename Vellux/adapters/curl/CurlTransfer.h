@@ -55,8 +55,11 @@ public:
     /// what all of them share.
     void release();
 
-    /// When gathered bytes are due; absent when there are none to hand on.
-    std::optional<Clock::time_point> gatheredDue() const;
+    static constexpr Clock::time_point kNever = Clock::time_point::max();
+    /// When gathered bytes are to be handed on; kNever when there are none.
+    Clock::time_point gatheredDue() const;
+    /// When the transfer will have been silent for too long; kNever for one whose time counts from its start.
+    Clock::time_point silenceDue() const;
     /// Hands gathered bytes on.
     void flush();
 
@@ -68,6 +71,7 @@ public:
     void close();
 
 private:
+    static std::size_t onHead(char* bytes, std::size_t nSize, std::size_t nCount, void* self);
     static std::size_t onBytes(char* bytes, std::size_t nSize, std::size_t nCount, void* self);
     void setHeaderFields();
     void finish(std::optional<HttpError> error);
@@ -88,7 +92,7 @@ private:
     std::string m_bytes;
     std::size_t m_nTotal = 0;
     bool m_bTooLarge = false;
-    Clock::time_point m_lastPiece;
+    Clock::time_point m_lastArrival;
 };
 
 } // namespace vellux
