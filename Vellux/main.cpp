@@ -25,10 +25,21 @@
 #include "support/WorkerThread.h"
 
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <utility>
 
+namespace {
+
+int failure(const char* strText) {
+    std::fprintf(stderr, "vellux: %s\n", strText);
+    return EXIT_FAILURE;
+}
+
+} // namespace
+
 int main(int nArguments, char** arguments) {
+    vellux::catchTerminationSignals();
     std::signal(SIGPIPE, SIG_IGN);
     vellux::QtApplication application(nArguments, arguments);
     const auto instance = vellux::SingleInstance::claim();
@@ -51,6 +62,18 @@ int main(int nArguments, char** arguments) {
     vellux::installPlatform({lights, transport, mainThread, clock, threads, desktop});
     const vellux::WindowTray tray({mainThread, controller, window});
 
+    // A main thread that waits for an answer, or for a light that hangs, is free again soon.
+    const auto terminationWatch = vellux::TerminationWatch::start([&] {
+        mainThread.post([&] {
+            vellux::assertMainThread();
+            desktop.terminate();
+        });
+        transport.close();
+        lights.hurry();
+    });
+    if (terminationWatch == nullptr)
+        return failure("there is no thread to be had. Is a limit on processes reached?");
+
     bool bEnded = false;
     const auto endOnce = [&] {
         if (std::exchange(bEnded, true))
@@ -62,21 +85,12 @@ int main(int nArguments, char** arguments) {
         vellux::WorkerThread::joinAll();
     };
     vellux::QtApplication::onDisplayLost([&] { mainThread.runAndWait(endOnce); });
-    // A main thread that waits for an answer, or for a light that hangs, is free again soon.
-    const vellux::TerminationWatch terminationWatch([&] {
-        mainThread.post([&] {
-            vellux::assertMainThread();
-            desktop.terminate();
-        });
-        transport.close();
-        lights.hurry();
-    });
-
     vellux::assertMainThread();
     delegate.setWindow(&window);
     window.makeKeyAndOrderFront();
     application.waitForFirstPaint(window);
-    delegate.applicationDidFinishLaunching();
+    if (!vellux::isTerminationRequested()) // else nothing is lit any more
+        delegate.applicationDidFinishLaunching();
 
     const vellux::ResumeNotice resumeNotice([&lights] { lights.redeliver(); });
     QObject::connect(&window, &vellux::MainWindow::followingLost, [] {

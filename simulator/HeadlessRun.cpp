@@ -46,7 +46,9 @@ int complain(ExitStatus status, const std::string& strText) {
 
 int playDay(LightModel model, const Script& script) {
     Changes changes;
-    const vellux::TerminationWatch terminationWatch([&changes] { changes.end(); });
+    const auto terminationWatch = vellux::TerminationWatch::start([&changes] { changes.end(); });
+    if (terminationWatch == nullptr)
+        return complain(kNotAsExpected, "no thread can be made");
     Console console(stdout);
 
     const auto directory = PrivateDirectory::create();

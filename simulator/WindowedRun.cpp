@@ -65,13 +65,15 @@ int showWindow(char* strProgram, const Options& options) {
     QtDesktop desktop(window, {directory->path(), [&application] { application.quitSoon(); }, {}});
     installPlatform({lights, transport, mainThread, clock, threads, desktop});
     const WindowWatch windowWatch(controller, console, changes);
-    const TerminationWatch terminationWatch([&] {
+    const auto terminationWatch = TerminationWatch::start([&] {
         mainThread.post([&] {
             assertMainThread();
             desktop.terminate();
         });
         transport.close();
     });
+    if (terminationWatch == nullptr)
+        return complain(kNotAsExpected, "no thread can be made");
 
     assertMainThread();
     delegate.setWindow(&window);

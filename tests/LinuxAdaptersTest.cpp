@@ -4,6 +4,7 @@
 #include "adapters/linux/LinuxThreads.h"
 #include "adapters/linux/StandardDirectories.h"
 #include "adapters/linux/SystemClock.h"
+#include "adapters/linux/TerminationWatch.h"
 #include "fakes/Watchdog.h"
 #include "support/CallQueue.h"
 
@@ -11,6 +12,9 @@
 
 #include <cerrno>
 #include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <semaphore>
 #include <sys/resource.h>
 #include <thread>
 
@@ -81,6 +85,25 @@ TEST(SystemClock, SleepsAtLeastAsLongAsAskedAndNeverForNothing) {
     EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(20));
     clock.sleep(Seconds(0));
     clock.sleep(Seconds(-1e300));
+}
+
+// An impatient Ctrl-C that is not heard; a late hang-up that kills; an end that is asked for twice.
+TEST(TerminationWatch, OnlyALaterRequestOfAUserEndsAtOnce) {
+    const Watchdog watchdog("termination");
+    EXPECT_EXIT(
+        {
+            std::counting_semaphore<> requests(0);
+            const auto watch = TerminationWatch::start([&] { requests.release(); });
+            std::raise(SIGHUP);
+            requests.acquire();
+            std::raise(SIGHUP);
+            std::raise(SIGINT);
+            std::this_thread::sleep_for(std::chrono::milliseconds(2010));
+            std::raise(SIGHUP);
+            std::fputs(requests.try_acquire() ? "asked twice" : "asked once", stderr);
+            std::raise(SIGINT);
+        },
+        testing::ExitedWithCode(128 + SIGINT), "asked once");
 }
 
 // A watch that can't be ended or started again, and notices for nobody.

@@ -14,8 +14,13 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <memory>
+#include <poll.h>
 #include <string>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -59,6 +64,35 @@ int windowsOnScreen() {
     return nShown;
 }
 
+/// A server's socket that takes connections and never says a word.
+class SilentSocket {
+public:
+    explicit SilentSocket(std::string strPath) : m_strPath(std::move(strPath)) {
+        sockaddr_un address{AF_UNIX, {}};
+        m_strPath.copy(address.sun_path, sizeof address.sun_path - 1);
+        fs::create_directories(fs::path(m_strPath).parent_path());
+        fs::remove(m_strPath);
+        ::bind(m_nSocket, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+        ::listen(m_nSocket, 8);
+    }
+    ~SilentSocket() {
+        ::close(m_nSocket);
+        fs::remove(m_strPath);
+    }
+    SilentSocket(const SilentSocket&) = delete;
+    SilentSocket& operator=(const SilentSocket&) = delete;
+
+    const std::string& path() const { return m_strPath; }
+    bool hasCaller() const {
+        pollfd caller{m_nSocket, POLLIN, 0};
+        return ::poll(&caller, 1, 0) > 0;
+    }
+
+private:
+    const std::string m_strPath;
+    const int m_nSocket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+};
+
 class ProgramTest : public testing::Test {
 protected:
     ChildProcess& start() {
@@ -76,6 +110,16 @@ protected:
             command.insert(command.begin() + 1, "--map-root-user");
         m_program = std::make_unique<ChildProcess>(command);
         return *m_program;
+    }
+    /// By one of the masks in the process's status.
+    static bool handles(const ChildProcess& program, int nSignal, const std::string& strMask) {
+        std::ifstream status("/proc/" + std::to_string(program.pid()) + "/status");
+        for (std::string strLine; std::getline(status, strLine);) {
+            if (strLine.starts_with(strMask))
+                return (std::stoull(strLine.substr(strMask.size() + 1), nullptr, 16) >> (nSignal - 1) & 1U) !=
+                       0;
+        }
+        return false;
     }
     bool isStarted() const { return m_home.content("configv31.bin") != "absent"; }
 
@@ -144,15 +188,58 @@ TEST_F(ProgramTest, EndsWithAnAlertOpen) {
     EXPECT_EQ(statusAfter(program, SIGTERM), 0);
 }
 
-// A second Ctrl-C that is ignored while the first end takes its time.
-TEST_F(ProgramTest, ASecondSignalEndsAtOnce) {
-    ChildProcess& program = start();
+// The second signal of a session's end, or of a terminal that closes, that kills in the middle of the orderly end.
+TEST_F(ProgramTest, SignalsThatComeTogetherAreOneRequest) {
+    const struct {
+        int nFirst, nSecond;
+    } rows[] = {{SIGTERM, SIGHUP}, {SIGHUP, SIGHUP}, {SIGHUP, SIGTERM}, {SIGINT, SIGTERM}, {SIGINT, SIGINT}};
+    for (const auto& row : rows) {
+        fs::remove_all(m_home.data());
+        ChildProcess& program = start();
+        ASSERT_TRUE(waitUntil([&] { return isStarted(); }));
+        program.signal(row.nFirst);
+        program.signal(row.nSecond);
+        EXPECT_EQ(statusAtEnd(program), 0) << row.nFirst << " " << row.nSecond;
+        EXPECT_EQ(m_home.content("uistate.txt"), "1;0;0;0;0;1;0;2") << row.nFirst << " " << row.nSecond;
+    }
+}
+
+// A signal that kills while the program starts, or is lost there; a state written before it was read.
+TEST_F(ProgramTest, EndsInOrderAtAnyMomentOfItsStart) {
+    for (int n = 0; n < 25; ++n) {
+        m_home.writeWindowState("1;1;0;1;2;0;3;1");
+        ChildProcess& program = start();
+        while (!handles(program, SIGTERM, "SigCgt"))
+            std::this_thread::yield();
+        std::this_thread::sleep_for(std::chrono::milliseconds(3 * n));
+        EXPECT_EQ(statusAfter(program, SIGTERM), 0) << n;
+        EXPECT_EQ(m_home.content("uistate.txt"), "1;1;0;1;2;0;3;1") << n;
+    }
+}
+
+// A start that can't be ended while it waits for a display, or for a bus, that takes connections and never answers.
+TEST_F(ProgramTest, EndsWhileTheDesktopDoesNotAnswerItsStart) {
+    const SilentSocket bus(m_home.directory() + "/silent-bus");
+    const SilentSocket display("/tmp/.X11-unix/X" + std::to_string(1000 + ::getpid() % 50000));
+    ::setenv("DISPLAY", (":" + display.path().substr(sizeof "/tmp/.X11-unix/X" - 1)).c_str(), 1);
+    for (const SilentSocket* pSilent : {&bus, &display}) {
+        ::setenv("QT_QPA_PLATFORM", pSilent == &display ? "xcb" : "offscreen", 1);
+        ::setenv("DBUS_SESSION_BUS_ADDRESS", ("unix:path=" + bus.path()).c_str(), 1);
+        ChildProcess& program = start();
+        ASSERT_TRUE(waitUntil([&] { return pSilent->hasCaller(); }));
+        EXPECT_EQ(statusAfter(program, SIGTERM), 0) << pSilent->path();
+    }
+}
+
+// A hang-up that ends what nohup started; signals blocked, and with them in every program that is started from here.
+TEST_F(ProgramTest, LeavesAnIgnoredSignalIgnoredAndNoneBlocked) {
+    m_program = std::make_unique<ChildProcess>(
+        std::vector<std::string>{"sh", "-c", "trap '' HUP; exec " VELLUX_PROGRAM});
     ASSERT_TRUE(waitUntil([&] { return isStarted(); }));
-    program.signal(SIGSTOP); // so that both are there before the first is acted upon
-    program.signal(SIGTERM);
-    program.signal(SIGINT);
-    program.signal(SIGCONT);
-    EXPECT_GE(statusAtEnd(program), 128);
+    EXPECT_TRUE(handles(*m_program, SIGHUP, "SigIgn"));
+    for (const int nSignal : {SIGTERM, SIGINT, SIGHUP})
+        EXPECT_FALSE(handles(*m_program, nSignal, "SigBlk")) << nSignal;
+    EXPECT_EQ(statusAfter(*m_program, SIGTERM), 0);
 }
 
 // A display that goes away takes the process with it; the light must not stay on, nor the settings be lost.

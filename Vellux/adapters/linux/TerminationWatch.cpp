@@ -1,6 +1,6 @@
 #include "adapters/linux/TerminationWatch.h"
 
-#include <sys/eventfd.h>
+#include <semaphore.h>
 #include <unistd.h>
 
 #include <array>
@@ -8,6 +8,9 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
+#include <cstdlib>
+#include <ctime>
+#include <system_error>
 #include <utility>
 
 namespace vellux {
@@ -15,62 +18,84 @@ namespace vellux {
 namespace {
 
 constexpr std::array kSignals = {SIGTERM, SIGINT, SIGHUP};
-constexpr std::uint64_t kRequest = 1;
-constexpr std::uint64_t kEnd = std::uint64_t{1} << 32;
+constexpr std::int64_t kOneRequest = 2'000; // ms
+constexpr std::int64_t kNone = -1;
 
-// What the handler touches; it may do little else than write to a descriptor.
-std::atomic<int> nWatch{-1};
-std::atomic<bool> bRequested{false};
+enum class Stage { Starting, Watched, Ending };
 
-void tell(std::uint64_t nWhat) {
-    const int nError = errno;
-    static_cast<void>(::write(nWatch, &nWhat, sizeof nWhat) ==
-                      sizeof nWhat); // can't fail: it is far from full
-    errno = nError;
+// What the handler touches; it may call little else than sem_post().
+std::atomic<Stage> stage{Stage::Starting};
+std::atomic<std::int64_t> nFirst{kNone}; // when the first request came: ms of the monotonic clock
+sem_t awake;                             // posted when the watch's thread has something to do
+static_assert(decltype(stage)::is_always_lock_free && decltype(nFirst)::is_always_lock_free);
+
+std::int64_t now() {
+    timespec time{};
+    ::clock_gettime(CLOCK_MONOTONIC, &time);
+    return std::int64_t{time.tv_sec} * 1'000 + time.tv_nsec / 1'000'000;
 }
 
 void onSignal(int nSignal) {
-    if (bRequested.exchange(true))
-        ::_exit(128 + nSignal);
-    tell(kRequest);
+    const int nError = errno;
+    const std::int64_t nNow = now();
+    std::int64_t nBefore = kNone;
+    // Noted before the stage is read: a watch that starts meanwhile sees it.
+    if (!nFirst.compare_exchange_strong(nBefore, nNow)) {
+        if (nSignal != SIGHUP && nNow - nBefore > kOneRequest)
+            ::_exit(128 + nSignal);
+    } else if (stage == Stage::Starting) {
+        ::_exit(EXIT_SUCCESS);
+    } else {
+        ::sem_post(&awake);
+    }
+    errno = nError;
 }
 
-void handle(void (*handler)(int)) {
+} // namespace
+
+void catchTerminationSignals() {
     for (const int nSignal : kSignals) {
         struct sigaction action {};
         ::sigaction(nSignal, nullptr, &action);
         if (action.sa_handler == SIG_IGN)
             continue;
         action = {};
-        action.sa_handler = handler;
+        action.sa_handler = onSignal;
         action.sa_flags = SA_RESTART;
         ::sigaction(nSignal, &action, nullptr);
     }
 }
 
-} // namespace
+bool isTerminationRequested() {
+    return nFirst != kNone;
+}
 
-TerminationWatch::TerminationWatch(std::function<void()> requested) {
-    nWatch = ::eventfd(0, EFD_CLOEXEC);
-    m_thread = std::thread([requested = std::move(requested)] {
-        std::uint64_t nTold = 0;
-        while (nTold < kEnd) {
-            std::uint64_t nMore = 0;
-            if (::read(nWatch, &nMore, sizeof nMore) != sizeof nMore)
-                continue;
-            if (nTold == 0 && nMore < kEnd)
+std::unique_ptr<TerminationWatch> TerminationWatch::start(std::function<void()> requested) {
+    catchTerminationSignals();
+    ::sem_init(&awake, /*pshared=*/0, 0);
+    std::unique_ptr<TerminationWatch> watch(new TerminationWatch);
+    try {
+        watch->m_thread = std::thread([requested = std::move(requested)] {
+            while (::sem_wait(&awake) != 0) { // a signal came
+            }
+            if (stage == Stage::Watched)
                 requested();
-            nTold += nMore;
-        }
-    });
-    handle(onSignal);
+        });
+    } catch (const std::system_error&) {
+        return nullptr;
+    }
+    stage = Stage::Watched;
+    if (isTerminationRequested())
+        ::sem_post(&awake);
+    return watch;
 }
 
 TerminationWatch::~TerminationWatch() {
-    handle(SIG_DFL);
-    tell(kEnd);
+    if (!m_thread.joinable())
+        return;
+    stage = Stage::Ending;
+    ::sem_post(&awake);
     m_thread.join();
-    ::close(nWatch.exchange(-1));
 }
 
 } // namespace vellux
