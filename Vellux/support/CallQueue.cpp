@@ -1,6 +1,14 @@
 #include "support/CallQueue.h"
 
+#include <chrono>
+
 namespace vellux {
+
+namespace {
+
+constexpr std::chrono::milliseconds kLongestTurn(50);
+
+} // namespace
 
 struct CallQueue::Call {
     std::function<void()> function;
@@ -58,18 +66,36 @@ void CallQueue::execute(const std::shared_ptr<Call>& call) {
     m_changed.notify_all();
 }
 
-void CallQueue::runPending() {
-    for (;;) {
-        std::shared_ptr<Call> call;
-        {
-            ScopedLock lock(m_mutex);
-            if (m_calls.empty())
-                return;
-            call = std::move(m_calls.front());
-            m_calls.pop_front();
-        }
-        execute(call);
+// Takes one call off the queue and runs it, if it is one of the first `nLast` that were ever queued.
+bool CallQueue::runNext(std::uint64_t nLast) {
+    std::shared_ptr<Call> call;
+    bool bOthersWait = false;
+    {
+        ScopedLock lock(m_mutex);
+        if (m_calls.empty() || m_nTaken >= nLast)
+            return false;
+        call = std::move(m_calls.front());
+        m_calls.pop_front();
+        ++m_nTaken;
+        bOthersWait = !m_calls.empty();
     }
+    if (bOthersWait && m_wake) // now, since the call may run a loop of its own
+        m_wake();
+    execute(call);
+    return true;
+}
+
+bool CallQueue::runPending() {
+    const auto end = std::chrono::steady_clock::now() + kLongestTurn;
+    std::uint64_t nLast = 0; // a number and not a count: loops inside the calls take calls off, too
+    {
+        ScopedLock lock(m_mutex);
+        nLast = m_nTaken + m_calls.size();
+    }
+    while (runNext(nLast) && std::chrono::steady_clock::now() < end) {
+    }
+    ScopedLock lock(m_mutex);
+    return !m_calls.empty();
 }
 
 void CallQueue::run() {

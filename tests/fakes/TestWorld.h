@@ -46,8 +46,11 @@ protected:
     void runUntilConnectShows(const std::string& strTitle);
     /// Closes the main thread's queue, as quitting does, and waits for the end of every other thread.
     void endThreads();
-    /// Runs what is queued now.
-    virtual void runPending() { mainThread.runPending(); }
+    /// Runs what is queued now, and what that queues in turn.
+    virtual void runPending() {
+        while (mainThread.runPending()) {
+        }
+    }
     /// Whether a user sees the Connect button with this title and can press it. The model alone is ahead of its
     /// observers for a moment.
     virtual bool isConnectUsable(const std::string& strTitle);

@@ -2,6 +2,7 @@
 #include "AlertPopup.h"
 #include "GuiWorld.h"
 #include "adapters/qt/WindowTray.h"
+#include "fakes/Watchdog.h"
 
 #include <QMenu>
 
@@ -88,6 +89,18 @@ TEST_F(AlertTest, theTraysMenuBeginsNothingUnderAnAlert) {
     EXPECT_TRUE(window.isVisible());
     actions[3]->trigger();
     EXPECT_EQ(journal.take({"ended"}), Lines{"ended"});
+}
+
+// An alert that can't be answered, since calls that queue calls keep the window out.
+TEST_F(AlertTest, canBeAnsweredWhileCallsQueueCalls) {
+    const Watchdog watchdog("an alert's loop");
+    const std::function<void()> again = [&] { mainThread.post(again); };
+    int nShown = 0;
+    onAlert([&](QMessageBox&) { ++nShown; });
+    mainThread.post([] { AlertPopup::sharedAlertPopup().display("Vellux", "beside the calls"); });
+    again();
+    runUntil([&] { return nShown == 1; }, "the alert");
+    mainThread.close();
 }
 
 // A program that can't be ended while an alert is open, ends twice, or shows another alert while it ends.
