@@ -1,5 +1,6 @@
 // The small pieces: text, URLs, files, the main thread's queue, worker threads, shared instances.
 
+#include "fakes/ScarceMemory.h"
 #include "fakes/TestWorld.h"
 #include "fakes/Watchdog.h"
 #include "support/Files.h"
@@ -8,9 +9,13 @@
 #include "support/Url.h"
 
 #include <atomic>
+#include <csignal>
 #include <limits>
+#include <sys/prctl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <thread>
+#include <unistd.h>
 
 namespace {
 
@@ -108,14 +113,57 @@ TEST_F(Files, AreForTheirOwnerAlone) {
     EXPECT_EQ(modeOf(path("secret")), 0400U);
 }
 
-// Credentials in a file that others can read whatever we do to it: on a file system without modes, or theirs.
-TEST_F(Files, AreNotWrittenWhereOthersCanRead) {
-    const std::string strFixed = "/proc/self/oom_score_adj"; // ours to write, but its mode can't be changed
-    ASSERT_EQ(modeOf(strFixed), 0644U);
-    writeFile(strFixed, "7", FileAccess::OwnerOnly);
-    EXPECT_NE(contentOf(strFixed), "7\n");
-    writeFile(strFixed, "7", FileAccess::Default);
-    EXPECT_EQ(contentOf(strFixed), "7\n");
+// Settings never written where the file system has no modes, or credentials in somebody else's file.
+TEST_F(Files, ThatCannotBeTightenedAreWrittenIfTheyAreOurs) {
+    const std::string strFixed =
+        "/proc/self/timerslack_ns"; // everybody's to write; its mode can't be changed
+    ASSERT_EQ(modeOf(strFixed), 0666U);
+    writeFile(strFixed, "60000", FileAccess::OwnerOnly);
+    EXPECT_EQ(contentOf(strFixed), "60000\n");
+    const uid_t nUser = geteuid();
+    ASSERT_EQ(nUser == 0 ? seteuid(65534) : 0, 0);
+    prctl(PR_SET_DUMPABLE, 0); // now it is root's, and we are not
+    writeFile(strFixed, "70000", FileAccess::OwnerOnly);
+    EXPECT_EQ(contentOf(strFixed), "60000\n");
+    writeFile(strFixed, "70000", FileAccess::Default);
+    EXPECT_EQ(contentOf(strFixed), "70000\n");
+    ASSERT_EQ(seteuid(nUser), 0);
+    prctl(PR_SET_DUMPABLE, 1);
+}
+
+// A file emptied, or half a text, where there is no room for the whole one.
+TEST_F(Files, KeepWhatTheyHeldUnlessAllOfItFits) {
+    std::signal(SIGXFSZ, SIG_IGN); // a write beyond the limit is short, and the next one fails
+    rlimit limit{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &limit), 0);
+    for (const std::string strBefore : {"", "short", "0123456789", "longer than all that may be written"})
+        for (const std::string strText : {"", "new", "9876543210", "more than what fits"}) {
+            writeContent(path("f"), strBefore);
+            const rlimit tight{10, limit.rlim_max};
+            ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &tight), 0);
+            writeFile(path("f"), strText, FileAccess::OwnerOnly);
+            ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+            EXPECT_EQ(contentOf(path("f")), strText.size() <= 10 ? strText : strBefore);
+        }
+}
+
+// A short file read into a megabyte; an exception where there is no memory.
+TEST_F(Files, NeedLittleMemoryAndNeverThrow) {
+    const std::string strPath = path("directory/and/a/long/name/of/a/file"), strText(100, 'x');
+    createPrivateDirectory(fs::path(strPath).parent_path());
+    writeFile(strPath, strText, FileAccess::OwnerOnly);
+    scarce_memory::nLargest = 0;
+    EXPECT_EQ(readTextFile(strPath), strText);
+    EXPECT_LT(scarce_memory::nLargest, 16U * 1024);
+    for (int nPieces = 0; nPieces < 20; ++nPieces) {
+        scarce_memory::nPiecesLeft = nPieces;
+        createPrivateDirectory(strPath);
+        writeFile(strPath, strText, FileAccess::OwnerOnly);
+        const auto strRead = readTextFile(strPath);
+        scarce_memory::nPiecesLeft = -1;
+        EXPECT_EQ(strRead.value_or(strText), strText);
+        EXPECT_EQ(contentOf(strPath), strText);
+    }
 }
 
 // A rest of the longer text before; a content that comes back changed; rubbish, or more than memory holds, read.

@@ -2,9 +2,12 @@
 
 #include "support/Text.h"
 
+#include <algorithm>
+#include <cerrno>
 #include <fcntl.h>
 #include <filesystem>
-#include <fstream>
+#include <new>
+#include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
 
@@ -14,69 +17,146 @@ namespace vellux {
 
 namespace {
 
-constexpr std::uintmax_t kLargestFile = std::uintmax_t{1024} * 1024;
-constexpr fs::perms kOthers = fs::perms::group_all | fs::perms::others_all;
+constexpr std::size_t kLargestFile = std::size_t{1024} * 1024;
+constexpr std::size_t kPiece = 4096; // our files fit into one
 
+constexpr mode_t kOthers = S_IRWXG | S_IRWXO;
 constexpr mode_t kDefaultMode = 0666; // less the process's mask
 constexpr mode_t kOwnerMode = 0600;
 
+template <typename Call> bool succeeds(Call call) {
+    while (call() != 0) {
+        if (errno != EINTR)
+            return false;
+    }
+    return true;
+}
+
+// A regular file, open for as long as the object lives. Nothing else is opened for good: a pipe or a device could
+// block, or swallow the text. Each operation says whether it succeeded.
+class File {
+public:
+    File(const std::string& strPath, int nAccess)
+        : m_nFile(::open(strPath.c_str(), nAccess | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)) {
+        m_bRegular = m_nFile >= 0 && ::fstat(m_nFile, &m_status) == 0 && S_ISREG(m_status.st_mode);
+    }
+    ~File() {
+        if (m_nFile >= 0)
+            ::close(m_nFile);
+    }
+    File(const File&) = delete;
+    File& operator=(const File&) = delete;
+
+    bool isOpen() const { return m_bRegular; }
+    /// As the file was found.
+    const struct stat& status() const { return m_status; }
+
+    /// From its beginning on, `nMost` bytes at most.
+    bool read(std::string& strText, std::size_t nMost) const {
+        strText.clear();
+        for (;;) {
+            const std::size_t nRead = strText.size();
+            const std::size_t nWanted = std::min(kPiece, nMost - nRead);
+            strText.resize(nRead + nWanted);
+            const ssize_t nMore =
+                ::pread(m_nFile, strText.data() + nRead, nWanted, static_cast<off_t>(nRead));
+            strText.resize(nRead + (nMore > 0 ? static_cast<std::size_t>(nMore) : 0));
+            if (nMore < 0 && errno != EINTR)
+                return false;
+            if (nMore == 0)
+                return true;
+        }
+    }
+
+    /// Whether there is room for so many bytes. A file system that can't reserve any says yes.
+    bool reserve(std::size_t nBytes) const {
+        return succeeds([&] {
+                   return ::fallocate(m_nFile, FALLOC_FL_KEEP_SIZE, 0, static_cast<off_t>(nBytes));
+               }) ||
+               (errno != ENOSPC && errno != EDQUOT);
+    }
+
+    /// From its beginning on.
+    bool write(std::string_view strText) const {
+        if (::lseek(m_nFile, 0, SEEK_SET) != 0)
+            return false;
+        while (!strText.empty()) {
+            const ssize_t nWritten = ::write(m_nFile, strText.data(), strText.size());
+            if (nWritten > 0)
+                strText.remove_prefix(static_cast<std::size_t>(nWritten));
+            else if (nWritten == 0 || errno != EINTR)
+                return false;
+        }
+        return true;
+    }
+
+    bool cut(off_t nLength) const {
+        return succeeds([&] { return ::ftruncate(m_nFile, nLength); });
+    }
+
+private:
+    const int m_nFile;
+    struct stat m_status {};
+    bool m_bRegular = false;
+};
+
 // Takes group and others their access; the owner's own stays as it is, so that a file made read-only stays so.
-// Whether they have none now.
-bool tighten(const fs::path& path) {
-    std::error_code error;
-    fs::permissions(path, kOthers, fs::perm_options::remove, error);
-    const fs::file_status status = fs::status(path, error);
-    return !error && (status.permissions() & kOthers) == fs::perms::none;
+void tighten(const std::string& strPath) {
+    struct stat status {};
+    if (::stat(strPath.c_str(), &status) == 0 && S_ISREG(status.st_mode) && (status.st_mode & kOthers) != 0)
+        ::chmod(strPath.c_str(), status.st_mode & ~kOthers);
+}
+
+// Where modes can't be changed the user's own file is as private as that file system lets it be.
+bool isPrivate(const struct stat& status) {
+    return (status.st_mode & kOthers) == 0 || status.st_uid == ::geteuid();
 }
 
 } // namespace
 
-void createPrivateDirectory(const std::string& strPath) {
+void createPrivateDirectory(const std::string& strPath) try {
     std::error_code error;
     if (fs::is_directory(strPath, error))
         return;
     fs::create_directories(strPath, error);
     if (!error)
         fs::permissions(strPath, fs::perms::owner_all, error);
+} catch (const std::bad_alloc&) {
 }
 
 void createFileIfMissing(const std::string& strPath, FileAccess access) {
-    // A stream could not create a file that is its owner's alone from its first moment on.
     const int nFile = ::open(strPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC,
                              access == FileAccess::OwnerOnly ? kOwnerMode : kDefaultMode);
     if (nFile >= 0)
         ::close(nFile);
-    std::error_code error;
-    if (access == FileAccess::OwnerOnly && fs::is_regular_file(strPath, error))
+    if (access == FileAccess::OwnerOnly)
         tighten(strPath);
 }
 
-std::optional<std::string> readTextFile(const std::string& strPath) {
-    std::error_code error;
-    if (!fs::is_regular_file(strPath, error) || fs::file_size(strPath, error) > kLargestFile || error)
-        return std::nullopt;
-    std::ifstream file(strPath, std::ios::binary);
-    if (!file)
-        return std::nullopt;
-    std::string strText(kLargestFile, '\0');
-    file.read(strText.data(), static_cast<std::streamsize>(strText.size()));
-    if (file.bad())
-        return std::nullopt;
-    strText.resize(static_cast<std::size_t>(file.gcount()));
-    if (!isUtf8(strText))
+std::optional<std::string> readTextFile(const std::string& strPath) try {
+    const File file(strPath, O_RDONLY);
+    std::string strText;
+    if (!file.isOpen() || !file.read(strText, kLargestFile + 1) || strText.size() > kLargestFile ||
+        !isUtf8(strText))
         return std::nullopt;
     return strText;
+} catch (const std::bad_alloc&) {
+    return std::nullopt;
 }
 
-void writeFile(const std::string& strPath, std::string_view strText, FileAccess access) {
+void writeFile(const std::string& strPath, std::string_view strText, FileAccess access) try {
     createFileIfMissing(strPath, access);
-    std::error_code error;
-    if (!fs::is_regular_file(strPath, error))
-        return; // nothing that could block or swallow the text
-    if (access == FileAccess::OwnerOnly && !tighten(strPath))
-        return; // somebody else's file, or a file system without modes
-    std::ofstream file(strPath, std::ios::binary | std::ios::trunc);
-    file << strText;
+    const File file(strPath, O_RDWR);
+    if (!file.isOpen() || (access == FileAccess::OwnerOnly && !isPrivate(file.status())))
+        return;
+    std::string strBefore;
+    if (!file.read(strBefore, strText.size()) || !file.reserve(strText.size()))
+        return;
+    if (file.write(strText) && file.cut(static_cast<off_t>(strText.size())))
+        return;
+    file.write(strBefore); // into room that it has already
+    file.cut(file.status().st_size);
+} catch (const std::bad_alloc&) {
 }
 
 } // namespace vellux
