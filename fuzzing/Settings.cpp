@@ -18,6 +18,7 @@ int nSignIns = 0; // that were to start since the run began
 
 // Instead of the real ones: a platform that can't make a thread. The only one that is asked for signs in.
 namespace vellux {
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the real one keeps it
 WorkerThread::WorkerThread(std::function<void()> /*body*/) : m_state(std::make_shared<State>()) {}
 void WorkerThread::start() {
     ++nSignIns;
@@ -55,7 +56,7 @@ bool hasText(const std::string& strText) {
 /// What ends up in the window-state file.
 std::string savedState(VelluxWindowUi& ui, const std::string& strPath) {
     ui.saveUiState();
-    const std::string strState = contentOf(strPath);
+    std::string strState = contentOf(strPath);
     const auto fields = vellux::split(strState, ";");
     require(fields.size() == 8, "the window state has eight fields");
     for (const std::string& strField : fields)
