@@ -2,8 +2,13 @@
 #include "GuiWorld.h"
 #include "fakes/ServerTexts.h"
 
+#include "light/ReportDecoder.h"
+#include "window/LightPicture.h"
+
 #include <QAccessible>
 #include <QClipboard>
+
+#include <cmath>
 
 namespace {
 
@@ -63,6 +68,42 @@ TEST_F(LightTest, lampHasNameAndStillness) {
         EXPECT_EQ(textOf("labelLampName"), strFlashing);
     }
     EXPECT_EQ(widget<QWidget>("lampView").grab().toImage(), before);
+}
+
+// A lamp of another colour or name than the light's, as the light understands its reports.
+TEST_F(LightTest, lampLooksAsTheLightDoes) {
+    using namespace vellux::simulator;
+    plugInV30();
+    LightPicture picture;
+    picture.resize(200, 200);
+    // Where no lamp has its shape, and where the picture's light does not shine.
+    const auto colourAt = [](QWidget& shown, double dPlace) {
+        const QImage image = shown.grab().toImage();
+        const int nSide = std::min(image.width(), image.height());
+        return image.pixel((image.width() - nSide) / 2 + static_cast<int>(nSide * dPlace),
+                           (image.height() - nSide) / 2 + static_cast<int>(nSide * dPlace));
+    };
+    std::vector<QRgb> lamps, lights;
+    for (std::int32_t nColor = 0; nColor <= 8; ++nColor) {
+        journal.clear();
+        ui().displayVelluxColor(nColor);
+        const auto bytes = QByteArray::fromHex(journal.lines({"report"}).back().substr(7).c_str());
+        const auto state = decodeReport(LightModel::V30, {reinterpret_cast<const std::uint8_t*>(bytes.data()),
+                                                          static_cast<std::size_t>(bytes.size())})
+                               .state.value_or(LightState{"unreadable", ""});
+        EXPECT_EQ(textOf("labelLampName").toStdString(), nColor == 8 ? "Off" : state.strColour);
+        EXPECT_EQ(state.strColour, ui().manualModeColorList()->items()[static_cast<std::size_t>(nColor)]);
+        picture.setState(state);
+        lamps.push_back(colourAt(widget<QWidget>("lampView"), 0.28));
+        lights.push_back(colourAt(picture, 0.75));
+    }
+    const auto distance = [](QRgb one, QRgb other) {
+        return std::hypot(qRed(one) - qRed(other), qGreen(one) - qGreen(other), qBlue(one) - qBlue(other));
+    };
+    for (std::size_t n = 0; n < 8; ++n)
+        for (std::size_t nOther = 0; nOther < 8; ++nOther)
+            EXPECT_LE(distance(lamps[n], lights[n]), distance(lamps[n], lights[nOther]))
+                << n << " " << nOther;
 }
 
 // A user who believes in a following that has ended, is told of it again and again, or can't begin anew.

@@ -54,6 +54,7 @@ TEST_F(MainWindowTest, aboutFloatsAndCloses) {
         EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
         EXPECT_TRUE(
             pAbout->findChild<QLabel*>("labelVersion")->text().contains(QRegularExpression("\\d\\.\\d")));
+        EXPECT_EQ(pAbout->findChild<QWidget*>("emblem")->accessibleDescription(), "Green");
         if (n == 0)
             continue; // opened anew while one is there
         QApplication::setActiveWindow(pAbout);
