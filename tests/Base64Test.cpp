@@ -40,7 +40,7 @@ TEST(Base64, DecodesLeniently) {
     for (const std::string_view text :
          {"Zm9v===="sv, "Z=m9v"sv, "=Zm9v"sv, "Zm9vY"sv, "Zm\r\n 9v\t"sv, "Z-m_9*v"sv, "Zm\0009v"sv})
         EXPECT_EQ(decoded(text), "foo") << text;
-    for (const std::string_view text : {"Z"sv, "===="sv, "Zm9v\xC3\xA9"sv, "\x80"sv, "Zm9v\xFF="sv})
+    for (const std::string_view text : {"Z"sv, "===="sv, "Zm9v\xC3\xA9"sv, "Zm9v\x80"sv, "Zm9v\xFF="sv})
         EXPECT_EQ(decoded(text), "") << text;
     EXPECT_EQ(decoded("Zm8"), "fo");
     EXPECT_EQ(decoded("Zh=="), "f");

@@ -3,6 +3,7 @@
 #include "fakes/TestWorld.h"
 
 #include <fcntl.h>
+#include <fstream>
 #include <regex>
 #include <semaphore>
 #include <sys/mman.h>
@@ -211,6 +212,24 @@ TEST_F(ConnectionTest, manualModeWhileConnectingKeepsLightAndStatusLine) {
     transport.lastPoll().simulateData(batch("/n"));
     EXPECT_EQ(journal.take().size(),
               2U); // the presence is asked for and the next poll opened; nothing is shown
+}
+
+// A thread's stack and handle kept of every connection there has ever been.
+TEST_F(ConnectionTest, aHundredConnectionsLeaveNothingBehind) {
+    const auto mapped = [] { // bytes
+        std::size_t nPages = 0;
+        std::ifstream("/proc/self/statm") >> nPages;
+        return nPages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    };
+    std::size_t nBefore = 0;
+    for (int n = 0; n < 100; ++n) {
+        connect();
+        click();
+        journal.clear();
+        if (n == 10)
+            nBefore = mapped();
+    }
+    EXPECT_LT(mapped(), nBefore + (std::size_t{256} << 20)); // 89 stacks of 8 MiB are more
 }
 
 // A button "Reconnect" that only disconnects, leaves the old poll open, or starts a second monitor.

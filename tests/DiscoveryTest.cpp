@@ -126,7 +126,8 @@ TEST_F(Notices, AColourAskedForWithoutALightIsShownOnArrival) {
     hid.present(device);
     std::int32_t nCount = 0;
     VelluxFindDevices(nCount);
-    EXPECT_EQ(ui().displayVelluxColor(5), kNoDevice);
+    for (const std::int32_t nColor : {9, -1, 5})
+        EXPECT_EQ(ui().displayVelluxColor(nColor), kNoDevice);
     EXPECT_EQ(VelluxTurnOnRedLight(0), kIOReturnNoDevice);
     EXPECT_EQ(journal.take(), Lines{});
     hid.noticeArrival(device);

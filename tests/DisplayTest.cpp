@@ -56,12 +56,15 @@ TEST_F(Display, OnlyTheFirstLight) {
     const auto second = FakeHidManager::light(0x2C0D, 6, "second");
     arrive(second);
     journal.clear();
-    EXPECT_EQ(show(0), Lines{"report first 60..00"});
-    EXPECT_EQ(show(7), Lines{});
     EXPECT_EQ(ui().syncModeColorList()->numberOfItems(), 8);
-    hid.noticeArrival(second);
-    runPending();
-    EXPECT_EQ(reports(), (Lines{"report first 73..00", "report first 73..00"}));
+    for (const std::int32_t nNothing :
+         {7, 9, -1}) { // recorded, so that off is all there is to show on arrival
+        EXPECT_EQ(show(0), Lines{"report first 60..00"});
+        EXPECT_EQ(show(nNothing), Lines{});
+        hid.noticeArrival(second);
+        runPending();
+        EXPECT_EQ(reports(), (Lines{"report first 73..00", "report first 73..00"})) << nNothing;
+    }
     hid.scriptResults(std::vector<VelluxResult>(50, 0xE00002ED));
     EXPECT_EQ(ui().displayVelluxColor(0), static_cast<std::int32_t>(0xE00002ED));
 }

@@ -70,11 +70,11 @@ TEST_F(PresencePolicy, BoxesActAtOnce) {
     expectBox(away, false, {});
     away->setState(vellux::Button::kMixed);
     available->setState(vellux::Button::kMixed);
-    expectUpdate("Online", {});
     expectUpdate("Away", {});
-    hid.noticeArrival(light); // yellow was not shown, but it is the current colour
+    expectUpdate("Online", {});
+    hid.noticeArrival(light); // green was not shown, but it is the current colour
     runPending();
-    EXPECT_EQ(reports(), framed("ff cf"));
+    EXPECT_EQ(reports(), framed("ff df"));
 }
 
 // The policy at work in manual mode, or idle without a light, which then does not catch up.
