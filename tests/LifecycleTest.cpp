@@ -152,4 +152,30 @@ TEST_F(LifecycleTest, alertsOfTwoThreadsAreShownOneAfterTheOther) {
     EXPECT_EQ(journal.take(), (Lines{"alert from a worker", "alert from a worker"}));
 }
 
+struct MainThreadRow {
+    const char* strName;
+    void (*operation)();
+    friend void PrintTo(const MainThreadRow& row, std::ostream* out) { *out << row.strName; }
+};
+struct MainThreadTest : TestWorld, testing::WithParamInterface<MainThreadRow> {};
+
+// An operation of the main thread that runs on another one, and is noticed by chance, if at all.
+TEST_P(MainThreadTest, otherThreadsEndTheProgram) {
+    EXPECT_DEATH(std::thread(GetParam().operation).join(), "of the main thread was called on another thread");
+}
+const MainThreadRow kMainThreadRows[] = {
+    {"discovery",
+     [] {
+         std::int32_t nCount = 0;
+         VelluxFindDevices(nCount);
+     }},
+    {"release", VelluxReleaseDevices},
+    {"client", [] { VelluxHttp::sharedVelluxHttp().abortEventChannelConnection(); }},
+    {"controller", [] { VelluxWindowUi::sharedVelluxWindowUi().deviceUnplugged(); }},
+    {"delegate", [] { VelluxAppDelegate::sharedVelluxAppDelegate().applicationShouldHandleReopen(true); }},
+    {"popup", [] {
+         AlertPopup::sharedAlertPopup().displayAlert({"Vellux", "here"});
+     }}};
+INSTANTIATE_TEST_SUITE_P(, MainThreadTest, testing::ValuesIn(kMainThreadRows));
+
 } // namespace
