@@ -33,7 +33,8 @@ VelluxHttp::httpGet_MyPresence(const std::optional<std::string>& strUrl,
                                const std::optional<std::string>& strAuthorization) {
     if (!strUrl || !strAuthorization || !vellux::formsUrl(*strUrl))
         return std::nullopt;
-    const auto strBody = exchange(getRequest(*strUrl, {{"Authorization", *strAuthorization}}));
+    const auto strBody =
+        exchange(getRequest(*strUrl, {{"Authorization", *strAuthorization}}, issuerOf(*strAuthorization)));
     if (!strBody)
         return std::nullopt;
     const auto answer = JsonAnswer::parse(*strBody);
@@ -53,8 +54,8 @@ void VelluxHttp::httpGet_EventChannels() {
         return;
     }
     vellux::HttpRequest request = getRequest(*strUrl, {});
-    if (auto strAuthorization = strOAuthToken.get())
-        request.headerFields.emplace_back("Authorization", std::move(*strAuthorization));
+    if (const auto strAuthorization = strOAuthToken.get())
+        request = getRequest(*strUrl, {{"Authorization", *strAuthorization}}, issuerOf(*strAuthorization));
     request.timeout = kLongPollTimeout;
     if (m_openPolls.size() == kMostPolls) {
         m_openPolls.front()->cancel(); // let go long ago

@@ -12,13 +12,21 @@ namespace {
 constexpr std::chrono::seconds kTimeout{30};
 } // namespace
 
-HttpRequest getRequest(std::string strUrl, HttpHeaderFields headerFields) {
-    return {"GET", std::move(strUrl), std::move(headerFields), std::nullopt, kTimeout};
+HttpRequest getRequest(std::string strUrl, HttpHeaderFields headerFields,
+                       std::optional<std::string> strCredentialOrigin) {
+    return {"GET",        std::move(strUrl), std::move(headerFields),
+            std::nullopt, kTimeout,          std::move(strCredentialOrigin)};
 }
 
-HttpRequest postRequest(std::string strUrl, HttpHeaderFields headerFields, std::string strBody) {
+HttpRequest postRequest(std::string strUrl, HttpHeaderFields headerFields, std::string strBody,
+                        std::optional<std::string> strCredentialOrigin) {
     headerFields.emplace_back("Content-Length", std::to_string(strBody.size()));
-    return {"POST", std::move(strUrl), std::move(headerFields), std::move(strBody), kTimeout};
+    return {"POST",
+            std::move(strUrl),
+            std::move(headerFields),
+            std::move(strBody),
+            kTimeout,
+            std::move(strCredentialOrigin)};
 }
 
 std::optional<std::string> exchange(const HttpRequest& request) {

@@ -46,7 +46,8 @@ VelluxHttp::httpGet_ApplicationServiceURL(const std::optional<std::string>& strH
         "https://" + *strHost + "/Autodiscover/AutodiscoverService.svc/root/oauth/user";
     if (!vellux::formsUrl(strUrl))
         return std::nullopt;
-    const auto strBody = exchangeOrAlert(getRequest(strUrl, {{"Authorization", *strAuthorization}}));
+    const auto strBody = exchangeOrAlert(
+        getRequest(strUrl, {{"Authorization", *strAuthorization}}, issuerOf(*strAuthorization)));
     if (!strBody)
         return std::nullopt;
     const auto answer = JsonAnswer::parse(*strBody);
@@ -71,8 +72,9 @@ VelluxHttp::httpPost_SetupApplicationsAndGetPresenceURL(const std::optional<std:
         return std::nullopt;
     const vellux::HttpHeaderFields headerFields = {{"Content-Type", "application/json"},
                                                    {"Authorization", *strAuthorization}};
+    const auto strIssuer = issuerOf(*strAuthorization);
     const vellux::HttpRequest registration =
-        postRequest(*strApplicationsUrl, headerFields, registrationBody(newEndpointId()));
+        postRequest(*strApplicationsUrl, headerFields, registrationBody(newEndpointId()), strIssuer);
 
     std::optional<std::string> strBody = exchangeOrAlert(registration);
     if (!strBody)
@@ -91,9 +93,10 @@ VelluxHttp::httpPost_SetupApplicationsAndGetPresenceURL(const std::optional<std:
         if (!vellux::formsUrl(strUrl))
             return std::nullopt;
         // Unlike everywhere else only the presence of a body counts here, not a transport error beside it.
-        strBody = vellux::platform()
-                      .httpTransport.sendSynchronousRequest(postRequest(strUrl, headerFields, "{}"))
-                      .body;
+        strBody =
+            vellux::platform()
+                .httpTransport.sendSynchronousRequest(postRequest(strUrl, headerFields, "{}", strIssuer))
+                .body;
         if (!strBody)
             return std::nullopt;
         if (strBody->empty() || !vellux::isUtf8(*strBody)) {

@@ -8,6 +8,13 @@
 #include "support/Text.h"
 #include "support/Url.h"
 
+#include <algorithm>
+
+namespace {
+// More than the sign-ins that overlap: an older value is not in use any more.
+constexpr std::size_t kMostIssued = 16;
+} // namespace
+
 vellux::SharedInstanceSlot<VelluxHttp> VelluxHttp::sharedVelluxHttpInstance;
 
 VelluxHttp& VelluxHttp::sharedVelluxHttp() {
@@ -50,7 +57,7 @@ std::optional<std::string> VelluxHttp::httpPost_GetOAuthToken(const std::optiona
         return std::nullopt;
     const auto strBody = exchangeOrAlert(
         postRequest(strUrl, {{"Content-Type", "application/x-www-form-urlencoded"}},
-                    "grant_type=password&username=" + *strUserName + "&password=" + *strPassword));
+                    "grant_type=password&username=" + *strUserName + "&password=" + *strPassword, strUrl));
     if (!strBody)
         return std::nullopt;
     const auto answer = JsonAnswer::parse(*strBody);
@@ -63,7 +70,21 @@ std::optional<std::string> VelluxHttp::httpPost_GetOAuthToken(const std::optiona
     if (!strTokenType || !strAccessToken)
         return std::nullopt;
     std::string strAuthorization = *strTokenType + " " + *strAccessToken;
+    m_issued.update([&](auto& issued) {
+        if (issued.size() == kMostIssued)
+            issued.erase(issued.begin());
+        issued.emplace_back(strAuthorization, strUrl);
+    });
     strOAuthToken.set(strAuthorization);
     FQDN.set(strHost);
     return strAuthorization;
+}
+
+std::optional<std::string> VelluxHttp::issuerOf(const std::string& strAuthorization) const {
+    return m_issued.with([&strAuthorization](const auto& issued) {
+        const auto found =
+            std::find_if(issued.rbegin(), issued.rend(),
+                         [&strAuthorization](const auto& each) { return each.first == strAuthorization; });
+        return found == issued.rend() ? std::nullopt : std::optional(found->second);
+    });
 }

@@ -22,6 +22,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 class VelluxHttp : public vellux::HttpConnectionDelegate {
@@ -107,6 +108,10 @@ private:
 
     VelluxHttp() = default;
 
+    /// The URL that issued an Authorization value, and so the place it may go to: two sign-ins that overlap mix one's
+    /// host with the other's value, and links in answers lead anywhere. Absent for a value that was not issued to this
+    /// process: it belongs nowhere. Any thread.
+    std::optional<std::string> issuerOf(const std::string& strAuthorization) const;
     void forgetPoll(const vellux::HttpConnection& connection);
     void noteWhetherFollowing();
 
@@ -122,4 +127,6 @@ private:
     std::optional<std::string> nextLink;                              // main thread
     std::vector<std::shared_ptr<vellux::HttpConnection>> m_openPolls; // main thread; oldest first
     vellux::Observable<vellux::ChannelState> m_channel;               // written by main
+    // Authorization values and the URLs that issued them, the latest last.
+    vellux::Shared<std::vector<std::pair<std::string, std::string>>> m_issued;
 };

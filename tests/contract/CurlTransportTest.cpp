@@ -1,6 +1,7 @@
 // The HTTP adapter against plain sockets: what goes out byte by byte, and what is made of what comes back.
 
 #include "adapters/curl/CurlTransport.h"
+#include "adapters/curl/CurlPolicy.h"
 #include "contract/RawServer.h"
 #include "support/CallQueue.h"
 
@@ -17,19 +18,33 @@ using vellux::HttpAnswer;
 using vellux::HttpConnection;
 using vellux::HttpError;
 using vellux::HttpRequest;
+using vellux::simulator::CertificateAuthority;
 
 namespace {
 
 using Texts = std::vector<std::string>;
 
 HttpRequest get(const std::string& strUrl) {
-    return {"GET", strUrl, {{"Authorization", "Bearer T"}}, {}, {}};
+    return {"GET", strUrl, {{"Content-Type", "application/json"}}, {}, {}};
+}
+/// With a credential that belongs to the URL of its own.
+HttpRequest authorized(const std::string& strUrl) {
+    return {"GET", strUrl, {{"Authorization", "Bearer T"}}, {}, {}, strUrl};
+}
+HttpRequest post(const std::string& strUrl, const std::string& strBody) {
+    return {"POST",
+            strUrl,
+            {{"Content-Type", "application/json"}, {"Content-Length", std::to_string(strBody.size())}},
+            strBody,
+            {},
+            strUrl};
 }
 
 class CurlTransportTest : public testing::Test, protected vellux::HttpConnectionDelegate {
 protected:
     CurlTransportTest() { setenv("http_proxy", "http://127.0.0.1:1", 1); } // to be ignored when told to
 
+    RawServer::Tls secure() const { return {*authority.issueServerIdentity()}; }
     HttpAnswer send(HttpRequest request) {
         request.timeout = std::chrono::seconds(20);
         return transport.sendSynchronousRequest(request);
@@ -73,7 +88,8 @@ protected:
 
     std::atomic<int> nQueued{0};
     vellux::CallQueue mainThread{[this] { ++nQueued; }};
-    vellux::CurlTransport transport{mainThread, {std::nullopt, false}};
+    const CertificateAuthority authority = *CertificateAuthority::create();
+    vellux::CurlTransport transport{mainThread, {authority.pem(), false}};
     Texts heard;
 };
 
@@ -81,21 +97,24 @@ protected:
 
 // Guards against fields that curl adds, reorders or repeats: servers are particular about this wire form.
 TEST_F(CurlTransportTest, SendsExactlyTheseBytes) {
-    RawServer server({RawServer::answer("{}"), RawServer::answer("{}"), RawServer::answer("{}")});
+    RawServer server({RawServer::answer("{}"), RawServer::answer("{}"), RawServer::answer("{}")}, secure());
+    const std::string strOrigin = server.origin();
     EXPECT_TRUE(send({"POST",
-                      server.origin() + "/WebTicket/oauthtoken",
+                      strOrigin + "/WebTicket/oauthtoken",
                       {{"Content-Type", "application/x-www-form-urlencoded"}, {"Content-Length", "47"}},
                       "grant_type=password&username=C\\p&password=\xC3\xA9+&=",
-                      {}})
+                      {},
+                      strOrigin})
                     .succeeded());
     EXPECT_TRUE(
         send({"POST",
-              server.origin() + "/a/./../b?ack=1",
+              strOrigin + "/a/./../b?ack=1",
               {{"Content-Type", "application/json"}, {"Authorization", "  "}, {"Content-Length", "2"}},
               "{}",
-              {}})
+              {},
+              strOrigin})
             .succeeded());
-    EXPECT_TRUE(send(get(server.origin() + "/p")).succeeded());
+    EXPECT_TRUE(send(authorized(strOrigin + "/p")).succeeded());
     const std::string strHost = "Host: " + server.host() + "\r\n";
     EXPECT_EQ(server.requests(),
               (Texts{"POST /WebTicket/oauthtoken HTTP/1.1\r\n" + strHost +
@@ -180,17 +199,64 @@ TEST_F(CurlTransportTest, RefusesMalformedRequestsBeforeSending) {
 
 // Guards against a redirected sign-in hanging on a body that is no longer sent, and against leaving http.
 TEST_F(CurlTransportTest, FollowsRedirectsWithinHttp) {
-    RawServer server({RawServer::answer("", "302 Found", "Location: /next\r\n"), RawServer::answer("there"),
-                      RawServer::answer("", "302 Found", "Location: file:///etc/hostname\r\n")});
-    const HttpRequest post = {"POST",
-                              server.origin() + "/",
-                              {{"Content-Type", "application/json"}, {"Content-Length", "2"}},
-                              "{}",
-                              {}};
-    EXPECT_EQ(send(post).body, "there");
-    EXPECT_EQ(server.requests().at(1),
-              "GET /next HTTP/1.1\r\nHost: " + server.host() + "\r\nContent-Type: application/json\r\n\r\n");
-    EXPECT_TRUE(send(post).error.has_value());
+    RawServer server({RawServer::redirect("/next"), RawServer::answer("there"),
+                      RawServer::redirect("/again", "307 Here"), RawServer::answer("twice"),
+                      RawServer::redirect("/in"), RawServer::answer("let in")},
+                     secure());
+    EXPECT_EQ(send(post(server.origin() + "/", "{}")).body, "there");
+    EXPECT_EQ(send(post(server.origin() + "/", "{}")).body, "twice");
+    EXPECT_EQ(send(authorized(server.origin() + "/")).body, "let in");
+    const std::string strRest = " HTTP/1.1\r\nHost: " + server.host() + "\r\n";
+    EXPECT_EQ(server.requests().at(1), "GET /next" + strRest + "Content-Type: application/json\r\n\r\n");
+    EXPECT_EQ(server.requests().at(3),
+              "POST /again" + strRest + "Content-Type: application/json\r\nContent-Length: 2\r\n\r\n{}");
+    EXPECT_EQ(server.requests().at(5), "GET /in" + strRest + "Authorization: Bearer T\r\n\r\n");
+    RawServer plain({RawServer::redirect(server.origin() + "/"), RawServer::redirect("file:///etc/hostname"),
+                     RawServer::redirect("http://u:p@" + server.host() + "/")});
+    EXPECT_TRUE(send(get(plain.origin() + "/")).succeeded()) << "nothing in it that must stay where it is";
+    EXPECT_EQ(server.requests().size(), 7U);
+    EXPECT_FALSE(send(get(plain.origin() + "/")).succeeded());
+    EXPECT_FALSE(send(get(plain.origin() + "/")).succeeded());
+    EXPECT_EQ(server.requests().size(), 7U);
+}
+
+// Guards against a token or a password that goes in clear, or to another host than the one it belongs to: by a link in an
+// answer, by a sign-in that overlaps with another, or by a redirect.
+TEST_F(CurlTransportTest, CredentialsGoNowhereElse) {
+    RawServer server({}, secure()), other({}, secure()), plain({});
+    const std::string strHome = server.origin() + "/";
+    const std::string strOtherName =
+        "https://localhost" + server.host().substr(server.host().find(':')) + "/";
+    for (const std::string& strUrl :
+         Texts{plain.origin() + "/", "http://" + server.host() + "/", other.origin() + "/", strOtherName,
+               server.origin() + "@" + other.host() + "/", "https:///" + server.host() + "/",
+               "https://u:p@" + server.host() + "/", "https://@" + server.host() + "/"})
+        for (HttpRequest request : {authorized(strUrl), post(strUrl, "secret")}) {
+            request.strCredentialOrigin = strHome;
+            EXPECT_FALSE(send(request).succeeded()) << strUrl;
+        }
+    HttpRequest unbound = {"GET", strHome, {{"authorization", "Bearer T"}}, {}, {}};
+    EXPECT_FALSE(send(unbound).succeeded());
+    EXPECT_FALSE(send(authorized(plain.origin() + "/")).succeeded());
+    EXPECT_EQ(server.connections() + other.connections() + plain.connections(), 0);
+    unbound.strUrl = "https://LYNC.example/x";
+    unbound.strCredentialOrigin = "https://lync.example:443/y";
+    EXPECT_FALSE(vellux::refusalOf(unbound)) << "the same place, written differently";
+
+    for (const std::string& strUrl : Texts{plain.origin() + "/", other.origin() + "/", strOtherName,
+                                           "https://u:p@" + server.host() + "/"})
+        for (const char* strStatus : {"302 Found", "307 Temporary Redirect"})
+            for (const HttpRequest& request : {authorized(strHome), post(strHome, "secret")}) {
+                server.addReply(RawServer::redirect(strUrl, strStatus));
+                EXPECT_FALSE(send(request).succeeded()) << strUrl;
+            }
+    plain.addReply(RawServer::redirect(other.origin() + "/", "307 Temporary Redirect"));
+    HttpRequest body = post(plain.origin() + "/", "b");
+    body.strCredentialOrigin.reset();
+    EXPECT_FALSE(send(body).succeeded());
+    EXPECT_EQ(server.requests().size(), 16U);
+    EXPECT_EQ(other.requests(), Texts{});
+    EXPECT_EQ(plain.requests().size(), 1U);
 }
 
 // Guards against a session that the server ties to a cookie being lost between requests.

@@ -1,8 +1,10 @@
 #include "contract/RawServer.h"
 
 #include <arpa/inet.h>
+#include <csignal>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <openssl/ssl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -15,7 +17,52 @@ RawServer::Reply RawServer::answer(const std::string& strBody, const std::string
                  "Content-Length: " + std::to_string(strBody.size()) + "\r\n\r\n" + strBody)};
 }
 
-RawServer::RawServer(std::vector<Reply> replies) : m_replies(replies.begin(), replies.end()) {
+// A socket that has been accepted, with or without TLS.
+class RawServer::Connection {
+public:
+    Connection(int nSocket, SSL_CTX* context)
+        : m_nSocket(nSocket), m_tls(context == nullptr ? nullptr : SSL_new(context)) {
+        if (m_tls != nullptr)
+            SSL_set_fd(m_tls, nSocket);
+    }
+    ~Connection() { SSL_free(m_tls); }
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
+
+    bool shakeHands() { return m_tls == nullptr || SSL_accept(m_tls) == 1; }
+    // As of recv() and send(), but for the errors.
+    ssize_t read(char* bytes, std::size_t nSize) {
+        return m_tls == nullptr ? recv(m_nSocket, bytes, nSize, 0)
+                                : SSL_read(m_tls, bytes, static_cast<int>(nSize));
+    }
+    ssize_t write(const char* bytes, std::size_t nSize) {
+        return m_tls == nullptr ? ::send(m_nSocket, bytes, nSize, MSG_NOSIGNAL)
+                                : SSL_write(m_tls, bytes, static_cast<int>(nSize));
+    }
+
+private:
+    const int m_nSocket;
+    SSL* const m_tls;
+};
+
+void RawServer::FreeContext::operator()(SSL_CTX* context) const {
+    SSL_CTX_free(context);
+}
+
+RawServer::RawServer(std::vector<Reply> replies, std::optional<Tls> tls)
+    : m_replies(replies.begin(), replies.end()) {
+    if (tls) {
+        std::signal(SIGPIPE, SIG_IGN); // OpenSSL writes to sockets that are closed
+        m_context.reset(SSL_CTX_new(TLS_server_method()));
+        if (tls->nNewestVersion != 0) {
+            SSL_CTX_set_security_level(m_context.get(), 0);
+            SSL_CTX_set_min_proto_version(m_context.get(), TLS1_VERSION);
+            SSL_CTX_set_max_proto_version(m_context.get(), tls->nNewestVersion);
+        }
+        if (SSL_CTX_use_certificate(m_context.get(), tls->identity.certificate.get()) != 1 ||
+            SSL_CTX_use_PrivateKey(m_context.get(), tls->identity.key.get()) != 1)
+            std::abort();
+    }
     m_nListener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     sockaddr_in address{};
     address.sin_family = AF_INET;
@@ -46,6 +93,11 @@ RawServer::~RawServer() {
     ::close(m_nListener);
 }
 
+void RawServer::addReply(Reply reply) {
+    const std::lock_guard lock(m_mutex);
+    m_replies.push_back(std::move(reply));
+}
+
 void RawServer::go() {
     const std::lock_guard lock(m_mutex);
     ++m_nGo;
@@ -74,9 +126,11 @@ void RawServer::serve() {
 }
 
 void RawServer::serveConnection(int nSocket) {
+    Connection connection(nSocket, m_context.get());
     std::string strBuffer;
     std::string strRequest;
-    while (readRequest(nSocket, strBuffer, strRequest)) {
+    bool bGoesOn = connection.shakeHands();
+    while (bGoesOn && readRequest(connection, strBuffer, strRequest)) {
         Reply reply = answer("", "404 Not Found");
         {
             const std::lock_guard lock(m_mutex);
@@ -86,14 +140,13 @@ void RawServer::serveConnection(int nSocket) {
                 m_replies.pop_front();
             }
         }
-        if (!play(nSocket, reply))
-            break;
+        bGoesOn = play(connection, reply);
     }
     shutdown(nSocket, SHUT_RDWR);
 }
 
 // One request: head, and as much body as its Content-Length says.
-bool RawServer::readRequest(int nSocket, std::string& strBuffer, std::string& strRequest) const {
+bool RawServer::readRequest(Connection& connection, std::string& strBuffer, std::string& strRequest) const {
     for (;;) {
         const std::size_t nHead = strBuffer.find("\r\n\r\n");
         if (nHead != std::string::npos) {
@@ -108,14 +161,14 @@ bool RawServer::readRequest(int nSocket, std::string& strBuffer, std::string& st
             }
         }
         std::array<char, 4096> piece{};
-        const ssize_t nRead = recv(nSocket, piece.data(), piece.size(), 0);
+        const ssize_t nRead = connection.read(piece.data(), piece.size());
         if (nRead <= 0)
             return false;
         strBuffer.append(piece.data(), static_cast<std::size_t>(nRead));
     }
 }
 
-bool RawServer::play(int nSocket, const Reply& reply) {
+bool RawServer::play(Connection& connection, const Reply& reply) {
     for (const Step& step : reply) {
         if (step.kind == Step::Kind::Close)
             return false;
@@ -132,8 +185,7 @@ bool RawServer::play(int nSocket, const Reply& reply) {
         }
         std::size_t nSent = 0;
         while (nSent < step.bytes.size()) {
-            const ssize_t nNow =
-                ::send(nSocket, step.bytes.data() + nSent, step.bytes.size() - nSent, MSG_NOSIGNAL);
+            const ssize_t nNow = connection.write(step.bytes.data() + nSent, step.bytes.size() - nSent);
             if (nNow <= 0)
                 return false;
             nSent += static_cast<std::size_t>(nNow);

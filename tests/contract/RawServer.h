@@ -1,11 +1,15 @@
-// A plain-socket HTTP server that keeps the raw bytes of every request and answers byte by byte as scripted.
+// An HTTP server on a plain socket, or with TLS over it, that keeps the raw bytes of every request and answers byte by
+// byte as scripted.
 #pragma once
+
+#include "server/CertificateAuthority.h"
 
 #include <atomic>
 #include <condition_variable>
 #include <deque>
-#include <functional>
+#include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -28,25 +32,45 @@ public:
     static Reply answer(const std::string& strBody, const std::string& strStatus = "200 OK",
                         const std::string& strFields = {});
 
+    /// What the server shows of itself, and the newest version of TLS that it speaks, 0 for whatever there is. An older
+    /// one is spoken even where it is not safe.
+    struct Tls {
+        vellux::simulator::Identity identity;
+        int nNewestVersion = 0;
+    };
+
+    /// Sends the client elsewhere.
+    static Reply redirect(const std::string& strUrl, const std::string& strStatus = "302 Found") {
+        return answer("", strStatus, "Location: " + strUrl + "\r\n");
+    }
+
     /// The replies to the requests as they come, whichever connection they come on; afterwards 404.
-    explicit RawServer(std::vector<Reply> replies);
+    explicit RawServer(std::vector<Reply> replies, std::optional<Tls> tls = {});
     ~RawServer();
 
-    /// "http://127.0.0.1:PORT" and "127.0.0.1:PORT".
-    std::string origin() const { return "http://" + host(); }
+    /// "http://127.0.0.1:PORT", or with "https", and "127.0.0.1:PORT".
+    std::string origin() const { return (m_context ? "https://" : "http://") + host(); }
     std::string host() const { return "127.0.0.1:" + std::to_string(m_nPort); }
 
+    /// One more reply, after those that are left.
+    void addReply(Reply reply);
     /// Lets the next Wait step pass.
     void go();
     std::vector<std::string> requests() const;
     int connections() const { return m_nConnections; }
 
 private:
+    class Connection;
+    struct FreeContext {
+        void operator()(SSL_CTX* context) const;
+    };
+
     void serve();
     void serveConnection(int socket);
-    bool readRequest(int socket, std::string& strBuffer, std::string& strRequest) const;
-    bool play(int socket, const Reply& reply);
+    bool readRequest(Connection& connection, std::string& strBuffer, std::string& strRequest) const;
+    bool play(Connection& connection, const Reply& reply);
 
+    std::unique_ptr<SSL_CTX, FreeContext> m_context; // null for a plain server
     int m_nListener = -1;
     int m_nPort = 0;
     mutable std::mutex m_mutex;

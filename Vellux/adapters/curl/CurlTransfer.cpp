@@ -1,11 +1,10 @@
 #include "adapters/curl/CurlTransfer.h"
 
+#include "adapters/curl/CurlPolicy.h"
 #include "support/Text.h"
-#include "support/Url.h"
 
 #include <sys/socket.h>
 
-#include <string_view>
 #include <utility>
 
 namespace vellux {
@@ -19,17 +18,6 @@ constexpr long kOldestIdleConnection = 60; // seconds; servers and firewalls dro
 constexpr const char* kProtocols = "http,https";
 constexpr const char* kSafeProtocols = "https"; // a password must not be sent again without its cover
 
-bool breaksLine(std::string_view strText) {
-    return strText.find_first_of(std::string_view("\r\n\0", 3)) != std::string_view::npos;
-}
-
-bool hasField(const HttpHeaderFields& headerFields, std::string_view strName) {
-    for (const auto& field : headerFields)
-        if (toLower(field.first) == strName)
-            return true;
-    return false;
-}
-
 // curl's own way to write a field without a value ends in ";"; "Name:" would mean to leave the field out.
 std::string fieldLine(const std::string& strName, const std::string& strValue) {
     const bool bBlank = strValue.find_first_not_of(" \t") == std::string::npos;
@@ -42,15 +30,6 @@ curl_socket_t openSocket(void*, curlsocktype, curl_sockaddr* address) {
 }
 
 } // namespace
-
-std::optional<HttpError> refusalOf(const HttpRequest& request) {
-    if (!formsUrl(request.strUrl))
-        return HttpError{"not a URL"};
-    for (const auto& [strName, strValue] : request.headerFields)
-        if (breaksLine(strName) || breaksLine(strValue))
-            return HttpError{"line break in a header field"};
-    return std::nullopt;
-}
 
 CurlTransfer::CurlTransfer(HttpRequest request, Received received, Ended ended)
     : m_request(std::move(request)), m_received(std::move(received)), m_ended(std::move(ended)) {}
@@ -90,11 +69,14 @@ CURL* CurlTransfer::prepare(const CurlTransportOptions& options, CURLSH* share) 
     curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L); // a name look-up that hangs doesn't hold the end up
     curl_easy_setopt(easy, CURLOPT_MAXAGE_CONN, kOldestIdleConnection);
     curl_easy_setopt(easy, CURLOPT_OPENSOCKETFUNCTION, openSocket);
+    curl_easy_setopt(easy, CURLOPT_PREREQFUNCTION, &CurlTransfer::onConnected);
+    curl_easy_setopt(easy, CURLOPT_PREREQDATA, this);
     curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, &CurlTransfer::onHead);
     curl_easy_setopt(easy, CURLOPT_HEADERDATA, this);
     curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &CurlTransfer::onBytes);
     curl_easy_setopt(easy, CURLOPT_WRITEDATA, this);
 
+    curl_easy_setopt(easy, CURLOPT_SSLVERSION, long{CURL_SSLVERSION_TLSv1_2}); // or newer
     curl_easy_setopt(easy, CURLOPT_SSL_VERIFYPEER, 1L);
     curl_easy_setopt(easy, CURLOPT_SSL_VERIFYHOST, 2L);
     if (const auto& strAuthorities = options.strTrustedAuthorities) {
@@ -136,9 +118,18 @@ void CurlTransfer::setHeaderFields() {
         append(fieldLine(strName, strValue));
     // What curl would add of its own.
     for (const char* strOwn : {"Accept", "Expect", "Content-Type"})
-        if (!hasField(headerFields, toLower(strOwn)))
+        if (!hasField(m_request, toLower(strOwn)))
             append(std::string(strOwn) + ":");
     curl_easy_setopt(m_easy.get(), CURLOPT_HTTPHEADER, m_headerFields.get());
+}
+
+// Before each request of the transfer goes out, those that redirects lead to included.
+int CurlTransfer::onConnected(void* self, char*, char*, int, int) {
+    const auto& transfer = *static_cast<CurlTransfer*>(self);
+    const char* strUrl = nullptr;
+    curl_easy_getinfo(transfer.handle(), CURLINFO_EFFECTIVE_URL, &strUrl);
+    return strUrl != nullptr && mayGoTo(transfer.m_request, strUrl) ? CURL_PREREQFUNC_OK
+                                                                    : CURL_PREREQFUNC_ABORT;
 }
 
 std::size_t CurlTransfer::onHead(char*, std::size_t nSize, std::size_t nCount, void* self) {

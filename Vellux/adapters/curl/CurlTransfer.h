@@ -25,10 +25,6 @@ struct CurlTransportOptions {
     std::function<std::optional<std::string>(const std::string& strUrl)> proxyOf{};
 };
 
-/// Why curl can't be asked for this at all; absent when it can. A URL that can't be formed, a header field
-/// with a line break or a zero byte in it: what would become another request than the one that was meant.
-std::optional<HttpError> refusalOf(const HttpRequest& request);
-
 /// One request, the easy handle that performs it, and what has come of it so far. Created anywhere, then used
 /// by the network thread alone, its callbacks included.
 class CurlTransfer {
@@ -71,6 +67,7 @@ public:
     void close();
 
 private:
+    static int onConnected(void* self, char* strAddress, char* strOwnAddress, int nPort, int nOwnPort);
     static std::size_t onHead(char* bytes, std::size_t nSize, std::size_t nCount, void* self);
     static std::size_t onBytes(char* bytes, std::size_t nSize, std::size_t nCount, void* self);
     void setHeaderFields();

@@ -1,5 +1,7 @@
 #include "adapters/curl/CurlTransport.h"
 
+#include "adapters/curl/CurlPolicy.h"
+
 #include <condition_variable>
 #include <mutex>
 #include <utility>
