@@ -3,9 +3,12 @@
 #include "adapters/curl/CurlTransport.h"
 #include "adapters/curl/CurlPolicy.h"
 #include "contract/RawServer.h"
+#include "fakes/Watchdog.h"
 #include "support/CallQueue.h"
 
 #include <gtest/gtest.h>
+#include <pthread.h>
+#include <sys/resource.h>
 
 #include <atomic>
 #include <chrono>
@@ -352,6 +355,47 @@ TEST_F(CurlTransportTest, CloseFreesAWaitingThreadAndCallsNobody) {
     poll(server.origin() + "/a b");
     mainThread.runPending();
     EXPECT_EQ(heard, Texts{});
+}
+
+// Guards against an end that hangs, or a program that ends at once, since there was no descriptor or no thread left when
+// the first request came; and against one that never tries again.
+TEST_F(CurlTransportTest, FailsWhileNothingIsLeftForIt) {
+    const Watchdog watchdog("a transport without a wake-up or a thread");
+    const auto withoutDescriptors = [](bool bWithout) {
+        rlimit limit{};
+        getrlimit(RLIMIT_NOFILE, &limit);
+        limit.rlim_cur = bWithout ? 3 : limit.rlim_max; // all of these are taken
+        setrlimit(RLIMIT_NOFILE, &limit);
+    };
+    const auto withoutThreads = [](bool bWithout) {
+        pthread_attr_t attributes;
+        pthread_getattr_default_np(&attributes);
+        static const std::size_t nStack = [&] {
+            std::size_t nSize = 0;
+            pthread_attr_getstacksize(&attributes, &nSize);
+            return nSize;
+        }();
+        pthread_attr_setstacksize(&attributes,
+                                  bWithout ? std::size_t{1} << 46 : nStack); // no memory has room for it
+        pthread_setattr_default_np(&attributes);
+        pthread_attr_destroy(&attributes);
+    };
+    for (const std::function<void(bool)>& deprive :
+         {std::function<void(bool)>(withoutDescriptors), std::function<void(bool)>(withoutThreads)}) {
+        heard.clear();
+        const HttpRequest request = get("http://127.0.0.1:1/");
+        vellux::CurlTransport deprived(mainThread, {std::nullopt, false});
+        deprive(true);
+        vellux::CurlTransport(mainThread, {std::nullopt, false}).sendSynchronousRequest(request);
+        const HttpAnswer answer = deprived.sendSynchronousRequest(request);
+        deprived.createConnection(request, *this)->start();
+        deprive(false);
+        EXPECT_TRUE(answer.error.has_value());
+        runUntilHeard(1);
+        EXPECT_EQ(heard, Texts{"failed"});
+        RawServer server({RawServer::answer("there")});
+        EXPECT_EQ(deprived.sendSynchronousRequest(get(server.origin() + "/")).body, "there");
+    }
 }
 
 // Guards against lost wake-ups and mixed-up answers between threads: each round has 8 threads with 50 requests.

@@ -1,19 +1,18 @@
 #include "adapters/curl/CurlNetwork.h"
 
 #include <algorithm>
+#include <exception>
 #include <utility>
 
 namespace vellux {
 
 namespace {
 
+constexpr std::chrono::milliseconds kBreath{100};
 constexpr std::chrono::hours kNoHurry{1}; // curl shortens it to its own timers
 
+// Null when curl can't make one. Used by the network thread alone, so no lock functions.
 CURLSH* makeShare() {
-    static const CURLcode initialised =
-        curl_global_init(CURL_GLOBAL_DEFAULT); // once, before all else of curl
-    static_cast<void>(initialised);
-    // Used by the network thread alone, so no lock functions.
     CURLSH* const share = curl_share_init();
     curl_share_setopt(share, CURLSHOPT_SHARE, CURL_LOCK_DATA_COOKIE);
     curl_share_setopt(share, CURLSHOPT_SHARE, CURL_LOCK_DATA_SSL_SESSION);
@@ -26,25 +25,39 @@ CurlNetwork::CurlNetwork(CurlTransportOptions options) : m_options(std::move(opt
 
 CurlNetwork::~CurlNetwork() = default;
 
+// Under the lock, once. Whatever can't be made now is tried again with the next transfer.
+bool CurlNetwork::makeThread() {
+    if (curl_global_init(CURL_GLOBAL_DEFAULT) != CURLE_OK) // again does nothing
+        return false;
+    m_share.reset(makeShare());
+    m_multi.reset(curl_multi_init());
+    // Without a descriptor left curl makes a handle all the same, but nothing would wake its poll up.
+    if (m_share == nullptr || m_multi == nullptr || curl_multi_wakeup(m_multi.get()) != CURLM_OK)
+        return false;
+    try {
+        m_thread = std::thread([this] { run(); });
+    } catch (const std::exception&) {
+        return false;
+    }
+    return true;
+}
+
 // Under the lock, and never once closed: the multi handle, if made, is there.
 void CurlNetwork::wakeUp() {
     if (m_multi != nullptr)
         curl_multi_wakeup(m_multi.get());
 }
 
-bool CurlNetwork::start(const std::shared_ptr<CurlTransfer>& transfer) {
+std::optional<HttpError> CurlNetwork::start(const std::shared_ptr<CurlTransfer>& transfer) {
     transfer->chooseProxy(m_options);
     const ScopedLock lock(m_mutex);
     if (m_bClosed)
-        return false;
+        return HttpError{"closed"};
+    if (!m_thread.joinable() && !makeThread())
+        return HttpError{"no descriptor, thread or memory left"};
     m_starting.push_back(transfer);
-    if (!m_thread.joinable()) {
-        m_share.reset(makeShare());
-        m_multi.reset(curl_multi_init());
-        m_thread = std::thread([this] { run(); });
-    }
     wakeUp();
-    return true;
+    return std::nullopt;
 }
 
 void CurlNetwork::cancel(const std::shared_ptr<CurlTransfer>& transfer) {
@@ -82,7 +95,8 @@ void CurlNetwork::run() {
         curl_multi_perform(m_multi.get(), &nRunning);
         finishDone();
         const int nTimeout = watchSilence();
-        curl_multi_poll(m_multi.get(), nullptr, 0, nTimeout, nullptr);
+        if (curl_multi_poll(m_multi.get(), nullptr, 0, nTimeout, nullptr) != CURLM_OK)
+            std::this_thread::sleep_for(kBreath); // no memory to wait with: not in a circle, then
     }
     // Closed: takeOrders has begun what was still to be started, so that everything ends here.
     while (!m_running.empty()) {

@@ -24,8 +24,9 @@ public:
     CurlNetwork(const CurlNetwork&) = delete;
     CurlNetwork& operator=(const CurlNetwork&) = delete;
 
-    /// Starts a transfer; false after close(), and then it never ends.
-    bool start(const std::shared_ptr<CurlTransfer>& transfer);
+    /// Starts a transfer. Else, when the network is closed or nothing is left to make its thread of, says why not, and
+    /// the transfer never ends.
+    std::optional<HttpError> start(const std::shared_ptr<CurlTransfer>& transfer);
     /// Drops a transfer and closes its socket; it never ends.
     void cancel(const std::shared_ptr<CurlTransfer>& transfer);
     /// Takes no more, ends every transfer that a thread waits for with an error, and drops the others. Returns at once.
@@ -38,6 +39,7 @@ public:
 private:
     using Transfers = std::vector<std::shared_ptr<CurlTransfer>>;
 
+    bool makeThread() VELLUX_REQUIRES(m_mutex);
     void run();
     bool takeOrders();
     void begin(const std::shared_ptr<CurlTransfer>& transfer);

@@ -49,8 +49,10 @@ public:
         m_transfer = std::make_shared<CurlTransfer>(
             m_request, [self = shared_from_this()](std::string bytes) { self->postData(std::move(bytes)); },
             [self = shared_from_this()](HttpAnswer answer) { self->postEnd(std::move(answer)); });
-        if (!m_network->start(m_transfer))
+        if (auto error = m_network->start(m_transfer)) {
             m_transfer = nullptr;
+            postEnd({std::nullopt, std::move(error)});
+        }
     }
 
     void cancel() override {
@@ -117,8 +119,8 @@ HttpAnswer CurlTransport::sendSynchronousRequest(const HttpRequest& request) {
     Waiter waiter;
     const auto transfer = std::make_shared<CurlTransfer>(
         request, nullptr, [&waiter](HttpAnswer answer) { waiter.finish(std::move(answer)); });
-    if (!m_network->start(transfer))
-        return {std::nullopt, HttpError{"closed"}};
+    if (auto error = m_network->start(transfer))
+        return {std::nullopt, std::move(error)};
     return waiter.wait();
 }
 
