@@ -12,6 +12,7 @@
 #include "adapters/hidapi/HidrawManager.h"
 #include "adapters/linux/DeviceRemedy.h"
 #include "adapters/linux/LinuxThreads.h"
+#include "adapters/linux/Resources.h"
 #include "adapters/linux/StandardDirectories.h"
 #include "adapters/linux/SystemClock.h"
 #include "adapters/linux/TerminationWatch.h"
@@ -41,6 +42,8 @@ int failure(const char* strText) {
 int main(int nArguments, char** arguments) {
     vellux::catchTerminationSignals();
     std::signal(SIGPIPE, SIG_IGN);
+    if (const char* const strMissing = vellux::missingResource())
+        return failure(strMissing);
     vellux::QtApplication application(nArguments, arguments);
     const auto instance = vellux::SingleInstance::claim();
     if (instance == nullptr)
@@ -72,7 +75,7 @@ int main(int nArguments, char** arguments) {
         lights.hurry();
     });
     if (terminationWatch == nullptr)
-        return failure("there is no thread to be had. Is a limit on processes reached?");
+        return failure("no thread can be made. Is a limit on processes or memory reached?");
 
     bool bEnded = false;
     const auto endOnce = [&] {

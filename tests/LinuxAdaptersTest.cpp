@@ -17,6 +17,7 @@
 #include <semaphore>
 #include <sys/resource.h>
 #include <thread>
+#include <unistd.h>
 
 using namespace vellux;
 
@@ -130,6 +131,27 @@ TEST(HidrawManager, OpensAndClosesAgainAndAgain) {
     }
     mainThread.runPending();
     EXPECT_EQ(nNotices, 0);
+}
+
+// A start that hangs or aborts, or a manager that is lost for good, when descriptors run out on the way.
+TEST(HidrawManager, OpensOrRefusesWithFewDescriptors) {
+    const Watchdog watchdog("device watch");
+    CallQueue mainThread;
+    HidrawManager manager(mainThread);
+    rlimit usual{};
+    ::getrlimit(RLIMIT_NOFILE, &usual);
+    const int nFirstFree = ::dup(0);
+    ::close(nFirstFree);
+    for (int nFree = 0; nFree <= 6; ++nFree) {
+        const rlimit few{static_cast<rlim_t>(nFirstFree + nFree), usual.rlim_max};
+        ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
+        ASSERT_TRUE(manager.create());
+        EXPECT_EQ(manager.open(), nFree == 0 ? HidResult{EMFILE} : 0U) << nFree;
+        manager.redeliver();
+        manager.close();
+    }
+    ::setrlimit(RLIMIT_NOFILE, &usual);
+    EXPECT_EQ(manager.open(), 0U);
 }
 
 TEST(HidrawManager, ReferencesOfOthersAreNoDevicesOfTheManager) {

@@ -13,6 +13,7 @@
 #include <limits>
 #include <sys/prctl.h>
 #include <sys/resource.h>
+#include <pthread.h>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
@@ -332,6 +333,28 @@ TEST_F(Workers, StateAndPriority) {
     EXPECT_EQ(journal.lines({"priority highest"}).size(), 1U);
     EXPECT_EQ(journal.count("dropped ran"), 1U);
     EXPECT_EQ(token.use_count(), 1);
+}
+
+// A button left dead, or what a thread should have used kept for good, when the platform gives no thread.
+TEST_F(Workers, ThatCantBeMade) {
+    delegate().applicationDidFinishLaunching();
+    pthread_attr_t usual, tooLarge;
+    pthread_getattr_default_np(&usual);
+    pthread_getattr_default_np(&tooLarge);
+    pthread_attr_setstacksize(&tooLarge, std::size_t{1} << 47); // more than there are addresses
+    pthread_setattr_default_np(&tooLarge);
+    const auto token = std::make_shared<int>(0);
+    const auto worker = std::make_shared<WorkerThread>([this, token] { journal.add("ran"); });
+    worker->start();
+    EXPECT_TRUE(worker->isFinished() && !worker->isExecuting());
+    EXPECT_EQ(token.use_count(), 1);
+    type("lync.example", "CORP\\pat", "secret");
+    ui().onConnectButtonClicked(*ui().buttonConnect());
+    pthread_setattr_default_np(&usual);
+    EXPECT_TRUE(ui().buttonConnect()->isEnabled());
+    scriptServer(R"({"availability":"Busy"})");
+    connect();
+    EXPECT_EQ(journal.count("ran"), 0U);
 }
 
 // Two instances, one of them lost; an instance seen half made (the thread sanitizer tells).

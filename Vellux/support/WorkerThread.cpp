@@ -3,6 +3,7 @@
 #include "platform/Platform.h"
 #include "support/Mutex.h"
 
+#include <cstdio>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -44,6 +45,7 @@ void WorkerThread::start() {
                                      state->progress = Progress::Finished;
                                  }));
     } catch (const std::system_error&) {
+        std::fputs("vellux: no thread can be made\n", stderr);
         m_state->body = nullptr;
         m_state->progress = Progress::Finished;
     }

@@ -15,8 +15,8 @@ public:
 
     /// 0.0 to 1.0, applied by the thread itself as it starts; before start() only.
     void setPriority(double dPriority) { m_dPriority = dPriority; }
-    /// Starts the thread and returns at once; once per handle. When the platform can't make a thread, the
-    /// handle is finished without its body having run.
+    /// Starts the thread and returns at once; once per handle. When the platform can't make a thread, it
+    /// says so on standard error, and the handle is finished without its body having run.
     void start();
 
     /// Started and not yet finished. Any thread.

@@ -242,6 +242,42 @@ TEST_F(ProgramTest, LeavesAnIgnoredSignalIgnoredAndNoneBlocked) {
     EXPECT_EQ(statusAfter(*m_program, SIGTERM), 0);
 }
 
+// A toolkit that aborts or hangs where a sentence would do; a program that refuses to start with enough.
+TEST_F(ProgramTest, SaysWhatItLacksToStart) {
+    const std::string strCopy = m_home.directory() + "/vellux"; // where any user may start it
+    fs::copy_file(VELLUX_PROGRAM, strCopy);
+    fs::permissions(m_home.directory(), fs::perms(0755));
+    ::setenv("ASAN_OPTIONS", "detect_leaks=0", 1); // its check at the end needs a process more
+    const std::string strAsAUser =
+        ::geteuid() == 0 ? "exec setpriv --reuid=61234 --regid=61234 --clear-groups " : "exec ";
+    const std::string strRun = "exec " + strCopy;
+    const std::string strTakeForty = "for n in {10..49}; do eval \"exec $n</dev/null\"; done; ";
+    const struct {
+        std::string strCommand, strLacking;
+    } rows[] = {
+        {"ulimit -n 6; " + strRun, "file descriptors"},
+        {"ulimit -n 8; " + strRun, "file descriptors"},
+        {"ulimit -n 12; " + strRun, "file descriptors"},
+        {"ulimit -n 31; " + strRun, "file descriptors"},
+        {"ulimit -n 70; " + strTakeForty + strRun, "file descriptors"},
+        {"ulimit -n 80; " + strTakeForty + strRun, ""},
+        {strAsAUser + "prlimit --nproc=2 " + strCopy, "threads"},
+        {strAsAUser + "prlimit --nproc=8 " + strCopy, "threads"},
+    };
+    for (const auto& row : rows) {
+        m_program = std::make_unique<ChildProcess>(std::vector<std::string>{"bash", "-c", row.strCommand});
+        if (row.strLacking.empty()) {
+            ASSERT_TRUE(waitUntil([&] { return isStarted(); })) << row.strCommand;
+            EXPECT_EQ(statusAfter(*m_program, SIGTERM), 0) << row.strCommand;
+            continue;
+        }
+        const std::string strLine = m_program->readLine();
+        EXPECT_TRUE(strLine.starts_with("vellux: fewer than ")) << row.strCommand << ": " << strLine;
+        EXPECT_NE(strLine.find(row.strLacking), std::string::npos) << row.strCommand << ": " << strLine;
+        EXPECT_EQ(statusAtEnd(*m_program), 1) << row.strCommand;
+    }
+}
+
 // A display that goes away takes the process with it; the light must not stay on, nor the settings be lost.
 TEST_F(ProgramTest, EndsInOrderWhenTheDisplayGoesAway) {
     XServer display;

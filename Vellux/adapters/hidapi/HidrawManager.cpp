@@ -5,6 +5,8 @@
 #include "platform/Platform.h"
 
 #include <cerrno>
+#include <cstdio>
+#include <system_error>
 #include <utility>
 
 namespace vellux {
@@ -89,6 +91,9 @@ HidResult HidrawManager::open() {
     const HidResult result = watch->start();
     if (result == 0)
         m_watch.set(std::move(watch));
+    else
+        std::fprintf(stderr, "vellux: lights can't be followed: %s\n",
+                     std::generic_category().message(static_cast<int>(result)).c_str());
     return result;
 }
 

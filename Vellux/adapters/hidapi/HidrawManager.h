@@ -35,7 +35,8 @@ public:
     /// Notices that are due while the manager is not scheduled are dropped, not kept.
     void unscheduleFromRunLoop() override;
     /// Waits until each device has been listed and opened. Without a udev daemon the devices that are there
-    /// are found, but later changes are not noticed.
+    /// are found, but later changes are not noticed. Without a descriptor or a thread for the watch there are no
+    /// lights; standard error says so.
     HidResult open() override;
     /// Waits for the device-watch thread, which takes as long as the opening of a device under way.
     void close() override;
