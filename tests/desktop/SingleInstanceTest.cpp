@@ -1,4 +1,4 @@
-// Starts of the program beside each other, with a session bus and without.
+// Starts of the program beside each other, with a session bus or a runtime directory, or both.
 
 #include "desktop/PrivateBus.h"
 
@@ -7,54 +7,86 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <memory>
 #include <ostream>
+#include <sys/file.h>
 #include <sys/stat.h>
 
 namespace {
 
-enum class Place { Bus, RuntimeDirectory, TemporaryDirectory };
+/// What a start finds.
+struct Environment {
+    bool bBus = false;
+    enum { None, Runtime, Temporary } directory = None;
+};
 
-void PrintTo(Place place, std::ostream* pOut) {
-    *pOut << (place == Place::Bus                ? "Bus"
-              : place == Place::RuntimeDirectory ? "RuntimeDirectory"
-                                                 : "TemporaryDirectory");
-}
+constexpr Environment kBus{true, Environment::None};
+constexpr Environment kRuntime{false, Environment::Runtime};
+constexpr Environment kTemporary{false, Environment::Temporary};
+constexpr Environment kBoth{true, Environment::Runtime};
 
 /// Starts of the program in one session.
 class Session {
 public:
-    explicit Session(Place place) : m_place(place) {
-        if (place == Place::Bus)
-            m_bus = std::make_unique<PrivateBus>(BusKind::Session);
-    }
-
     /// A start with the token that its launcher gave it.
-    std::unique_ptr<ChildProcess> start(const std::string& strToken, const std::string& strBusAddress = "") {
-        std::vector<std::string> command{"env", "-u", "DESKTOP_STARTUP_ID",
-                                         "XDG_ACTIVATION_TOKEN=" + strToken, "TMPDIR=" + directory()};
-        command.push_back("XDG_RUNTIME_DIR=" + (m_place == Place::RuntimeDirectory ? directory() : ""));
-        if (m_bus == nullptr)
-            command.push_back("DBUS_SESSION_BUS_ADDRESS=" + strBusAddress);
-        command.push_back(INSTANCE_HELPER);
-        return std::make_unique<ChildProcess>(command);
+    std::unique_ptr<ChildProcess> start(const Environment& environment, const std::string& strToken) {
+        const bool bRuntime = environment.directory == Environment::Runtime;
+        const bool bTemporary = environment.directory == Environment::Temporary;
+        return std::make_unique<ChildProcess>(std::vector<std::string>{
+            "env", "-u", "DESKTOP_STARTUP_ID", "XDG_ACTIVATION_TOKEN=" + strToken,
+            "TMPDIR=" + (bTemporary ? directory() : "/nowhere"),
+            "XDG_RUNTIME_DIR=" + (bRuntime ? directory() : ""),
+            "DBUS_SESSION_BUS_ADDRESS=" + (environment.bBus ? m_strBus : m_strNoBus), INSTANCE_HELPER});
     }
     std::string directory() const { return m_directory.path().toStdString(); }
+    std::string lockFile() const { return directory() + "/org.vellux.Vellux.lock"; }
+    void endBus() { m_bus.reset(); }
+    /// A session bus, with an address of its own; before the starts that find one.
+    void startBus() {
+        m_bus = std::make_unique<PrivateBus>(BusKind::Session);
+        m_strBus = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS").toStdString();
+    }
+
+    std::string m_strNoBus = "unix:path=/nowhere"; ///< what those without a bus find
 
 private:
-    const Place m_place;
-    std::unique_ptr<PrivateBus> m_bus;
     const QTemporaryDir m_directory;
+    std::unique_ptr<PrivateBus> m_bus;
+    std::string m_strBus;
     const Watchdog m_watchdog{"single instance"};
 };
 
-class SingleInstance : public testing::TestWithParam<Place>, public Session {
+/// Starts one after the other: the first, third and so on find the one environment, the others the other.
+struct Case {
+    const char* strName;
+    Environment odd, even;
+};
+
+void PrintTo(const Case& starts, std::ostream* pOut) {
+    *pOut << starts.strName;
+}
+
+class SingleInstance : public testing::TestWithParam<Case>, public Session {
 protected:
-    SingleInstance() : Session(GetParam()) {}
+    SingleInstance() {
+        if (GetParam().odd.bBus || GetParam().even.bBus)
+            startBus();
+    }
+    std::unique_ptr<ChildProcess> start(const std::string& strToken) {
+        return Session::start(m_nStarts++ % 2 == 0 ? GetParam().odd : GetParam().even, strToken);
+    }
+
+private:
+    int m_nStarts = 0;
 };
 
 INSTANTIATE_TEST_SUITE_P(In, SingleInstance,
-                         testing::Values(Place::Bus, Place::RuntimeDirectory, Place::TemporaryDirectory),
+                         testing::Values(Case{"Bus", kBus, kBus}, Case{"Runtime", kRuntime, kRuntime},
+                                         Case{"Temporary", kTemporary, kTemporary},
+                                         Case{"BothThenRuntime", kBoth, kRuntime},
+                                         Case{"RuntimeThenBoth", kRuntime, kBoth},
+                                         Case{"BusThenBoth", kBus, kBoth}, Case{"BothThenBus", kBoth, kBus}),
                          testing::PrintToStringParamName());
 
 // Two copies that fight over the light, or a second start that does nothing at all.
@@ -129,43 +161,86 @@ TEST_P(SingleInstance, OfTwentyAtOnceOneHoldsAndNoActivationIsLost) {
     EXPECT_EQ(said, expected);
 }
 
+class SingleInstanceTest : public testing::Test, public Session {
+protected:
+    void expectActivation(ChildProcess& first, const Environment& environment) {
+        const auto second = start(environment, "t2");
+        EXPECT_EQ(second->readLine(), "passed");
+        EXPECT_EQ(first.readLine(), "activated t2");
+        EXPECT_EQ(second->wait(), 0);
+    }
+};
+
+// Two copies on the same light, because a bus has died, or another one has come, since the first started.
+TEST_F(SingleInstanceTest, OnlyOneHoldsItWhateverBecomesOfTheBus) {
+    startBus();
+    const auto first = start(kBoth, "t1");
+    ASSERT_EQ(first->readLine(), "held");
+    endBus();
+    expectActivation(*first, kBoth);
+    startBus();
+    expectActivation(*first, kBoth);
+}
+
 // A start that ends beside one that is just ending, so that none is left.
-TEST(SingleInstanceOnBus, AnEndingOwnersNameIsTaken) {
-    Session session(Place::Bus);
+TEST_F(SingleInstanceTest, AnEndingHoldersPlaceIsTaken) {
+    startBus();
     int nArguments = 0;
     const QCoreApplication application(nArguments, nullptr);
-    auto mock = std::make_unique<DbusMock>(BusKind::Session, "org.vellux.Vellux", "/org/vellux/Vellux",
-                                           "org.freedesktop.Application");
-    mock->addMethod(
-        "Activate", "a{sv}", "",
-        "raise dbus.exceptions.DBusException('', name='org.freedesktop.DBus.Error.UnknownObject')");
-    const auto second = session.start("t2");
-    ASSERT_TRUE(waitUntil([&] { return !mock->calls().isEmpty(); }));
-    EXPECT_EQ(mock->calls().first(), "Activate {\"activation-token\": \"t2\"}");
-    mock.reset();
-    EXPECT_EQ(second->readLine(), "held");
+    for (const Environment& environment : {kBus, kBoth}) {
+        const int nLock = ::open(lockFile().c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+        ASSERT_EQ(::flock(nLock, LOCK_EX), 0);
+        auto mock = std::make_unique<DbusMock>(BusKind::Session, "org.vellux.Vellux", "/org/vellux/Vellux",
+                                               "org.freedesktop.Application");
+        mock->addMethod(
+            "Activate", "a{sv}", "",
+            "raise dbus.exceptions.DBusException('', name='org.freedesktop.DBus.Error.UnknownObject')");
+        const auto second = start(environment, "t2");
+        ASSERT_TRUE(waitUntil([&] { return !mock->calls().isEmpty(); }));
+        EXPECT_EQ(mock->calls().first(), "Activate {\"activation-token\": \"t2\"}");
+        mock.reset();
+        ::close(nLock);
+        EXPECT_EQ(second->readLine(), "held");
+    }
+}
+
+// A place that can't be taken, or can't be found, because half of it is broken.
+TEST_F(SingleInstanceTest, EitherHalfIsEnough) {
+    startBus();
+    ASSERT_EQ(::mkdir((directory() + "/org.vellux.Vellux.socket").c_str(), 0700),
+              0); // nobody can listen there
+    {
+        const auto first = start(kBoth, "t1");
+        ASSERT_EQ(first->readLine(), "held");
+        expectActivation(*first, kBoth);
+        EXPECT_EQ(start(kRuntime, "t3")->readLine(), "passed"); // unheard, but no second copy
+    }
+    std::filesystem::remove(lockFile());
+    ASSERT_EQ(::mkdir(lockFile().c_str(), 0700), 0); // nor can anybody open this
+    const auto first = start(kBoth, "t1");
+    ASSERT_EQ(first->readLine(), "held");
+    expectActivation(*first, kBoth);
 }
 
 // A start that waits for a bus that takes connections and says nothing.
-TEST(SingleInstanceWithoutBus, AHungBusIsNone) {
-    Session session(Place::RuntimeDirectory);
+TEST_F(SingleInstanceTest, AHungBusIsNone) {
     int nArguments = 0;
     const QCoreApplication application(nArguments, nullptr);
     QLocalServer bus;
-    ASSERT_TRUE(bus.listen(QString::fromStdString(session.directory() + "/hung")));
+    ASSERT_TRUE(bus.listen(QString::fromStdString(directory() + "/hung")));
+    m_strNoBus = "unix:path=" + bus.fullServerName().toStdString();
     const Watchdog watchdog("a start beside a hung bus", std::chrono::seconds(15));
-    const auto first = session.start("t1", "unix:path=" + bus.fullServerName().toStdString());
+    const auto first = start(kRuntime, "t1");
     EXPECT_EQ(first->readLine(), "held");
-    EXPECT_EQ(session.start("t2")->readLine(), "passed");
+    expectActivation(*first, kRuntime);
 }
 
 // Another user's directory, in which that user could listen for us, or keep us from starting.
-TEST(SingleInstanceWithoutBus, ADirectoryThatOthersMayWriteToIsNotUsed) {
-    Session session(Place::TemporaryDirectory);
-    const std::string strOpen = session.directory() + "/vellux-" + std::to_string(::getuid());
+TEST_F(SingleInstanceTest, ADirectoryThatOthersMayWriteToIsNotUsed) {
+    const std::string strOpen = directory() + "/vellux-" + std::to_string(::getuid());
     ASSERT_EQ(::mkdir(strOpen.c_str(), 0700), 0);
     ASSERT_EQ(::chmod(strOpen.c_str(), 0777), 0);
-    const auto first = session.start("t1"), second = session.start("t2");
+    const auto first = start(kTemporary, "t1"), second = start(kTemporary, "t2");
     EXPECT_EQ(first->readLine(), "held");
     EXPECT_EQ(second->readLine(), "held");
 }

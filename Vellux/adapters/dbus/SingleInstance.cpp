@@ -1,23 +1,101 @@
 #include "adapters/dbus/SingleInstance.h"
 
-#include "adapters/dbus/BusInstance.h"
 #include "adapters/dbus/Buses.h"
-#include "adapters/dbus/SocketInstance.h"
+#include "adapters/dbus/InstanceLock.h"
+#include "adapters/dbus/InstanceName.h"
 
 #include <QDeadlineTimer>
+#include <QThread>
+
+#include <optional>
+#include <utility>
 
 namespace vellux {
 
-std::unique_ptr<SingleInstance> SingleInstance::claim() {
-    constexpr qint64 kLongestClaimMs = 2000;
-    const QDeadlineTimer deadline(kLongestClaimMs);
-    const LaunchTokens tokens{qEnvironmentVariable("XDG_ACTIVATION_TOKEN"),
-                              qEnvironmentVariable("DESKTOP_STARTUP_ID")};
-    if (const std::optional<QDBusConnection> bus = sessionBus()) {
-        if (std::optional<std::unique_ptr<SingleInstance>> instance = claimBusName(*bus, tokens, deadline))
-            return std::move(*instance);
+namespace {
+
+constexpr qint64 kLongestClaimMs = 2000;
+constexpr unsigned long kPauseMs = 20; // between two attempts
+
+// Each start takes the lock first and the bus name second; they are given up in the opposite order.
+//
+// At most one stays: of those that see the same runtime directory only one has the lock, whatever bus they see, and of
+// those that see the same bus only one has the name, whatever directory they see. Two are left only if they share
+// neither.
+//
+// At least one stays: a start ends only when another answers it, or is hung. Answers come from the loop of one that
+// stays; the socket is silent while its owner still waits for the name, and closes if that one then ends. Whoever has
+// the name stays, so nobody who has it waits for anybody else.
+class HeldInstance : public SingleInstance {
+public:
+    HeldInstance(LaunchTokens tokens, const QDeadlineTimer& deadline)
+        : m_tokens(std::move(tokens)), m_deadline(deadline) {}
+
+    void setActivated(std::function<void(const QString& strToken)> activated) override {
+        m_activations.setActivated(std::move(activated));
     }
-    return claimLockFile(tokens, deadline);
+
+    /// Takes the lock. False when another process has it and has been asked, or has not answered in time. True
+    /// without one where it is not to be had: then the name alone decides.
+    bool takeLock() {
+        for (;; QThread::msleep(kPauseMs)) {
+            const std::optional<bool> bOurs = m_lock.tryLock();
+            if (bOurs == true)
+                return true;
+            if (m_lock.activateHolder(m_tokens, m_deadline))
+                return false;
+            if (!bOurs)
+                return true;
+            // A holder that does not listen yet, or no longer, or that could not; or one that a crash has just ended.
+            if (m_deadline.hasExpired())
+                return false;
+            const std::optional<QDBusConnection> bus = sessionBus();
+            if (bus && activateNameOwner(*bus, m_tokens, m_deadline))
+                return false;
+        }
+    }
+
+    /// Takes the name. The same results; true without one where there is no bus, or where it gives no names to this
+    /// process.
+    bool takeName() {
+        const std::optional<QDBusConnection> bus = sessionBus();
+        if (!bus)
+            return true;
+        m_name.emplace(*bus, m_activations);
+        for (bool bOwned = false;; bOwned = true) {
+            const std::optional<bool> bOurs = m_name->request(m_deadline);
+            if (bOurs == true)
+                return true;
+            if (!bOurs && bOwned && bus->isConnected())
+                return false; // no time was left for the bus; its timers may be early by a twentieth
+            if (!bOurs) {
+                m_name.reset();
+                return true;
+            }
+            // An owner that is just ending, or gone, answers with an error: the name will be free.
+            if (activateNameOwner(*bus, m_tokens, m_deadline) || m_deadline.hasExpired())
+                return false;
+            QThread::msleep(kPauseMs);
+        }
+    }
+
+private:
+    const LaunchTokens m_tokens;
+    const QDeadlineTimer m_deadline;
+    Activations m_activations;
+    InstanceLock m_lock{m_activations};
+    std::optional<InstanceName> m_name; // given up before the lock
+};
+
+} // namespace
+
+std::unique_ptr<SingleInstance> SingleInstance::claim() {
+    auto instance = std::make_unique<HeldInstance>(LaunchTokens{qEnvironmentVariable("XDG_ACTIVATION_TOKEN"),
+                                                                qEnvironmentVariable("DESKTOP_STARTUP_ID")},
+                                                   QDeadlineTimer(kLongestClaimMs));
+    if (!instance->takeLock() || !instance->takeName())
+        return nullptr;
+    return instance;
 }
 
 } // namespace vellux

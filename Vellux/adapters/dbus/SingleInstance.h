@@ -9,8 +9,9 @@
 
 namespace vellux {
 
-/// The place that only one process of a session holds: the bus name, or without a session bus a lock file with a
-/// local socket beside it. While it is held, org.freedesktop.Application is answered under it. Main thread.
+/// The place that only one process of a session holds: a lock file, with a local socket beside it, and the name on the
+/// session bus, under which org.freedesktop.Application is answered. It needs one of the two; where neither is to be
+/// had, each start is on its own. Main thread.
 class SingleInstance {
 public:
     /// Asks for the place, after the application object has been made. Null when another process holds it: that one

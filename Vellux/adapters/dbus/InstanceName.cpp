@@ -1,4 +1,4 @@
-#include "adapters/dbus/BusInstance.h"
+#include "adapters/dbus/InstanceName.h"
 
 #include "adapters/dbus/ApplicationId.h"
 
@@ -6,11 +6,9 @@
 #include <QDBusReply>
 #include <QObject>
 #include <QStringList>
-#include <QThread>
 #include <QVariantMap>
 
 #include <algorithm>
-#include <utility>
 
 namespace vellux {
 
@@ -20,7 +18,7 @@ const QString kInterface = QStringLiteral("org.freedesktop.Application");
 const QString kActivationToken = QStringLiteral("activation-token");
 const QString kStartupId = QStringLiteral("desktop-startup-id");
 
-constexpr unsigned long kPauseMs = 20; // between two attempts
+constexpr int kLongestReleaseMs = 1000; // the bus itself answers
 
 QString busName() {
     return QString::fromLatin1(kApplicationId);
@@ -41,6 +39,8 @@ QDBusMessage toBus(const char* strMethod) {
                                           QStringLiteral("/org/freedesktop/DBus"),
                                           QStringLiteral("org.freedesktop.DBus"), QLatin1String(strMethod));
 }
+
+} // namespace
 
 /// The interface as the bus sees it. There are no files to open and no actions: everything shows the program.
 class ApplicationObject : public QObject {
@@ -66,47 +66,33 @@ private:
     Activations& m_activations;
 };
 
-class BusInstance : public SingleInstance {
-public:
-    /// Exports the object. It is there before the name, so that nobody finds the one without the other.
-    explicit BusInstance(const QDBusConnection& bus) : m_bus(bus) {
-        m_bus.registerObject(objectPath(), &m_object, QDBusConnection::ExportScriptableInvokables);
-    }
-    ~BusInstance() override {
-        // The name goes first. An activation that is still on its way then finds no object, and whoever sent it
-        // takes the name.
-        if (m_bHoldsName)
-            m_bus.call(toBus("ReleaseName") << busName(), QDBus::Block, kLongestReleaseMs);
-        m_bus.unregisterObject(objectPath());
-    }
+// The object is there before the name, so that nobody finds the one without the other.
+InstanceName::InstanceName(const QDBusConnection& bus, Activations& activations)
+    : m_bus(bus), m_object(std::make_unique<ApplicationObject>(activations)) {
+    m_bus.registerObject(objectPath(), m_object.get(), QDBusConnection::ExportScriptableInvokables);
+}
 
-    void setActivated(std::function<void(const QString& strToken)> activated) override {
-        m_activations.setActivated(std::move(activated));
-    }
+// The name goes first. An activation that is still on its way then finds no object, and whoever sent it takes the
+// name.
+InstanceName::~InstanceName() {
+    if (m_bHeld)
+        m_bus.call(toBus("ReleaseName") << busName(), QDBus::Block, kLongestReleaseMs);
+    m_bus.unregisterObject(objectPath());
+}
 
-    /// Asks for the name. Absent when the bus refuses, else whether it is ours now.
-    std::optional<bool> requestName(const QDeadlineTimer& deadline) {
-        constexpr quint32 kDoNotQueue = 4; // a request's flag
-        constexpr quint32 kPrimaryOwner = 1;
-        const QDBusReply<quint32> result =
-            callUntil(deadline, m_bus, toBus("RequestName") << busName() << kDoNotQueue);
-        if (!result.isValid())
-            return std::nullopt;
-        m_bHoldsName = result.value() == kPrimaryOwner;
-        return m_bHoldsName;
-    }
+std::optional<bool> InstanceName::request(const QDeadlineTimer& deadline) {
+    constexpr quint32 kDoNotQueue = 4; // a request's flag
+    constexpr quint32 kPrimaryOwner = 1;
+    const QDBusReply<quint32> result =
+        callUntil(deadline, m_bus, toBus("RequestName") << busName() << kDoNotQueue);
+    if (!result.isValid())
+        return std::nullopt;
+    m_bHeld = result.value() == kPrimaryOwner;
+    return m_bHeld;
+}
 
-private:
-    static constexpr int kLongestReleaseMs = 1000; // the bus itself answers
-
-    QDBusConnection m_bus;
-    Activations m_activations;
-    ApplicationObject m_object{m_activations};
-    bool m_bHoldsName = false;
-};
-
-/// Whether the name's owner has taken the activation.
-bool activateOwner(const QDBusConnection& bus, const LaunchTokens& tokens, const QDeadlineTimer& deadline) {
+bool activateNameOwner(const QDBusConnection& bus, const LaunchTokens& tokens,
+                       const QDeadlineTimer& deadline) {
     QVariantMap platformData;
     if (!tokens.strActivationToken.isEmpty())
         platformData.insert(kActivationToken, tokens.strActivationToken);
@@ -118,26 +104,6 @@ bool activateOwner(const QDBusConnection& bus, const LaunchTokens& tokens, const
     return callUntil(deadline, bus, call << platformData).type() == QDBusMessage::ReplyMessage;
 }
 
-} // namespace
-
-std::optional<std::unique_ptr<SingleInstance>>
-claimBusName(const QDBusConnection& bus, const LaunchTokens& tokens, const QDeadlineTimer& deadline) {
-    auto instance = std::make_unique<BusInstance>(bus);
-    for (bool bOwned = false;; bOwned = true) {
-        const std::optional<bool> bOurs = instance->requestName(deadline);
-        if (!bOurs && bOwned)
-            return nullptr; // no time was left for the bus; its timers may be early by a twentieth
-        if (!bOurs)
-            return std::nullopt;
-        if (*bOurs)
-            return instance;
-        // An owner that is just ending, or gone, answers with an error: the name will be free.
-        if (activateOwner(bus, tokens, deadline) || deadline.hasExpired())
-            return nullptr;
-        QThread::msleep(kPauseMs);
-    }
-}
-
 } // namespace vellux
 
-#include "BusInstance.moc"
+#include "InstanceName.moc"
