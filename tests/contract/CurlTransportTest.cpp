@@ -161,19 +161,6 @@ TEST_F(CurlTransportTest, TellsBodiesFromFailures) {
     }
 }
 
-// Guards against a proxy that the desktop names being passed over, and one in the environment being used against it.
-TEST_F(CurlTransportTest, AsksForTheProxyOfEachRequest) {
-    RawServer proxy({RawServer::answer("by proxy"), RawServer::answer("straight")});
-    vellux::CurlTransport chooses(mainThread, {std::nullopt, true, [&proxy](const std::string& strUrl) {
-                                                   return strUrl.find("elsewhere") != std::string::npos
-                                                              ? proxy.origin()
-                                                              : "";
-                                               }});
-    EXPECT_EQ(chooses.sendSynchronousRequest(get("http://elsewhere.example/")).body, "by proxy");
-    EXPECT_EQ(chooses.sendSynchronousRequest(get(proxy.origin() + "/")).body, "straight");
-    EXPECT_EQ(proxy.requests().at(0).rfind("GET http://elsewhere.example/ ", 0), 0U);
-}
-
 // Guards against memory being filled by a server that never ends.
 TEST_F(CurlTransportTest, RefusesBodiesOverSixteenMebibytes) {
     constexpr std::size_t kLimit = 16 * 1024 * 1024;

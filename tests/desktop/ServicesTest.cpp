@@ -120,13 +120,13 @@ TEST_F(Services, TheDesktopsProxiesAreFoundUnlessTheEnvironmentNamesSome) {
         qunsetenv(strVariable);
     const auto proxyOf = desktopProxies();
     ASSERT_TRUE(proxyOf);
-    EXPECT_EQ(proxyOf("https://outside/"), std::nullopt); // there is no portal yet
+    EXPECT_EQ(proxyOf("https://outside/", true), std::nullopt); // there is no portal yet
     DbusMock portal(BusKind::Session, "org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop",
                     "org.freedesktop.portal.ProxyResolver");
     portal.addMethod("Lookup", "s", "as",
                      "ret = ['http://proxy:8' if 'outside' in args[0] else 'direct://', 'direct://']");
-    EXPECT_EQ(proxyOf("https://outside/"), "http://proxy:8");
-    EXPECT_EQ(proxyOf("https://inside/"), "");
+    EXPECT_EQ(proxyOf("https://outside/", true), "http://proxy:8");
+    EXPECT_EQ(proxyOf("https://inside/", true), "");
     qputenv("https_proxy", "http://another:8");
     EXPECT_FALSE(desktopProxies());
 }

@@ -148,6 +148,7 @@ void CurlNetwork::finishDone() {
         if (found == m_running.end())
             continue;
         const std::shared_ptr<CurlTransfer> transfer = *found;
+        transfer->tellIfUnconnected(code, m_options);
         drop(transfer); // its connection is free for whatever the end sets off
         transfer->end(code);
     }

@@ -40,7 +40,7 @@ void CurlTransfer::chooseProxy(const CurlTransportOptions& options) {
     if (!options.bUseProxies)
         m_strProxy = "";
     else if (options.proxyOf)
-        m_strProxy = options.proxyOf(m_request.strUrl);
+        m_strProxy = options.proxyOf(m_request.strUrl, !hasField(m_request.headerFields, "authorization"));
 }
 
 CURL* CurlTransfer::prepare(const CurlTransportOptions& options, CURLSH* share) {
@@ -94,6 +94,14 @@ CURL* CurlTransfer::prepare(const CurlTransportOptions& options, CURLSH* share) 
     }
     setHeaderFields();
     return easy;
+}
+
+void CurlTransfer::tellIfUnconnected(CURLcode code, const CurlTransportOptions& options) const {
+    curl_off_t nReadyAfter =
+        0; // microseconds until the connection stood, handshake included; 0: it never did
+    curl_easy_getinfo(m_easy.get(), CURLINFO_PRETRANSFER_TIME_T, &nReadyAfter);
+    if (code != CURLE_OK && nReadyAfter == 0 && options.connectionFailed)
+        options.connectionFailed(m_request.strUrl);
 }
 
 void CurlTransfer::release() {

@@ -20,9 +20,13 @@ struct CurlTransportOptions {
     std::optional<std::string> strTrustedAuthorities;
     /// Whether proxies are used: those that the environment names, or what `proxyOf` says.
     bool bUseProxies = true;
-    /// The proxy of a URL, "" for none; absent leaves it to the environment. Asked for each request, on the thread
-    /// that sends it. Optional.
-    std::function<std::optional<std::string>(const std::string& strUrl)> proxyOf{};
+    /// The proxy of a URL, "" for none; absent leaves it to the environment. Called for each request, on the thread
+    /// that sends it. `bAsk` is set for a request without an Authorization value, which begins a sign-in: it may then
+    /// take a second to look at the settings again. Optional.
+    std::function<std::optional<std::string>(const std::string& strUrl, bool bAsk)> proxyOf{};
+    /// Called on the network thread, which it must not hold up, when no connection for a URL could be made: the
+    /// settings may have changed. Optional.
+    std::function<void(const std::string& strUrl)> connectionFailed{};
 };
 
 /// One request, the easy handle that performs it, and what has come of it so far. Created anywhere, then used
@@ -47,6 +51,8 @@ public:
     /// Sets the easy handle up; null when curl can't make one.
     CURL* prepare(const CurlTransportOptions& options, CURLSH* share);
     CURL* handle() const { return m_easy.get(); }
+    /// Tells the options of a failure before there was a connection. While the easy handle is there.
+    void tellIfUnconnected(CURLcode code, const CurlTransportOptions& options) const;
     /// Frees the easy handle, which is in no multi handle any more. On the network thread: the handle touches
     /// what all of them share.
     void release();

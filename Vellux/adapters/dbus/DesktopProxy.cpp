@@ -39,11 +39,12 @@ std::optional<std::string> askPortal(const QDBusConnection& bus, const std::stri
 
 } // namespace
 
-std::function<std::optional<std::string>(const std::string& strUrl)> desktopProxies() {
+std::function<std::optional<std::string>(const std::string& strUrl, bool bAsk)> desktopProxies() {
     const std::optional<QDBusConnection> bus = sessionBus();
     if (!bus || std::any_of(kVariables.begin(), kVariables.end(), qEnvironmentVariableIsSet))
         return {};
-    return [bus = *bus, bHangs = std::make_shared<std::atomic<bool>>(false)](const std::string& strUrl) {
+    return [bus = *bus, bHangs = std::make_shared<std::atomic<bool>>(false)](const std::string& strUrl,
+                                                                             bool /*bAsk*/) {
         if (*bHangs) // once is enough: it would hold up every request
             return std::optional<std::string>();
         return askPortal(bus, strUrl, *bHangs);

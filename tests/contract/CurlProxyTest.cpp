@@ -1,0 +1,75 @@
+// Which proxies the HTTP adapter uses, and when it asks for them.
+
+#include "adapters/curl/CurlTransport.h"
+#include "contract/RawServer.h"
+#include "support/CallQueue.h"
+
+#include <gtest/gtest.h>
+
+#include <mutex>
+#include <string>
+#include <vector>
+
+using vellux::HttpRequest;
+
+namespace {
+
+class CurlProxyTest : public testing::Test {
+    std::mutex m_mutex;
+    std::vector<std::string> m_noted;
+
+protected:
+    bool succeeds(const HttpRequest& request) {
+        return transport.sendSynchronousRequest(request).succeeded();
+    }
+    void note(const std::string& strLine) {
+        const std::lock_guard lock(m_mutex); // the transport's thread notes, too
+        m_noted.push_back(strLine);
+    }
+    std::vector<std::string> noted() {
+        const std::lock_guard lock(m_mutex);
+        return m_noted;
+    }
+
+    std::string strProxy;
+    vellux::CallQueue mainThread;
+    vellux::CurlTransport transport{mainThread,
+                                    {std::nullopt, true,
+                                     [this](const std::string& strUrl, bool bAsk) {
+                                         note((bAsk ? "ask " : "use ") + strUrl);
+                                         return std::optional(strProxy);
+                                     },
+                                     [this](const std::string& strUrl) { note("unconnected " + strUrl); }}};
+};
+
+} // namespace
+
+// A proxy that the desktop names being passed over, and one in the environment being used against it.
+TEST_F(CurlProxyTest, GoesThroughTheProxyThatIsChosenForARequest) {
+    RawServer server({RawServer::answer("{}"), RawServer::answer("{}")});
+    setenv("http_proxy", "http://127.0.0.1:1", 1);
+    strProxy = server.origin();
+    EXPECT_TRUE(succeeds({"GET", "http://elsewhere.example/", {}, {}, {}}));
+    strProxy = "";
+    EXPECT_TRUE(succeeds({"GET", server.origin() + "/straight", {}, {}, {}}));
+    EXPECT_EQ(server.requests().at(0).substr(0, 34), "GET http://elsewhere.example/ HTTP");
+    EXPECT_EQ(server.requests().at(1).substr(0, 18), "GET /straight HTTP");
+}
+
+// A proxy that is asked for with every poll, on the main thread; or never again, although another network needs another.
+TEST_F(CurlProxyTest, LooksAgainAtASignInAndAfterAConnectionThatFailed) {
+    RawServer server({RawServer::answer("{}", "200 OK", "Connection: close\r\n"), {RawServer::close()}});
+    const HttpRequest signIn{"POST", "https://elsewhere.example/token", {}, "", {}};
+    const HttpRequest query{"GET", "https://elsewhere.example/me", {{"Authorization", "Bearer T"}}, {}, {}};
+    strProxy = "http://127.0.0.1:1";
+    EXPECT_FALSE(succeeds(signIn));
+    EXPECT_FALSE(succeeds(query));
+    strProxy = "";
+    EXPECT_TRUE(succeeds({"GET", server.origin() + "/", {}, {}, {}}));
+    EXPECT_FALSE(succeeds({"POST", server.origin() + "/broken", {}, "", {}})); // after it was connected
+    EXPECT_EQ(noted(),
+              (std::vector<std::string>{
+                  "ask https://elsewhere.example/token", "unconnected https://elsewhere.example/token",
+                  "use https://elsewhere.example/me", "unconnected https://elsewhere.example/me",
+                  "ask " + server.origin() + "/", "ask " + server.origin() + "/broken"}));
+}
