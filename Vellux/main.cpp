@@ -55,7 +55,9 @@ int main(int nArguments, char** arguments) {
 
     vellux::QtMainThread mainThread;
     vellux::HidrawManager lights(mainThread);
-    vellux::CurlTransport transport(mainThread, {{}, /*bUseProxies=*/true, vellux::desktopProxies()});
+    const vellux::DesktopProxies proxies = vellux::desktopProxies();
+    vellux::CurlTransport transport(mainThread,
+                                    {{}, /*bUseProxies=*/true, proxies.proxyOf, proxies.askAgain});
     vellux::SystemClock clock;
     vellux::LinuxThreads threads;
     vellux::MainWindow window({mainThread, controller, client, vellux::deviceRemedy});

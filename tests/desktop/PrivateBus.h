@@ -84,6 +84,7 @@ public:
             qCritical("%s: %s", strMethod, qPrintable(answer.errorMessage()));
         return answer;
     }
+    void signal(int nSignal) const { m_process.signal(nSignal); }
     /// The calls so far, each as its name and its arguments.
     QStringList calls() const {
         QFile file(log());

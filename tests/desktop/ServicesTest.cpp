@@ -114,21 +114,81 @@ TEST_F(Services, EachWakeUpIsNoticedAndNoFallingAsleep) {
     EXPECT_EQ(prepareForSleep(false), 2);
 }
 
+class Proxies : public Services {
+protected:
+    class Portal : public DbusMock {
+    public:
+        Portal()
+            : DbusMock(BusKind::Session, "org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop",
+                       "org.freedesktop.portal.ProxyResolver") {
+            answer("'http://proxy:8'");
+        }
+        void answer(const std::string& strProxies) {
+            addMethod("Lookup", "s", "as",
+                      ("ret = ['direct://'] if 'inside' in args[0] else [" + strProxies + "]").c_str());
+        }
+    };
+
+    Proxies() {
+        for (const char* strVariable : {"http_proxy", "https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY"})
+            qunsetenv(strVariable);
+    }
+    /// Whether the portal says so, sooner or later: a busy machine's takes more than its second.
+    static bool says(const DesktopProxies& proxies, const char* strUrl, std::optional<std::string> strProxy) {
+        return waitUntil([&] { return proxies.proxyOf(strUrl, true) == strProxy; });
+    }
+};
+
 // A proxy of the desktop's that is ignored, or used where there is to be none, or against the environment's.
-TEST_F(Services, TheDesktopsProxiesAreFoundUnlessTheEnvironmentNamesSome) {
-    for (const char* strVariable : {"http_proxy", "https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY"})
-        qunsetenv(strVariable);
-    const auto proxyOf = desktopProxies();
-    ASSERT_TRUE(proxyOf);
-    EXPECT_EQ(proxyOf("https://outside/", true), std::nullopt); // there is no portal yet
-    DbusMock portal(BusKind::Session, "org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop",
-                    "org.freedesktop.portal.ProxyResolver");
-    portal.addMethod("Lookup", "s", "as",
-                     "ret = ['http://proxy:8' if 'outside' in args[0] else 'direct://', 'direct://']");
-    EXPECT_EQ(proxyOf("https://outside/", true), "http://proxy:8");
-    EXPECT_EQ(proxyOf("https://inside/", true), "");
+TEST_F(Proxies, TheDesktopsAreUsedUnlessTheEnvironmentNamesSome) {
+    const DesktopProxies proxies = desktopProxies();
+    EXPECT_EQ(proxies.proxyOf("https://outside/", true), std::nullopt); // there is no portal yet
+    Portal portal;
+    EXPECT_TRUE(says(proxies, "https://outside/", "http://proxy:8"));
+    EXPECT_TRUE(says(proxies, "https://inside:1/token", ""));
+    EXPECT_EQ(portal.calls().last(), "Lookup \"https://inside:1/\""); // not the whole URL
     qputenv("https_proxy", "http://another:8");
-    EXPECT_FALSE(desktopProxies());
+    EXPECT_FALSE(desktopProxies().proxyOf);
+}
+
+// A portal that is asked with every poll; or whose settings of yesterday hold in another network.
+TEST_F(Proxies, AnAnswerHoldsUntilTheNextQuestion) {
+    Portal portal;
+    const DesktopProxies proxies = desktopProxies();
+    proxies.proxyOf("https://outside/a", false); // the first about this host
+    EXPECT_TRUE(waitUntil([&] { return portal.calls().contains("Lookup \"https://outside/\""); }));
+    EXPECT_TRUE(says(proxies, "https://outside/b", "http://proxy:8"));
+    portal.answer("'socks://proxy:9', 'direct://'");
+    const qsizetype nCalls = portal.calls().size();
+    EXPECT_EQ(proxies.proxyOf("https://outside/c", false), "http://proxy:8");
+    EXPECT_EQ(portal.calls().size(), nCalls);
+    EXPECT_TRUE(waitUntil([&] {
+        proxies.askAgain("https://outside/d");
+        return proxies.proxyOf("https://outside/e", false) == "socks://proxy:9";
+    }));
+    portal.answer("");
+    EXPECT_TRUE(says(proxies, "https://outside/", std::nullopt));
+}
+
+// A portal that hung once and is never asked again; or one whose hanging holds up every poll of a network that is gone.
+TEST_F(Proxies, APortalThatHangsIsAskedAgainAndNotWaitedForAgain) {
+    auto portal = std::make_unique<Portal>();
+    const DesktopProxies proxies = desktopProxies();
+    portal->signal(SIGSTOP);
+    EXPECT_EQ(proxies.proxyOf("https://outside/", true), std::nullopt);
+    portal->signal(SIGCONT);
+    EXPECT_TRUE(says(proxies, "https://outside/", "http://proxy:8"));
+    portal->signal(SIGSTOP);
+    {
+        const Watchdog watchdog("a thousand polls", std::chrono::seconds(60));
+        for (int n = 0; n < 1000; ++n) {
+            proxies.askAgain("https://outside/");
+            EXPECT_EQ(proxies.proxyOf("https://outside/", false), "http://proxy:8");
+        }
+    }
+    EXPECT_EQ(proxies.proxyOf("https://outside/", true), "http://proxy:8"); // the last that is known
+    portal.reset();
+    EXPECT_EQ(proxies.proxyOf("https://outside/", true), "http://proxy:8");
 }
 
 // A notice with nobody's name and icon, or whose text is taken for markup.
