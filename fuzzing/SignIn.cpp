@@ -12,7 +12,7 @@ namespace {
 using fuzzing::require;
 
 constexpr const char* kHost = "lync.example";
-constexpr const char* kPassword = "pa55word";
+constexpr const char* kPassword = "pa55\x1Eword"; // which no answer holds, and no URL
 
 bool hasPassword(const std::string& strText) {
     return strText.find(kPassword) != std::string::npos;

@@ -160,7 +160,9 @@ TEST_F(LifecycleTest, alertsOfTwoThreadsAreShownOneAfterTheOther) {
     journal.waitForChange(); // gives both the time to queue theirs
     runUntil([&] { return nAnswered == 2; }, "both answers");
     EXPECT_EQ(journal.take(), (Lines{"alert from a worker", "alert from a worker"}));
-    EXPECT_LE(nCalls, 3); // one may have come inside the other's alert
+    EXPECT_LE(
+        nCalls,
+        6); // one may have come inside the other's alert, and one that leaves another waiting wakes again
 }
 
 struct MainThreadRow {

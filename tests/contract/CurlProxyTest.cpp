@@ -60,7 +60,8 @@ TEST_F(CurlProxyTest, GoesThroughTheProxyThatIsChosenForARequest) {
 TEST_F(CurlProxyTest, LooksAgainAtASignInAndAfterAConnectionThatFailed) {
     RawServer server({RawServer::answer("{}", "200 OK", "Connection: close\r\n"), {RawServer::close()}});
     const HttpRequest signIn{"POST", "https://elsewhere.example/token", {}, "", {}};
-    const HttpRequest query{"GET", "https://elsewhere.example/me", {{"Authorization", "Bearer T"}}, {}, {}};
+    const HttpRequest query{"GET", "https://elsewhere.example/me", {{"Authorization", "Bearer T"}}, {},
+                            {},    "https://elsewhere.example/"};
     strProxy = "http://127.0.0.1:1";
     EXPECT_FALSE(succeeds(signIn));
     EXPECT_FALSE(succeeds(query));

@@ -8,10 +8,12 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <memory>
 #include <ostream>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -29,13 +31,18 @@ constexpr Environment kBoth{true, Environment::Runtime};
 /// Starts of the program in one session.
 class Session {
 public:
+    Session() {
+        // A temporary directory in which the place of ours is taken by a file.
+        std::filesystem::create_directory(directory() + "/none");
+        std::ofstream(directory() + "/none/vellux-" + std::to_string(::getuid()));
+    }
     /// A start with the token that its launcher gave it.
     std::unique_ptr<ChildProcess> start(const Environment& environment, const std::string& strToken) {
         const bool bRuntime = environment.directory == Environment::Runtime;
         const bool bTemporary = environment.directory == Environment::Temporary;
         return std::make_unique<ChildProcess>(std::vector<std::string>{
             "env", "-u", "DESKTOP_STARTUP_ID", "XDG_ACTIVATION_TOKEN=" + strToken,
-            "TMPDIR=" + (bTemporary ? directory() : "/nowhere"),
+            "TMPDIR=" + directory() + (bTemporary ? "" : "/none"),
             "XDG_RUNTIME_DIR=" + (bRuntime ? directory() : ""),
             "DBUS_SESSION_BUS_ADDRESS=" + (environment.bBus ? m_strBus : m_strNoBus), INSTANCE_HELPER});
     }

@@ -40,7 +40,7 @@ void CurlTransfer::chooseProxy(const CurlTransportOptions& options) {
     if (!options.bUseProxies)
         m_strProxy = "";
     else if (options.proxyOf)
-        m_strProxy = options.proxyOf(m_request.strUrl, !hasField(m_request.headerFields, "authorization"));
+        m_strProxy = options.proxyOf(m_request.strUrl, !hasField(m_request, "authorization"));
 }
 
 CURL* CurlTransfer::prepare(const CurlTransportOptions& options, CURLSH* share) {
