@@ -12,6 +12,7 @@
 #pragma once
 
 #include "platform/HttpTransport.h"
+#include "platform/MainThread.h"
 #include "platform/ViewState.h"
 #include "support/Observable.h"
 #include "support/Shared.h"
@@ -112,8 +113,8 @@ private:
     /// host with the other's value, and links in answers lead anywhere. Absent for a value that was not issued to this
     /// process: it belongs nowhere. Any thread.
     std::optional<std::string> issuerOf(const std::string& strAuthorization) const;
-    void forgetPoll(const vellux::HttpConnection& connection);
-    void noteWhetherFollowing();
+    void forgetPoll(const vellux::HttpConnection& connection) VELLUX_REQUIRES(vellux::mainThreadRole);
+    void noteWhetherFollowing() VELLUX_REQUIRES(vellux::mainThreadRole);
 
     OptionalText strOAuthToken;             // the whole Authorization value: token type, blank, access token
     OptionalText strApplicationsServiceUrl; // kept only
@@ -122,11 +123,15 @@ private:
     OptionalText domainString; // kept only
     OptionalText presenceStatus;
     std::atomic<bool> bIsUserOnCall{false};
-    std::shared_ptr<vellux::HttpConnection> urlConnectionToGetEvents; // main thread; the one opened last
-    OptionalText FQDN;                                                // the host that signed in
-    std::optional<std::string> nextLink;                              // main thread
-    std::vector<std::shared_ptr<vellux::HttpConnection>> m_openPolls; // main thread; oldest first
-    vellux::Observable<vellux::ChannelState> m_channel;               // written by main
+    // The one opened last.
+    std::shared_ptr<vellux::HttpConnection>
+        urlConnectionToGetEvents VELLUX_GUARDED_BY(vellux::mainThreadRole);
+    OptionalText FQDN; // the host that signed in
+    std::optional<std::string> nextLink VELLUX_GUARDED_BY(vellux::mainThreadRole);
+    // All that are open, oldest first.
+    std::vector<std::shared_ptr<vellux::HttpConnection>>
+        m_openPolls VELLUX_GUARDED_BY(vellux::mainThreadRole);
+    vellux::Observable<vellux::ChannelState> m_channel; // written by main
     // Authorization values and the URLs that issued them, the latest last.
     vellux::Shared<std::vector<std::pair<std::string, std::string>>> m_issued;
 };

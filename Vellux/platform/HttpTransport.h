@@ -1,6 +1,8 @@
 // What the presence client asks of an HTTP facility.
 #pragma once
 
+#include "platform/MainThread.h"
+
 #include <chrono>
 #include <memory>
 #include <optional>
@@ -52,13 +54,15 @@ class HttpConnection;
 class HttpConnectionDelegate {
 public:
     virtual ~HttpConnectionDelegate() = default;
-    virtual void connectionDidReceiveResponse(HttpConnection& connection) = 0;
+    virtual void connectionDidReceiveResponse(HttpConnection& connection) VELLUX_REQUIRES(mainThreadRole) = 0;
     /// Pieces that belong together come together: the whole body, or what came before 100 ms of silence.
-    virtual void connectionDidReceiveData(HttpConnection& connection, std::string_view data) = 0;
+    virtual void connectionDidReceiveData(HttpConnection& connection, std::string_view data)
+        VELLUX_REQUIRES(mainThreadRole) = 0;
     /// Last callback of a request whose answer is complete.
-    virtual void connectionDidFinishLoading(HttpConnection& connection) = 0;
+    virtual void connectionDidFinishLoading(HttpConnection& connection) VELLUX_REQUIRES(mainThreadRole) = 0;
     /// Last callback of a request that failed or ran into its time limit.
-    virtual void connectionDidFailWithError(HttpConnection& connection, const HttpError& error) = 0;
+    virtual void connectionDidFailWithError(HttpConnection& connection, const HttpError& error)
+        VELLUX_REQUIRES(mainThreadRole) = 0;
 };
 
 /// An asynchronous request. Main thread only. It lives on by itself until it is over: dropping the
@@ -71,9 +75,9 @@ public:
     HttpConnection& operator=(const HttpConnection&) = delete;
 
     /// Starts the request; a second start has no effect.
-    virtual void start() = 0;
+    virtual void start() VELLUX_REQUIRES(mainThreadRole) = 0;
     /// Ends the request; no callback arrives afterwards, not even one already queued.
-    virtual void cancel() = 0;
+    virtual void cancel() VELLUX_REQUIRES(mainThreadRole) = 0;
 };
 
 class HttpTransport {
@@ -89,7 +93,8 @@ public:
     /// Creates an asynchronous request whose callbacks go to `delegate`, which must outlive it. Main thread.
     /// Never null.
     virtual std::shared_ptr<HttpConnection> createConnection(const HttpRequest& request,
-                                                             HttpConnectionDelegate& delegate) = 0;
+                                                             HttpConnectionDelegate& delegate)
+        VELLUX_REQUIRES(mainThreadRole) = 0;
 };
 
 } // namespace vellux

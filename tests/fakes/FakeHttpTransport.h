@@ -3,6 +3,7 @@
 
 #include "fakes/Journal.h"
 #include "platform/HttpTransport.h"
+#include "platform/Platform.h"
 
 #include <deque>
 #include <functional>
@@ -41,19 +42,23 @@ public:
 
     // What the server does. Main thread. A cancelled connection calls nobody.
     void simulateResponse() {
+        vellux::assertMainThread();
         if (!m_bCancelled)
             m_delegate.connectionDidReceiveResponse(*this);
     }
     void simulateData(const std::string& strBody) {
+        vellux::assertMainThread();
         if (!m_bCancelled)
             m_delegate.connectionDidReceiveData(*this, strBody);
     }
     /// The answer is complete.
     void simulateEnd() {
+        vellux::assertMainThread();
         if (!m_bCancelled)
             m_delegate.connectionDidFinishLoading(*this);
     }
     void simulateFailure() {
+        vellux::assertMainThread();
         if (!m_bCancelled)
             m_delegate.connectionDidFailWithError(*this, {"timed out"});
     }

@@ -1,6 +1,7 @@
 #include "adapters/curl/CurlTransport.h"
 
 #include "adapters/curl/CurlPolicy.h"
+#include "platform/Platform.h"
 
 #include <condition_variable>
 #include <mutex>
@@ -40,6 +41,7 @@ public:
           m_delegate(delegate) {}
 
     void start() override {
+        assertMainThread(m_mainThread);
         if (std::exchange(m_bStarted, true) || m_bCancelled)
             return;
         if (auto error = refusalOf(m_request)) {
@@ -56,6 +58,7 @@ public:
     }
 
     void cancel() override {
+        assertMainThread(m_mainThread);
         m_bCancelled = true;
         if (m_transfer != nullptr)
             m_network->cancel(std::exchange(m_transfer, nullptr));
@@ -64,24 +67,30 @@ public:
 private:
     // Network thread.
     void postData(std::string bytes) {
-        m_mainThread.post([self = shared_from_this(), bytes = std::move(bytes)] { self->deliver(bytes); });
+        m_mainThread.post([self = shared_from_this(), bytes = std::move(bytes)] {
+            assertMainThread(self->m_mainThread);
+            self->deliver(bytes);
+        });
     }
     void postEnd(HttpAnswer answer) {
-        m_mainThread.post([self = shared_from_this(), answer = std::move(answer)] { self->finish(answer); });
+        m_mainThread.post([self = shared_from_this(), answer = std::move(answer)] {
+            assertMainThread(self->m_mainThread);
+            self->finish(answer);
+        });
     }
 
-    // Main thread. Any of these may cancel the connection.
-    bool isOver() { return m_bCancelled || m_network->isClosed(); }
-    void respond() {
+    // Any of these may cancel the connection.
+    bool isOver() VELLUX_REQUIRES(mainThreadRole) { return m_bCancelled || m_network->isClosed(); }
+    void respond() VELLUX_REQUIRES(mainThreadRole) {
         if (!isOver() && !std::exchange(m_bResponded, true))
             m_delegate.connectionDidReceiveResponse(*this);
     }
-    void deliver(const std::string& bytes) {
+    void deliver(const std::string& bytes) VELLUX_REQUIRES(mainThreadRole) {
         respond();
         if (!isOver())
             m_delegate.connectionDidReceiveData(*this, bytes);
     }
-    void finish(const HttpAnswer& answer) {
+    void finish(const HttpAnswer& answer) VELLUX_REQUIRES(mainThreadRole) {
         m_transfer = nullptr; // and with it the circle that kept this connection alive
         if (!answer.error)
             respond();
@@ -97,11 +106,10 @@ private:
     const std::shared_ptr<CurlNetwork> m_network;
     const HttpRequest m_request;
     HttpConnectionDelegate& m_delegate;
-    // Main thread's own.
-    std::shared_ptr<CurlTransfer> m_transfer;
-    bool m_bStarted = false;
-    bool m_bCancelled = false;
-    bool m_bResponded = false;
+    std::shared_ptr<CurlTransfer> m_transfer VELLUX_GUARDED_BY(mainThreadRole);
+    bool m_bStarted VELLUX_GUARDED_BY(mainThreadRole) = false;
+    bool m_bCancelled VELLUX_GUARDED_BY(mainThreadRole) = false;
+    bool m_bResponded VELLUX_GUARDED_BY(mainThreadRole) = false;
 };
 
 } // namespace
