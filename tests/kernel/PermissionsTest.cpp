@@ -56,21 +56,6 @@ protected:
     }
 };
 
-// A light that works only after the program, or the person, has started again.
-TEST_F(Permissions, TheRunningProgramTakesTheLightOnceItMay) {
-    UsbLight light(kV30Light);
-    ASSERT_TRUE(waitUntil([] { return nodes() == 1; }));
-    ASSERT_EQ(root("udevadm settle"), 0);
-    startFollowing();
-    m_server->setPresence("Busy");
-    waitInVain();
-    EXPECT_TRUE(light.attempts().empty());
-    ASSERT_EQ(root(installRules()), 0);
-    expectPromptly(light);
-    ASSERT_TRUE(comesToShow(light, reportOf(LightModel::V30, kRed)));
-    endProgram();
-}
-
 // A window that leaves somebody alone with a light they may not open, nags about it, or doesn't notice the cure.
 TEST_F(Permissions, TheWindowSaysWhatHelps) {
     constexpr const char* kCommand = "Command that lets you open the light";

@@ -24,7 +24,7 @@ TEST_F(Resume, TheLightIsToldAgain) {
     startFollowing();
     UhidLight light(kV30Light);
     m_server->setPresence("Busy");
-    ASSERT_TRUE(comesToShow(light, reportOf(LightModel::V30, kRed)));
+    ASSERT_TRUE(comesToShow(light, LightModel::V30, "Red"));
     light.forget();
     prepareForSleep(bus.connection(), true);
     waitInVain();
@@ -32,7 +32,7 @@ TEST_F(Resume, TheLightIsToldAgain) {
     for (int nNotice = 0; nNotice < 2; ++nNotice) { // it may come twice
         light.forget();
         prepareForSleep(bus.connection(), false);
-        ASSERT_TRUE(comesToShow(light, reportOf(LightModel::V30, kRed)));
+        ASSERT_TRUE(comesToShow(light, LightModel::V30, "Red"));
     }
     endProgram();
 }

@@ -126,21 +126,3 @@ std::optional<std::string> ScreenReader::field(const std::string& strName) const
             return text(call(m_accessibility, item.reference, kText, "GetText", {0, -1}));
     return std::nullopt;
 }
-
-std::vector<std::string> ScreenReader::entries(const std::string& strName) const {
-    std::vector<std::string> entries;
-    std::vector<Reference> below;
-    for (const Item& item : shownItems())
-        if (item.strRole == "combo box" && item.strName == strName)
-            below.push_back(item.reference);
-    for (std::size_t n = 0; n < below.size(); ++n) // grows; the list itself is not on the screen
-        for (const Reference& child : children(below[n])) {
-            const std::string strRole = text(call(m_accessibility, child, kAccessible, "GetRoleName"));
-            if (strRole == "list item")
-                entries.push_back(
-                    text(call(m_accessibility, child, kProperties, "Get", {kAccessible, "Name"})));
-            else
-                below.push_back(child);
-        }
-    return entries;
-}

@@ -24,8 +24,6 @@ public:
     bool says(const std::string& strLine) const;
     /// What stands in the text field of this name; absent when there is none on the screen.
     std::optional<std::string> field(const std::string& strName) const;
-    /// The entries of the list of this name; empty when there is none on the screen.
-    std::vector<std::string> entries(const std::string& strName) const;
 
 private:
     using Reference = QPair<QString, QString>; // service and path

@@ -37,6 +37,11 @@ int root(const std::string& strCommand) {
     return std::system(strCommand.c_str());
 }
 
+std::string meaning(LightModel model, const Bytes& report) {
+    const DecodedReport decoded = decodeReport(model, report);
+    return decoded.state ? decoded.state->text() : decoded.strFault;
+}
+
 Program::Program(const std::string& strProgram)
     : ChildProcess({"setpriv", "--reuid=nobody", "--regid=nogroup", "--clear-groups", strProgram},
                    Output::Shared) {}
@@ -136,10 +141,11 @@ void KernelTest::endProgram() {
     m_program.reset();
 }
 
-testing::AssertionResult KernelTest::comesToShow(const KernelLight& light, const Bytes& report) const {
-    if (waitUntil([&] { return light.shown() == report && m_program->isAtRest(); }))
+testing::AssertionResult KernelTest::comesToShow(const KernelLight& light, LightModel model,
+                                                 const std::string& strShown) const {
+    if (waitUntil([&] { return meaning(model, light.shown()) == strShown && m_program->isAtRest(); }))
         return testing::AssertionSuccess();
-    return testing::AssertionFailure() << "it was told " << hexOf(light.shown()) << ", not " << hexOf(report);
+    return testing::AssertionFailure() << "it was told " << hexOf(light.shown()) << ", not " << strShown;
 }
 
 void KernelTest::expectPromptly(const KernelLight& light) {

@@ -2,7 +2,6 @@
 // home of its own, and the rules that say who may open a light.
 #pragma once
 
-#include "Reports.h"
 #include "desktop/ChildProcess.h"
 #include "desktop/ProgramHome.h"
 #include "kernel/KernelLight.h"
@@ -12,6 +11,16 @@
 
 #include <memory>
 #include <string>
+
+using vellux::simulator::LightModel;
+
+/// What lights show, by the index in the window's longer list. Lights with codes know no orange.
+inline constexpr const char* kColours[] = {"Red",  "Green", "Yellow", "Purple", "Cyan",
+                                           "Blue", "White", "Orange", "None"};
+enum { kRed, kGreen, kYellow, kPurple, kCyan, kBlue, kWhite, kOrange, kNone };
+
+/// What a light of a model makes of a report: "Red", "Green flashing fast", "None"; else what is wrong with it.
+std::string meaning(LightModel model, const vellux::simulator::Bytes& report);
 
 /// Gives something that must not happen the time to happen.
 void waitInVain();
@@ -50,8 +59,8 @@ protected:
     void endProgram();
 
     /// The light has come to show this, and the program has nothing more to do.
-    testing::AssertionResult comesToShow(const vellux::simulator::KernelLight& light,
-                                         const Bytes& report) const;
+    testing::AssertionResult comesToShow(const vellux::simulator::KernelLight& light, LightModel model,
+                                         const std::string& strShown) const;
 
     /// Its first report comes when udev is done with it, or soon after.
     static void expectPromptly(const vellux::simulator::KernelLight& light);
