@@ -98,27 +98,4 @@ TEST_F(WindowTest, smallActions) {
     EXPECT_EQ(lines[2], "window main out");
 }
 
-// A light that is there but may not be opened taken for none, or for broken; one that is gone still described.
-TEST_F(WindowTest, lightIsDescribed) {
-    using Light = vellux::LightState;
-    delegate().applicationDidFinishLaunching();
-    EXPECT_EQ(ui().light().get(), Light());
-    const std::pair<vellux::HidResult, Light::Access> rows[] = {
-        {0, Light::Access::Usable}, {13, Light::Access::NotPermitted}, {5, Light::Access::NotUsable}};
-    for (const auto& [result, access] : rows) {
-        const auto light = FakeHidManager::light(0x2C0D, 3);
-        light->nOpenResult = result;
-        hid.simulateArrival(light);
-        runPending();
-        EXPECT_EQ(ui().light().get(), (Light{access, deviceTypeAt(0), 0x2C0D, 3}));
-        light->nOpenResult = 0; // permitted meanwhile
-        hid.noticeArrival(light);
-        runPending();
-        EXPECT_EQ(ui().light().get().access, Light::Access::Usable);
-        hid.simulateRemoval(light);
-        runPending();
-        EXPECT_EQ(ui().light().get(), Light());
-    }
-}
-
 } // namespace

@@ -1,6 +1,7 @@
 // Lights in memory, behind the HID port.
 #pragma once
 
+#include "Hex.h"
 #include "fakes/Journal.h"
 #include "platform/HidManager.h"
 #include "platform/MainThread.h"
@@ -21,16 +22,6 @@ struct FakeHidDevice : vellux::HidDevice {
     vellux::HidResult nOpenResult = 0;
     std::string strName; // put before its reports when the test has several lights
 };
-
-inline std::string hex(std::span<const std::uint8_t> bytes) {
-    static constexpr char kDigits[] = "0123456789abcdef";
-    std::string strResult;
-    for (const std::uint8_t by : bytes) {
-        strResult += kDigits[by >> 4];
-        strResult += kDigits[by & 0x0F];
-    }
-    return strResult;
-}
 
 /// Journals "report HEX" ("report NAME HEX" for a named light; 64-byte reports whose tail is all zero end in
 /// "..00") and the manager's life as "hid ..." lines.
@@ -135,11 +126,12 @@ public:
     vellux::HidResult deviceSetReport(const vellux::HidDeviceRef& device, vellux::HidReportType type,
                                       std::uint8_t byReportID,
                                       std::span<const std::uint8_t> payload) override {
+        using vellux::simulator::hexOf;
         const std::string& strName = static_cast<const FakeHidDevice&>(*device).strName;
-        std::string strHex = hex(payload);
+        std::string strHex = hexOf(payload);
         if (payload.size() == 64 &&
             std::all_of(payload.begin() + 1, payload.end(), [](auto by) { return by == 0; }))
-            strHex = hex(payload.first(1)) + "..00";
+            strHex = hexOf(payload.first(1)) + "..00";
         const bool bPlain = type == vellux::HidReportType::Output && byReportID == 0;
         m_journal.add("report " + (strName.empty() ? "" : strName + " ") + strHex +
                       (bPlain ? "" : " not an output report with ID 0"));

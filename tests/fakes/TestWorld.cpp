@@ -4,6 +4,7 @@
 #include <fstream>
 #include <iterator>
 #include <random>
+#include <type_traits>
 
 namespace {
 
@@ -52,42 +53,38 @@ void TestWorld::observeControls(bool bAllControls) {
     if (!bAllControls)
         return;
 
-    const auto button = [this](const char* strName, const std::shared_ptr<vellux::Button>& control) {
-        observations.push_back(control->observe([this, strName, pControl = control.get()](Change change) {
-            journal.add("control " + std::string(strName) +
-                        (change == Change::Enabled ? (pControl->isEnabled() ? " enabled" : " disabled")
-                                                   : " state " + std::to_string(pControl->state())));
-        }));
+    // What a change of a control's own kind says.
+    const auto told = [](const auto& control, Change change) -> std::string {
+        using Control = std::decay_t<decltype(control)>;
+        if constexpr (std::is_same_v<Control, vellux::Button>)
+            return "state " + std::to_string(control.state());
+        else if constexpr (std::is_same_v<Control, vellux::TextField>)
+            return change == Change::Text ? "text" : "placeholder";
+        else
+            return change == Change::Items ? "items " + std::to_string(control.numberOfItems())
+                                           : "selected " + std::to_string(control.indexOfSelectedItem());
     };
-    const auto field = [this](const char* strName, const std::shared_ptr<vellux::TextField>& control) {
-        observations.push_back(control->observe([this, strName, pControl = control.get()](Change change) {
-            journal.add("control " + std::string(strName) +
-                        (change == Change::Enabled ? (pControl->isEnabled() ? " enabled" : " disabled")
-                         : change == Change::Text  ? " text"
-                                                   : " placeholder"));
-        }));
+    const auto watch = [&](const char* strName, const auto& control) {
+        observations.push_back(
+            control->observe([this, told, strName, pControl = control.get()](Change change) {
+                journal.add("control " + std::string(strName) + ' ' +
+                            (change != Change::Enabled ? told(*pControl, change)
+                             : pControl->isEnabled()   ? "enabled"
+                                                       : "disabled"));
+            }));
     };
-    const auto list = [this](const char* strName, const std::shared_ptr<vellux::ComboBox>& control) {
-        observations.push_back(control->observe([this, strName, pControl = control.get()](Change change) {
-            journal.add("control " + std::string(strName) +
-                        (change == Change::Enabled ? (pControl->isEnabled() ? " enabled" : " disabled")
-                         : change == Change::Items
-                             ? " items " + std::to_string(pControl->numberOfItems())
-                             : " selected " + std::to_string(pControl->indexOfSelectedItem())));
-        }));
-    };
-    button("buttonSelectSyncMode", ui().buttonSelectSyncMode());
-    button("buttonSelectManualMode", ui().buttonSelectManualMode());
-    button("buttonFlashOnCall", ui().buttonFlashOnCall());
-    button("buttonLightOffOnAway", ui().buttonLightOffOnAway());
-    button("buttonLightOffOnAvailable", ui().buttonLightOffOnAvailable());
-    field("textFieldLyncServerName", ui().textFieldLyncServerName());
-    field("textFieldUsername", ui().textFieldUsername());
-    field("textFieldPassword", ui().textFieldPassword());
-    list("syncModeColorList", ui().syncModeColorList());
-    list("syncModeFlashSpeedList", ui().syncModeFlashSpeedList());
-    list("manualModeColorList", ui().manualModeColorList());
-    list("manualModeFlashSpeedList", ui().manualModeFlashSpeedList());
+    watch("buttonSelectSyncMode", ui().buttonSelectSyncMode());
+    watch("buttonSelectManualMode", ui().buttonSelectManualMode());
+    watch("buttonFlashOnCall", ui().buttonFlashOnCall());
+    watch("buttonLightOffOnAway", ui().buttonLightOffOnAway());
+    watch("buttonLightOffOnAvailable", ui().buttonLightOffOnAvailable());
+    watch("textFieldLyncServerName", ui().textFieldLyncServerName());
+    watch("textFieldUsername", ui().textFieldUsername());
+    watch("textFieldPassword", ui().textFieldPassword());
+    watch("syncModeColorList", ui().syncModeColorList());
+    watch("syncModeFlashSpeedList", ui().syncModeFlashSpeedList());
+    watch("manualModeColorList", ui().manualModeColorList());
+    watch("manualModeFlashSpeedList", ui().manualModeFlashSpeedList());
 }
 
 // The observer added last, since they are told in order.

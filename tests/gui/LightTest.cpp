@@ -19,7 +19,8 @@ protected:
     }
 };
 
-// A user left alone with a light that does nothing, or who copies a command that is not the one shown.
+// A user left alone with a light that does nothing, that is taken for none or another, or is gone; who copies a command
+// that is not the one shown, or still sees it when it has helped.
 TEST_F(LightTest, lineSaysWhatThereIsAndWhatHelps) {
     EXPECT_EQ(textOf("labelLight"), "No light found.");
     const struct {
@@ -43,6 +44,11 @@ TEST_F(LightTest, lineSaysWhatThereIsAndWhatHelps) {
             click("buttonCopyRemedy");
             EXPECT_EQ(QApplication::clipboard()->text(), "permit 11277:6 'a  b'");
         }
+        light->nOpenResult = 0; // permitted meanwhile
+        hid.noticeArrival(light);
+        runPending();
+        EXPECT_TRUE(textOf("labelLight").startsWith("Light found (")) << textOf("labelLight").toStdString();
+        EXPECT_FALSE(widget<QWidget>("panelRemedy").isVisible());
         hid.simulateRemoval(light);
         runPending();
         EXPECT_EQ(textOf("labelLight"), "No light found.");

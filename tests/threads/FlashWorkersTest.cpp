@@ -117,16 +117,4 @@ TEST_F(FlashWorkers, AReportTriedAgainCarriesWhatIsTrueByThen) {
     EXPECT_EQ(reports().back(), v30("ff000005")[0]);
 }
 
-// Off shown before the manual worker has ended, or a worker that nobody ended.
-TEST_F(FlashWorkers, EndBeforeTheProgramDoes) {
-    plugInFramed();
-    clock.letRun();
-    ui().setManualMode(*ui().buttonSelectManualMode());
-    delegate().applicationWillTerminate();
-    ui().displayVelluxColor(0);
-    vellux::WorkerThread::joinAll();
-    const Lines lines = reports();
-    EXPECT_EQ(Lines(lines.end() - 2, lines.end()), framed("ef ff"));
-}
-
 } // namespace
