@@ -60,37 +60,4 @@ TEST_F(OtherDevices, AreNeverOpened) {
     }
 }
 
-class FortyLights : public KernelTest {};
-
-// More lights than the table of types has room for: a write behind its end (with the sanitizer), or a colour on
-// another light.
-TEST_F(FortyLights, OnlyTheFirstIsDriven) {
-    std::vector<std::unique_ptr<UhidLight>> lights;
-    const auto plugTwenty = [&lights] {
-        for (int n = 0; n < 20; ++n)
-            lights.push_back(std::make_unique<UhidLight>(n % 2 == 0 ? kV30Light : kFramedLight));
-    };
-    plugTwenty();
-    ASSERT_TRUE(waitUntil([] { return nodes() == 20; }));
-    ASSERT_EQ(root("udevadm settle"), 0);
-    startFollowing(sanitizedProgram().empty() ? program() : sanitizedProgram());
-    const auto driven = [&lights] {
-        std::vector<const KernelLight*> told;
-        for (const auto& light : lights)
-            if (!light->attempts().empty())
-                told.push_back(light.get());
-        return told;
-    };
-    ASSERT_TRUE(waitUntil([&] { return !driven().empty(); }));
-    const KernelLight& light = *driven().front();
-    plugTwenty();
-    ASSERT_TRUE(waitUntil([&] { return m_program->lightHandles() == 40; }));
-    m_server->setPresence("Busy");
-    const LightModel model = light.shown().front() == 'U' ? LightModel::Framed : LightModel::V30;
-    ASSERT_TRUE(comesToShow(light, model, "Red"));
-    endProgram();
-    EXPECT_EQ(meaning(model, light.shown()), "None");
-    EXPECT_EQ(driven().size(), 1U);
-}
-
 } // namespace

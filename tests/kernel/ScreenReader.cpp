@@ -6,7 +6,6 @@
 #include <QDBusVariant>
 
 #include <cstdlib>
-#include <utility>
 
 namespace {
 
@@ -35,11 +34,6 @@ std::string text(const QVariant& answer) {
 }
 
 } // namespace
-
-struct ScreenReader::Item {
-    Reference reference;
-    std::string strRole, strName;
-};
 
 ScreenReader::ScreenReader() : m_session("DBUS_SESSION_BUS_ADDRESS") {
     ::setenv("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1", 1);
@@ -71,58 +65,49 @@ std::vector<ScreenReader::Reference> ScreenReader::children(const Reference& par
     return children;
 }
 
-bool ScreenReader::isShowing(const Reference& reference) const {
-    const QVariant answer = call(m_accessibility, reference, kAccessible, "GetState");
-    if (!answer.canConvert<QDBusArgument>())
-        return false;
-    QList<unsigned> states;
-    answer.value<QDBusArgument>() >> states;
-    return !states.isEmpty() && (states.constFirst() >> kShowing & 1U) != 0;
+std::vector<ScreenReader::Reference> ScreenReader::shownChildren(const Reference& parent) const {
+    std::vector<Reference> shown = children(parent);
+    std::erase_if(shown, [this](const Reference& child) {
+        const QVariant answer = call(m_accessibility, child, kAccessible, "GetState");
+        QList<unsigned> states;
+        if (answer.canConvert<QDBusArgument>())
+            answer.value<QDBusArgument>() >> states;
+        return states.isEmpty() || (states.constFirst() >> kShowing & 1U) == 0;
+    });
+    return shown;
 }
 
-std::vector<ScreenReader::Item> ScreenReader::shownChildren(const Reference& parent) const {
-    std::vector<Item> items;
-    for (const Reference& child : children(parent))
-        if (isShowing(child))
-            items.push_back({child, text(call(m_accessibility, child, kAccessible, "GetRoleName")),
-                             text(call(m_accessibility, child, kProperties, "Get", {kAccessible, "Name"}))});
-    return items;
-}
-
-std::vector<ScreenReader::Item> ScreenReader::shownWindows() const {
-    std::vector<Item> windows;
+std::vector<ScreenReader::Reference> ScreenReader::shownWindows() const {
+    std::vector<Reference> windows;
     for (const Reference& application : children({kRegistry, kRoot}))
-        for (Item& window : shownChildren(application))
-            windows.push_back(std::move(window));
+        for (const Reference& window : shownChildren(application))
+            windows.push_back(window);
     return windows;
 }
 
-std::vector<ScreenReader::Item> ScreenReader::shownItems() const {
-    std::vector<Item> items = shownWindows();
-    for (std::size_t nItem = 0; nItem < items.size(); ++nItem) {
-        const std::vector<Item> children = shownChildren(items[nItem].reference);
-        items.insert(items.end(), children.begin(), children.end());
-    }
-    return items;
+std::string ScreenReader::nameOf(const Reference& item) const {
+    return text(call(m_accessibility, item, kProperties, "Get", {kAccessible, "Name"}));
 }
 
 std::vector<std::string> ScreenReader::windows() const {
     std::vector<std::string> titles;
-    for (const Item& window : shownWindows())
-        titles.push_back(window.strName);
+    for (const Reference& window : shownWindows())
+        titles.push_back(nameOf(window));
     return titles;
 }
 
-bool ScreenReader::says(const std::string& strLine) const {
-    for (const Item& item : shownItems())
-        if (item.strRole == "label" && item.strName == strLine)
+bool ScreenReader::shows(const std::string& strLine) const {
+    std::vector<Reference> items = shownWindows();
+    for (std::size_t n = 0; n < items.size(); ++n) {
+        const Reference item = items[n];
+        const std::string strRole = text(call(m_accessibility, item, kAccessible, "GetRoleName"));
+        std::string strHere = strRole + ' ' + nameOf(item);
+        if (strRole == "text")
+            strHere += ' ' + text(call(m_accessibility, item, kText, "GetText", {0, -1}));
+        if (strHere == strLine)
             return true;
+        for (const Reference& child : shownChildren(item))
+            items.push_back(child);
+    }
     return false;
-}
-
-std::optional<std::string> ScreenReader::field(const std::string& strName) const {
-    for (const Item& item : shownItems())
-        if (item.strRole == "text" && item.strName == strName)
-            return text(call(m_accessibility, item.reference, kText, "GetText", {0, -1}));
-    return std::nullopt;
 }

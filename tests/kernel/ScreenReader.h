@@ -5,7 +5,6 @@
 
 #include <QPair>
 
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,19 +19,16 @@ public:
 
     /// The titles of all windows that are on the screen.
     std::vector<std::string> windows() const;
-    /// Whether a label on the screen says this.
-    bool says(const std::string& strLine) const;
-    /// What stands in the text field of this name; absent when there is none on the screen.
-    std::optional<std::string> field(const std::string& strName) const;
+    /// Whether there is this on the screen: a role and a name, and of a text field its text ("label No light found.",
+    /// "text Server lync.example").
+    bool shows(const std::string& strLine) const;
 
 private:
     using Reference = QPair<QString, QString>; // service and path
-    struct Item;
     std::vector<Reference> children(const Reference& parent) const;
-    bool isShowing(const Reference& reference) const;
-    std::vector<Item> shownChildren(const Reference& parent) const;
-    std::vector<Item> shownWindows() const;
-    std::vector<Item> shownItems() const;
+    std::vector<Reference> shownChildren(const Reference& parent) const;
+    std::vector<Reference> shownWindows() const;
+    std::string nameOf(const Reference& item) const;
 
     const XServer m_display{{"-ac"}}; // the programs are the ordinary user's
     UserBus m_session;
