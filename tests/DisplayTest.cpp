@@ -84,6 +84,9 @@ TEST_F(Display, LampShowsWhatTheLightShows) {
     expectLamp(3, 0);
     remove(light);
     expectLamp(3, 3);
+    light->nOpenResult = 13;
+    arrive(light); // may not be opened
+    EXPECT_EQ(ui().lamp().get(), vellux::LampState());
     ui().switchOffForGood();
     expectLamp(1, 8);
 }

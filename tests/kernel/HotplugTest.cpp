@@ -1,6 +1,9 @@
-// Lights that come and go while the program is at work.
+// Lights that come and go while the program is at work, or lose their state while the system sleeps.
 
+#include "UserBus.h"
 #include "World.h"
+
+#include <QDBusMessage>
 
 #include <random>
 
@@ -114,6 +117,33 @@ TEST_F(Hotplug, ALightThatFollowsAnotherIsTakenUpAtOnce) {
         ASSERT_TRUE(waitUntil([] { return nodes() == 1; }));
         expectPromptly(*light);
         ASSERT_TRUE(comesToShow(*light, LightModel::V30, "Red"));
+    }
+    endProgram();
+}
+
+void prepareForSleep(const QDBusConnection& bus, bool bAboutToSleep) {
+    QDBusMessage signal = QDBusMessage::createSignal("/org/freedesktop/login1",
+                                                     "org.freedesktop.login1.Manager", "PrepareForSleep");
+    signal.setArguments({bAboutToSleep});
+    EXPECT_TRUE(bus.send(signal));
+}
+
+// A light that stays dark after a resume, or one that is switched on again on the way to sleep.
+TEST_F(Hotplug, AfterAResumeTheLightIsToldAgain) {
+    UserBus bus("DBUS_SYSTEM_BUS_ADDRESS");
+    ASSERT_TRUE(bus.connection().registerService("org.freedesktop.login1"));
+    startFollowing();
+    UhidLight light(kV30Light);
+    m_server->setPresence("Busy");
+    ASSERT_TRUE(comesToShow(light, LightModel::V30, "Red"));
+    light.forget();
+    prepareForSleep(bus.connection(), true);
+    waitInVain();
+    EXPECT_TRUE(light.attempts().empty());
+    for (int nNotice = 0; nNotice < 2; ++nNotice) { // it may come twice
+        light.forget();
+        prepareForSleep(bus.connection(), false);
+        ASSERT_TRUE(comesToShow(light, LightModel::V30, "Red"));
     }
     endProgram();
 }
