@@ -97,8 +97,8 @@ CURL* CurlTransfer::prepare(const CurlTransportOptions& options, CURLSH* share) 
 }
 
 void CurlTransfer::tellIfUnconnected(CURLcode code, const CurlTransportOptions& options) const {
-    curl_off_t nReadyAfter =
-        0; // microseconds until the connection stood, handshake included; 0: it never did
+    // Microseconds until the connection stood, handshake included; 0 when it never did.
+    curl_off_t nReadyAfter = 0;
     curl_easy_getinfo(m_easy.get(), CURLINFO_PRETRANSFER_TIME_T, &nReadyAfter);
     if (code != CURLE_OK && nReadyAfter == 0 && options.connectionFailed)
         options.connectionFailed(m_request.strUrl);
