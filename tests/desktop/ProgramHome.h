@@ -3,6 +3,7 @@
 
 #include "AES128Transform.h"
 #include "MF_Base64Additions.h"
+#include "fakes/Sanitizers.h"
 #include "support/Files.h"
 
 #include <cstdlib>
@@ -26,6 +27,7 @@ public:
             ::setenv(strBus, "unix:path=/nowhere", 1);
         for (const char* strUnset : {"XDG_DATA_HOME", "DISPLAY", "WAYLAND_DISPLAY"})
             ::unsetenv(strUnset);
+        expectThreadsAtTheEnd();
         std::filesystem::create_directories(data());
     }
     ~ProgramHome() { std::filesystem::remove_all(m_strDirectory); }
