@@ -59,13 +59,13 @@ struct PlugStep {
     bool bPlug = false;
 };
 
-/// Answers the poll with any batch. "{application}" and "{next}" in the body stand for the application's path
+/// Answers the poll with any reply. "{application}" and "{next}" in the body stand for the application's path
 /// and for that of the poll after this one.
 struct BatchStep {
     Reply reply;
 };
 
-/// Fails, delays or cuts off the next requests of a route.
+/// Answers, delays or cuts off the next requests of a route.
 struct InterfereStep {
     Route route = Route::Discovery;
     Interference interference;

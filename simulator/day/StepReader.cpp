@@ -1,6 +1,7 @@
 #include "day/StepReader.h"
 
 #include "day/UserHand.h"
+#include "server/Bodies.h"
 
 #include <limits>
 #include <utility>
@@ -109,7 +110,20 @@ Step readBatch(Members& members) {
     return BatchStep{replyMembers(members, 200)};
 }
 
-// What "fail", "delay" and "cut" have in common.
+Step readEndPoll(Members& members) {
+    const std::string strWith = members.text("with");
+    if (strWith == "gone")
+        return BatchStep{{410, expiredBody()}};
+    if (strWith == "replaced")
+        return BatchStep{{409, pollReplacedBody()}};
+    if (strWith == "resync")
+        return BatchStep{{200, resyncBody("{next}")}};
+    if (strWith != "timeout")
+        members.complain("with", R"(must be "gone", "replaced", "resync" or "timeout")");
+    return BatchStep{{200, nextOnlyBody("{next}")}};
+}
+
+// What "fail", "unauthorized", "delay" and "cut" have in common.
 InterfereStep interfereStep(Members& members) {
     InterfereStep step;
     step.route = routeMember(members);
@@ -120,6 +134,12 @@ InterfereStep interfereStep(Members& members) {
 Step readFail(Members& members) {
     InterfereStep step = interfereStep(members);
     step.interference.reply = replyMembers(members, 500);
+    return step;
+}
+
+Step readUnauthorized(Members& members) {
+    InterfereStep step = interfereStep(members);
+    step.interference.reply = Reply{401, unauthorizedPage(), "text/html"};
     return step;
 }
 
@@ -172,7 +192,8 @@ constexpr Row kRows[] = {
     {"select", readSelect},   {"mode", readMode},
     {"quit", readQuit},       {"presence", readPresence},
     {"plug", readPlug},       {"unplug", readUnplug},
-    {"batch", readBatch},     {"fail", readFail},
+    {"batch", readBatch},     {"endPoll", readEndPoll},
+    {"fail", readFail},       {"unauthorized", readUnauthorized},
     {"delay", readDelay},     {"cut", readCut},
     {"drop", readDrop},       {"wait", readWait},
     {"sleep", readSleep},

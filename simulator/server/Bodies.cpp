@@ -182,12 +182,12 @@ std::string presenceBatchBody(const std::string& strApplicationPath, std::int64_
     return text(batch(strApplicationPath, nAck, Json::array({sender("me", strMe, events)})));
 }
 
-std::string nextOnlyBody(const std::string& strApplicationPath, std::int64_t nAck) {
-    return text(Json{{"_links", Json{{"next", link(eventsHref(strApplicationPath, nAck + 1))}}}});
+std::string nextOnlyBody(const std::string& strNextPoll) {
+    return text(Json{{"_links", Json{{"next", link(strNextPoll)}}}});
 }
 
-std::string resyncBody(const std::string& strApplicationPath, std::int64_t nAck) {
-    return text(Json{{"_links", Json{{"resync", link(eventsHref(strApplicationPath, nAck))}}}});
+std::string resyncBody(const std::string& strExpectedPoll) {
+    return text(Json{{"_links", Json{{"resync", link(strExpectedPoll)}}}});
 }
 
 std::string unauthorizedPage() {
@@ -210,6 +210,12 @@ std::string goneBody() {
     return text(Json{{"code", "Gone"},
                      {"subcode", "ApplicationNotFound"},
                      {"message", "The application does not exist any more."}});
+}
+
+std::string expiredBody() {
+    return text(Json{{"code", "Gone"},
+                     {"subcode", "InactiveApplicationExpired"},
+                     {"message", "The application was not used for too long."}});
 }
 
 std::string pollReplacedBody() {

@@ -34,10 +34,10 @@ std::string presenceBody(const std::string& strApplicationPath, const Presence& 
 /// What a freshly registered application hears first: itself, its presence, note and location, and more.
 std::string firstBatchBody(const std::string& strApplicationPath, std::int64_t nAck);
 std::string presenceBatchBody(const std::string& strApplicationPath, std::int64_t nAck);
-/// Ends a poll without news.
-std::string nextOnlyBody(const std::string& strApplicationPath, std::int64_t nAck);
+/// Ends a poll without news, with a link to the next one.
+std::string nextOnlyBody(const std::string& strNextPoll);
 /// Tells an application that lost count which poll the server expects.
-std::string resyncBody(const std::string& strApplicationPath, std::int64_t nAck);
+std::string resyncBody(const std::string& strExpectedPoll);
 
 // Errors.
 
@@ -46,6 +46,7 @@ std::string unauthorizedPage();
 std::string notFoundPage();
 std::string badRequestBody();
 std::string goneBody();
+std::string expiredBody();
 std::string pollReplacedBody();
 
 } // namespace vellux::simulator

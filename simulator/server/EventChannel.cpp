@@ -50,6 +50,10 @@ EventChannel::EventChannel(std::string strApplicationPath, std::chrono::millisec
     : m_strApplicationPath(std::move(strApplicationPath)), m_holdLimit(holdLimit),
       m_holdChanged(std::move(holdChanged)) {}
 
+std::string EventChannel::href(std::int64_t nAck) const {
+    return m_strApplicationPath + "/events?ack=" + std::to_string(nAck);
+}
+
 Reply EventChannel::record(Reply reply) {
     ++m_nAnswered;
     m_lastBatch = std::move(reply);
@@ -99,7 +103,7 @@ Reply EventChannel::poll(std::int64_t nAck, int nSocket) {
             return *m_lastBatch;
         if (nAck != m_nAnswered + 1) {
             Reply reply;
-            reply.strBody = resyncBody(m_strApplicationPath, m_nAnswered + 1);
+            reply.strBody = resyncBody(href(m_nAnswered + 1));
             return reply;
         }
         if (std::optional<Reply> news = takeNews())
@@ -117,7 +121,7 @@ Reply EventChannel::poll(std::int64_t nAck, int nSocket) {
         if (hold->reply) // also when that came in the last moment
             reply = std::move(*hold->reply);
         else if (end == Hold::End::TimeLimit) {
-            reply.strBody = nextOnlyBody(m_strApplicationPath, nAck);
+            reply.strBody = nextOnlyBody(href(nAck + 1));
             record(reply);
         } else
             reply = Reply::cut();
@@ -180,7 +184,7 @@ bool EventChannel::isHeld() const {
 
 std::string EventChannel::hrefAfterNextBatch() const {
     ScopedLock lock(m_mutex);
-    return m_strApplicationPath + "/events?ack=" + std::to_string(m_nAnswered + 2);
+    return href(m_nAnswered + 2);
 }
 
 } // namespace vellux::simulator

@@ -45,6 +45,8 @@ public:
 private:
     class Hold;
 
+    /// The path of a poll.
+    std::string href(std::int64_t nAck) const;
     std::optional<Reply> takeNews() VELLUX_REQUIRES(m_mutex);
     Reply record(Reply reply) VELLUX_REQUIRES(m_mutex);
     bool release(Reply reply) VELLUX_REQUIRES(m_mutex);
