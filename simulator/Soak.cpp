@@ -70,11 +70,12 @@ struct Holdings {
     }
 };
 
-/// The server's process: takes what the user's presence becomes, one per line, until there are no more.
+/// The server, in a process of its own so that only the client is measured: what the user's presence becomes is
+/// read line by line, until there are no more.
 int serve(const CertificateAuthority& authority, int nWords, int nHost) {
     const auto server = PresenceServer::start(authority, {kUser, kSecret});
     if (server == nullptr)
-        return EXIT_FAILURE;
+        return EXIT_FAILURE; // the client reads no host
     ::dprintf(nHost, "%s\n", server->host().c_str());
     std::FILE* const pWords = ::fdopen(nWords, "r");
     for (std::array<char, 64> line{}; std::fgets(line.data(), line.size(), pWords) != nullptr;)
@@ -124,17 +125,15 @@ public:
     void play(const char* strWhat, long nRounds, std::chrono::seconds limit, void (Soak::*round)(long)) {
         if (!m_bSucceeded || (nRounds == 0 && limit == 0s))
             return;
-        const auto mayGoOn = [&](long n, auto end) {
-            return m_bSucceeded && (nRounds > 0 ? n < nRounds : std::chrono::steady_clock::now() < end);
-        };
-        long n = 0;
-        for (const auto end = std::chrono::steady_clock::now() + limit / 10;
-             n < std::max(nRounds / 10, 1L) && mayGoOn(n, end); ++n)
-            (this->*round)(n); // until pools and caches are filled
-        const Holdings before = settle(std::nullopt);
         const auto began = std::chrono::steady_clock::now();
-        for (; mayGoOn(n, began + limit); ++n)
-            (this->*round)(n);
+        long n = 0;
+        const auto roundsUntil = [&](long nEnd, auto end) {
+            while (m_bSucceeded && (nRounds > 0 ? n < nEnd : std::chrono::steady_clock::now() < end))
+                (this->*round)(n++);
+        };
+        roundsUntil(std::max(nRounds / 10, 1L), began + limit / 10); // until pools and caches are filled
+        const Holdings before = settle(std::nullopt);
+        roundsUntil(nRounds, began + limit);
         const std::chrono::duration<double> took = std::chrono::steady_clock::now() - began;
         const Holdings after = settle(before);
         std::printf("%-25s %8ld in %6.1f s   descriptors %ld, %ld   threads %ld, %ld   heap %ld, %ld kB   "
@@ -246,5 +245,5 @@ int main(int nArguments, char** arguments) {
     std::string strHost;
     for (char c = 0; ::read(host[0], &c, 1) == 1 && c != '\n';)
         strHost += c;
-    return soak(*authority, strHost, words[1], counts);
+    return strHost.empty() ? EXIT_FAILURE : soak(*authority, strHost, words[1], counts);
 }
