@@ -13,9 +13,8 @@ namespace vellux::simulator {
 
 namespace {
 
-constexpr long kClockSlack = 60L * 60;    // s; valid from an hour ago
-constexpr long kLifetime = 24L * 60 * 60; // s
-constexpr long kVersion3 = 2;             // as X.509 counts
+constexpr long kClockSlack = 60L * 60; // s; valid from an hour ago
+constexpr long kVersion3 = 2;          // as X.509 counts
 
 struct Extension {
     int nID;
@@ -27,6 +26,7 @@ struct Request {
     const char* strCommonName;
     std::initializer_list<Extension> extensions;
     const Identity* issuer;
+    std::chrono::seconds validity = CertificateAuthority::kLifetime;
 };
 
 bool setRandomSerial(X509* certificate) {
@@ -64,7 +64,7 @@ std::optional<Identity> make(const Request& request) {
     const bool bFilled =
         X509_set_version(certificate, kVersion3) == 1 && setRandomSerial(certificate) &&
         X509_gmtime_adj(X509_getm_notBefore(certificate), -kClockSlack) != nullptr &&
-        X509_gmtime_adj(X509_getm_notAfter(certificate), kLifetime) != nullptr &&
+        X509_gmtime_adj(X509_getm_notAfter(certificate), request.validity.count()) != nullptr &&
         X509_set_pubkey(certificate, made.key.get()) == 1 &&
         setName(X509_get_subject_name(certificate), request.strCommonName) &&
         X509_set_issuer_name(certificate, X509_get_subject_name(issuer.certificate.get())) == 1;
@@ -111,14 +111,20 @@ std::string CertificateAuthority::pem() const {
     return strText;
 }
 
-std::optional<Identity> CertificateAuthority::issueServerIdentity() const {
+std::optional<Identity> CertificateAuthority::issueServerIdentity(const char* strNames,
+                                                                  std::chrono::seconds validity) const {
     return make({"localhost",
                  {{NID_basic_constraints, "critical,CA:FALSE"},
                   {NID_key_usage, "critical,digitalSignature"},
                   {NID_ext_key_usage, "serverAuth"},
-                  {NID_subject_alt_name, "DNS:localhost,IP:127.0.0.1"},
+                  {NID_subject_alt_name, strNames},
                   {NID_authority_key_identifier, "keyid"}},
-                 &m_own});
+                 &m_own,
+                 validity});
+}
+
+std::optional<Identity> CertificateAuthority::createSelfSigned() {
+    return make({"localhost", {{NID_subject_alt_name, kLoopbackNames}}, nullptr});
 }
 
 } // namespace vellux::simulator

@@ -3,6 +3,7 @@
 
 #include <openssl/types.h>
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
@@ -27,14 +28,20 @@ struct Identity {
 /// process. Any thread.
 class CertificateAuthority {
 public:
+    static constexpr const char* kLoopbackNames = "DNS:localhost,IP:127.0.0.1";
+    static constexpr std::chrono::hours kLifetime{24};
+
     /// Makes a new authority (ECDSA on P-256, valid for a day). Absent when OpenSSL can't.
     static std::optional<CertificateAuthority> create();
 
     /// The authority's certificate as PEM text, for a client's trust store.
     std::string pem() const;
 
-    /// Issues a certificate for "localhost" and 127.0.0.1. Absent when OpenSSL can't.
-    std::optional<Identity> issueServerIdentity() const;
+    /// Issues a certificate for some names, valid from an hour ago until `validity` from now. Absent when OpenSSL can't.
+    std::optional<Identity> issueServerIdentity(const char* strNames = kLoopbackNames,
+                                                std::chrono::seconds validity = kLifetime) const;
+    /// One for the loopback names that nobody vouches for but itself. Absent when OpenSSL can't.
+    static std::optional<Identity> createSelfSigned();
 
 private:
     explicit CertificateAuthority(Identity own) : m_own(std::move(own)) {}

@@ -5,11 +5,14 @@
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <openssl/ssl.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <array>
 #include <cstdlib>
+#include <string_view>
+#include <utility>
 
 RawServer::Reply RawServer::answer(const std::string& strBody, const std::string& strStatus,
                                    const std::string& strFields) {
@@ -30,14 +33,30 @@ public:
     Connection& operator=(const Connection&) = delete;
 
     bool shakeHands() { return m_tls == nullptr || SSL_accept(m_tls) == 1; }
-    // As of recv() and send(), but for the errors.
+    // As of recv(), but for the errors.
     ssize_t read(char* bytes, std::size_t nSize) {
         return m_tls == nullptr ? recv(m_nSocket, bytes, nSize, 0)
                                 : SSL_read(m_tls, bytes, static_cast<int>(nSize));
     }
-    ssize_t write(const char* bytes, std::size_t nSize) {
-        return m_tls == nullptr ? ::send(m_nSocket, bytes, nSize, MSG_NOSIGNAL)
-                                : SSL_write(m_tls, bytes, static_cast<int>(nSize));
+    bool writeAll(std::string_view strBytes) {
+        while (!strBytes.empty()) {
+            const ssize_t nSent = m_tls == nullptr
+                                      ? ::send(m_nSocket, strBytes.data(), strBytes.size(), MSG_NOSIGNAL)
+                                      : SSL_write(m_tls, strBytes.data(), static_cast<int>(strBytes.size()));
+            if (nSent <= 0)
+                return false;
+            strBytes.remove_prefix(static_cast<std::size_t>(nSent));
+        }
+        return true;
+    }
+    bool isLeft() const { // the client has closed it
+        pollfd socket{m_nSocket, POLLRDHUP, 0};
+        return poll(&socket, 1, 0) != 0;
+    }
+    void reset() { // which is how Linux takes a connect to nowhere
+        sockaddr nowhere{};
+        nowhere.sa_family = AF_UNSPEC;
+        ::connect(m_nSocket, &nowhere, sizeof nowhere);
     }
 
 private:
@@ -45,24 +64,10 @@ private:
     SSL* const m_tls;
 };
 
-void RawServer::FreeContext::operator()(SSL_CTX* context) const {
-    SSL_CTX_free(context);
-}
-
-RawServer::RawServer(std::vector<Reply> replies, std::optional<Tls> tls)
-    : m_replies(replies.begin(), replies.end()) {
-    if (tls) {
-        std::signal(SIGPIPE, SIG_IGN); // OpenSSL writes to sockets that are closed
-        m_context.reset(SSL_CTX_new(TLS_server_method()));
-        if (tls->nNewestVersion != 0) {
-            SSL_CTX_set_security_level(m_context.get(), 0);
-            SSL_CTX_set_min_proto_version(m_context.get(), TLS1_VERSION);
-            SSL_CTX_set_max_proto_version(m_context.get(), tls->nNewestVersion);
-        }
-        if (SSL_CTX_use_certificate(m_context.get(), tls->identity.certificate.get()) != 1 ||
-            SSL_CTX_use_PrivateKey(m_context.get(), tls->identity.key.get()) != 1)
-            std::abort();
-    }
+RawServer::RawServer(std::vector<Reply> replies, std::optional<Tls> tls, Answer itsAnswer)
+    : m_bTls(tls), m_answer(std::move(itsAnswer)), m_replies(replies.begin(), replies.end()) {
+    if (tls)
+        present(*tls);
     m_nListener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     sockaddr_in address{};
     address.sin_family = AF_INET;
@@ -91,6 +96,26 @@ RawServer::~RawServer() {
     for (const int nSocket : m_sockets)
         ::close(nSocket);
     ::close(m_nListener);
+}
+
+void RawServer::present(const Tls& tls) {
+    std::signal(SIGPIPE, SIG_IGN); // OpenSSL writes to sockets that are closed
+    const std::shared_ptr<SSL_CTX> context(SSL_CTX_new(TLS_server_method()), SSL_CTX_free);
+    if (tls.nNewestVersion != 0) {
+        SSL_CTX_set_security_level(context.get(), 0);
+        SSL_CTX_set_min_proto_version(context.get(), TLS1_VERSION);
+        SSL_CTX_set_max_proto_version(context.get(), tls.nNewestVersion);
+    }
+    if (SSL_CTX_use_certificate(context.get(), tls.identity.certificate.get()) != 1 ||
+        SSL_CTX_use_PrivateKey(context.get(), tls.identity.key.get()) != 1)
+        std::abort();
+    const std::lock_guard lock(m_mutex);
+    m_context = context;
+}
+
+void RawServer::fallSilent(bool bSilent) {
+    const std::lock_guard lock(m_mutex);
+    m_bSilent = bSilent;
 }
 
 void RawServer::addReply(Reply reply) {
@@ -126,23 +151,31 @@ void RawServer::serve() {
 }
 
 void RawServer::serveConnection(int nSocket) {
+    std::unique_lock lock(m_mutex);
+    m_changed.wait(lock, [this, bSilent = m_bSilent] { return !bSilent || m_bStopping; });
     Connection connection(nSocket, m_context.get());
+    lock.unlock();
+    ++m_nOpen;
     std::string strBuffer;
     std::string strRequest;
     bool bGoesOn = connection.shakeHands();
     while (bGoesOn && readRequest(connection, strBuffer, strRequest)) {
-        Reply reply = answer("", "404 Not Found");
-        {
-            const std::lock_guard lock(m_mutex);
-            m_requests.push_back(strRequest);
-            if (!m_replies.empty()) {
-                reply = m_replies.front();
-                m_replies.pop_front();
-            }
-        }
-        bGoesOn = play(connection, reply);
+        bGoesOn = play(connection, replyTo(strRequest));
     }
     shutdown(nSocket, SHUT_RDWR);
+    --m_nOpen;
+}
+
+RawServer::Reply RawServer::replyTo(const std::string& strRequest) {
+    std::unique_lock lock(m_mutex);
+    m_requests.push_back(strRequest);
+    if (m_replies.empty()) {
+        lock.unlock();
+        return m_answer(strRequest);
+    }
+    Reply reply = m_replies.front();
+    m_replies.pop_front();
+    return reply;
 }
 
 // One request: head, and as much body as its Content-Length says.
@@ -169,26 +202,33 @@ bool RawServer::readRequest(Connection& connection, std::string& strBuffer, std:
 }
 
 bool RawServer::play(Connection& connection, const Reply& reply) {
-    for (const Step& step : reply) {
-        if (step.kind == Step::Kind::Close)
-            return false;
-        if (step.kind == Step::Kind::Wait) {
-            std::unique_lock lock(m_mutex);
-            m_changed.wait(lock, [this] { return m_nGo > 0 || m_bStopping; });
-            --m_nGo;
-            continue;
-        }
-        if (step.kind == Step::Kind::Pause) {
-            std::unique_lock lock(m_mutex);
-            m_changed.wait_for(lock, std::chrono::milliseconds(250), [this] { return m_bStopping; });
-            continue;
-        }
-        std::size_t nSent = 0;
-        while (nSent < step.bytes.size()) {
-            const ssize_t nNow = connection.write(step.bytes.data() + nSent, step.bytes.size() - nSent);
-            if (nNow <= 0)
+    for (std::size_t nStep = 0; nStep < reply.size(); ++nStep) {
+        const Step& step = reply[nStep];
+        std::unique_lock lock(m_mutex);
+        switch (step.kind) {
+        case Step::Kind::Send:
+            lock.unlock();
+            if (!connection.writeAll(step.bytes))
                 return false;
-            nSent += static_cast<std::size_t>(nNow);
+            break;
+        case Step::Kind::Pause:
+            m_changed.wait_for(lock, std::chrono::milliseconds(250), [this] { return m_bStopping; });
+            break;
+        case Step::Kind::Wait:
+            while (m_nGo == 0 && !m_bStopping && !connection.isLeft())
+                m_changed.wait_for(lock, std::chrono::milliseconds(20));
+            if (m_nGo == 0)
+                return false;
+            --m_nGo;
+            break;
+        case Step::Kind::Close:
+            return false;
+        case Step::Kind::Reset:
+            connection.reset();
+            return false;
+        case Step::Kind::Again:
+            nStep = 0;
+            break;
         }
     }
     return true;

@@ -7,6 +7,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <deque>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -17,17 +18,21 @@
 class RawServer {
 public:
     /// What an answer is made of: bytes to send as one piece, a pause of a quarter of a second, a wait until the test
-    /// calls go(), or the end of the connection.
+    /// calls go() or the client leaves, the end of the connection, its reset, or all but the first step again until the client leaves.
     struct Step {
-        enum class Kind { Send, Pause, Wait, Close } kind;
+        enum class Kind { Send, Pause, Wait, Close, Reset, Again } kind;
         std::string bytes;
     };
     using Reply = std::vector<Step>;
+    /// Answers a request, on the connection's thread.
+    using Answer = std::function<Reply(const std::string& strRequest)>;
 
     static Step send(std::string bytes) { return {Step::Kind::Send, std::move(bytes)}; }
     static Step pause() { return {Step::Kind::Pause, {}}; }
     static Step waitForGo() { return {Step::Kind::Wait, {}}; }
     static Step close() { return {Step::Kind::Close, {}}; }
+    static Step reset() { return {Step::Kind::Reset, {}}; }
+    static Step again() { return {Step::Kind::Again, {}}; }
     /// A whole answer with its length.
     static Reply answer(const std::string& strBody, const std::string& strStatus = "200 OK",
                         const std::string& strFields = {});
@@ -44,12 +49,17 @@ public:
         return answer("", strStatus, "Location: " + strUrl + "\r\n");
     }
 
-    /// The replies to the requests as they come, whichever connection they come on; afterwards 404.
-    explicit RawServer(std::vector<Reply> replies, std::optional<Tls> tls = {});
+    /// The replies to the requests as they come, whichever connection they come on; afterwards what `answer` says, else
+    /// 404.
+    explicit RawServer(std::vector<Reply> replies, std::optional<Tls> tls = {}, Answer answer = notFound);
     ~RawServer();
 
+    /// What coming connections meet: another certificate or version, or nobody who says a word.
+    void present(const Tls& tls);
+    void fallSilent(bool bSilent);
+
     /// "http://127.0.0.1:PORT", or with "https", and "127.0.0.1:PORT".
-    std::string origin() const { return (m_context ? "https://" : "http://") + host(); }
+    std::string origin() const { return (m_bTls ? "https://" : "http://") + host(); }
     std::string host() const { return "127.0.0.1:" + std::to_string(m_nPort); }
 
     /// One more reply, after those that are left.
@@ -58,19 +68,22 @@ public:
     void go();
     std::vector<std::string> requests() const;
     int connections() const { return m_nConnections; }
+    int openConnections() const { return m_nOpen; }
 
 private:
     class Connection;
-    struct FreeContext {
-        void operator()(SSL_CTX* context) const;
-    };
 
+    static Reply notFound(const std::string&) { return answer("", "404 Not Found"); }
+    Reply replyTo(const std::string& strRequest);
     void serve();
     void serveConnection(int socket);
     bool readRequest(Connection& connection, std::string& strBuffer, std::string& strRequest) const;
     bool play(Connection& connection, const Reply& reply);
 
-    std::unique_ptr<SSL_CTX, FreeContext> m_context; // null for a plain server
+    const bool m_bTls;
+    const Answer m_answer;
+    std::shared_ptr<SSL_CTX> m_context; // null for a plain server
+    bool m_bSilent = false;
     int m_nListener = -1;
     int m_nPort = 0;
     mutable std::mutex m_mutex;
@@ -82,5 +95,6 @@ private:
     std::vector<int> m_sockets;
     std::vector<std::thread> m_connectionThreads;
     std::atomic<int> m_nConnections{0};
+    std::atomic<int> m_nOpen{0};
     std::thread m_thread;
 };
