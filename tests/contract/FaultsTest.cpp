@@ -86,9 +86,8 @@ protected:
         curl.close();
         endWorld();
     }
-    void runPending() override {
-        mainThread.runPending();
-    } // polls that are refused at once never leave it empty
+    /// One turn: polls that are refused at once never leave the queue empty.
+    void runPending() override { mainThread.runPending(); }
     RawServer::Tls secure() const { return {*authority.issueServerIdentity()}; }
 
     /// What an honest server says at a place. In the second batch and later nothing is new.
@@ -285,9 +284,8 @@ protected:
     };
     std::function<void(const char*)> presenting(std::optional<vellux::simulator::Identity> identity,
                                                 int nVersion = 0) {
-        return [this, tls = std::make_shared<RawServer::Tls>(std::move(*identity), nVersion)](const char*) {
-            server.present(*tls);
-        };
+        return [this, tls = std::make_shared<RawServer::Tls>(RawServer::Tls{std::move(*identity), nVersion})](
+                   const char*) { server.present(*tls); };
     }
     std::function<void(const char*)> redirecting(const std::string& strUrl) {
         return [this, strUrl](const char* strPath) {
@@ -378,7 +376,8 @@ TEST_F(FaultsTest, TokensStayWhereTheyWereIssued) {
         {kPlaces[4], "/ucwa/poll?1", "@" + strOther + "/", "green wait wait"},
         {kPlaces[7], "/ucwa/poll?2", ":1@" + strOther + "/", "green red wait wait"},
     };
-    for (const auto& [place, strLink, strOddLink, strStory] : rows) {
+    for (const auto& [place, strLink, strOddLink, strExpected] : rows) {
+        const std::string& strStory = strExpected; // a lambda takes no structured binding
         SCOPED_TRACE(strOddLink);
         setFault(
             place.strPath, place.nBefore,

@@ -99,13 +99,13 @@ bool TestWorld::isConnectUsable(const std::string& strTitle) {
 }
 
 void TestWorld::runUntil(const std::function<bool()>& condition, const char* strWhat) {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
     for (;;) {
         runPending();
         if (condition())
             return;
         if (std::chrono::steady_clock::now() > deadline) {
-            FAIL() << "waited 20 s for " << strWhat << "; journal:\n"
+            FAIL() << "waited 60 s for " << strWhat << "; journal:\n"
                    << testing::PrintToString(journal.lines());
         }
         journal.waitForChange();

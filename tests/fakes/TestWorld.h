@@ -39,7 +39,7 @@ protected:
     /// write to a control as "control NAME ...".
     void observeControls(bool bAllControls = false);
 
-    /// Runs the main thread's calls until the condition holds; fails the test after 20 seconds.
+    /// Runs the main thread's calls until the condition holds; fails the test after 60 seconds.
     void runUntil(const std::function<bool()>& condition, const char* strWhat);
     /// Until the Connect button has the title and can be pressed: a status monitor has done its pass, and all who
     /// observe the button know.
