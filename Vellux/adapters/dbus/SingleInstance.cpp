@@ -36,7 +36,7 @@ public:
     }
 
     /// Takes the lock. False when another process has it and has been asked, or has not answered in time. True
-    /// without one where it is not to be had: then the name alone decides.
+    /// without one where it is unavailable: then the name alone decides.
     bool takeLock() {
         for (;; QThread::msleep(kPauseMs)) {
             const std::optional<bool> bOurs = m_lock.tryLock();
