@@ -1,7 +1,7 @@
 // Controller of the About window.
 #pragma once
 
-#include "platform/Desktop.h"
+#include "ports/Desktop.h"
 
 #include <memory>
 

@@ -1,6 +1,6 @@
 #include "AlertPopup.h"
 
-#include "platform/Platform.h"
+#include "ports/Platform.h"
 
 #include <memory>
 

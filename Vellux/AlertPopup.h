@@ -1,8 +1,8 @@
 // The program's modal message box, to be had from any thread.
 #pragma once
 
-#include "support/Mutex.h"
-#include "support/SharedInstance.h"
+#include "threads/Mutex.h"
+#include "threads/SharedInstance.h"
 
 #include <array>
 #include <atomic>

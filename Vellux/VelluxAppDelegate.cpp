@@ -4,7 +4,7 @@
 #include "VelluxControl/VelluxControl.h"
 #include "VelluxHttp/VelluxHttp.h"
 #include "VelluxWindowUi/VelluxWindowUi.h"
-#include "platform/Platform.h"
+#include "ports/Platform.h"
 
 vellux::SharedInstanceSlot<VelluxAppDelegate> VelluxAppDelegate::sharedVelluxAppDelegateInstance;
 

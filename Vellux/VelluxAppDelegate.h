@@ -1,9 +1,9 @@
 // The object that the application's life goes through: start-up, reopen, ordered shut-down.
 #pragma once
 
-#include "platform/Desktop.h"
-#include "support/Shared.h"
-#include "support/SharedInstance.h"
+#include "ports/Desktop.h"
+#include "threads/Shared.h"
+#include "threads/SharedInstance.h"
 
 #include <cstdint>
 #include <optional>

@@ -10,20 +10,20 @@
 #include "adapters/dbus/ResumeNotice.h"
 #include "adapters/dbus/SingleInstance.h"
 #include "adapters/hidapi/HidrawManager.h"
-#include "adapters/linux/DeviceRemedy.h"
 #include "adapters/linux/LinuxThreads.h"
 #include "adapters/linux/Resources.h"
 #include "adapters/linux/StandardDirectories.h"
 #include "adapters/linux/SystemClock.h"
 #include "adapters/linux/TerminationWatch.h"
+#include "adapters/linux/UdevRuleCommand.h"
 #include "adapters/qt/Activation.h"
 #include "adapters/qt/MainWindow.h"
 #include "adapters/qt/QtApplication.h"
 #include "adapters/qt/QtDesktop.h"
 #include "adapters/qt/QtMainThread.h"
 #include "adapters/qt/WindowTray.h"
-#include "platform/Platform.h"
-#include "support/WorkerThread.h"
+#include "ports/Platform.h"
+#include "threads/WorkerThread.h"
 
 #include <csignal>
 #include <cstdio>
@@ -60,7 +60,7 @@ int main(int nArguments, char** arguments) {
                                     {{}, /*bUseProxies=*/true, proxies.proxyOf, proxies.askAgain});
     vellux::SystemClock clock;
     vellux::LinuxThreads threads;
-    vellux::MainWindow window({mainThread, controller, client, vellux::deviceRemedy});
+    vellux::MainWindow window({mainThread, controller, client, vellux::udevRuleCommand});
     vellux::QtDesktop desktop(window,
                               {vellux::userDataHome(vellux::readUserEnvironment()),
                                [&application] { application.quitSoon(); }, vellux::beginProcessActivity});

@@ -56,7 +56,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSize) {
     require(transport.requests.size() <= parts[0].size() / std::string_view(R"({"rel")").size(),
             "a query follows an event");
     for (const vellux::HttpRequest& poll : transport.pollRequests)
-        require(poll.strUrl.starts_with("https://lync.example") && vellux::formsUrl(poll.strUrl) &&
+        require(poll.strUrl.starts_with("https://lync.example") && vellux::isHttpUrl(poll.strUrl) &&
                     poll.strUrl == transport.pollRequests[0].strUrl,
                 "polls go to the next link, on the host that signed in");
 

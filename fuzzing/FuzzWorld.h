@@ -12,9 +12,9 @@
 #include "fakes/FakeHidManager.h"
 #include "fakes/FakeHttpTransport.h"
 #include "fakes/Journal.h"
-#include "platform/Platform.h"
-#include "support/CallQueue.h"
+#include "ports/Platform.h"
 #include "support/Text.h"
+#include "threads/CallQueue.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -63,7 +63,7 @@ public:
     std::vector<vellux::HttpRequest> requests, pollRequests;
     std::vector<std::shared_ptr<FakeConnection>> polls;
 
-    vellux::HttpAnswer sendSynchronousRequest(const vellux::HttpRequest& request) override {
+    vellux::HttpResponse sendSynchronousRequest(const vellux::HttpRequest& request) override {
         requests.push_back(request);
         if (requests.size() > m_answers.size())
             return FakeHttpTransport::failure();

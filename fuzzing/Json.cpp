@@ -2,7 +2,7 @@
 
 #include "FuzzWorld.h"
 
-#include "VelluxHttp/JsonAnswer.h"
+#include "VelluxHttp/JsonBody.h"
 
 namespace {
 
@@ -10,7 +10,7 @@ using fuzzing::require;
 
 /// All that the client reads out of answers, in one text.
 std::optional<std::string> readingOf(std::string_view strBody) {
-    const auto answer = JsonAnswer::parse(strBody);
+    const auto answer = JsonBody::parse(strBody);
     if (!answer)
         return std::nullopt;
     std::string strReading;

@@ -3,8 +3,8 @@
 
 #include "FuzzWorld.h"
 
-#include "ports/PrivateDirectory.h"
-#include "support/WorkerThread.h"
+#include "platform/PrivateDirectory.h"
+#include "threads/WorkerThread.h"
 
 #include <algorithm>
 #include <fstream>

@@ -48,7 +48,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSize) {
             "the presence is kept as it came");
 
     for (const vellux::HttpRequest& request : requests) {
-        require(vellux::formsUrl(request.strUrl), "only what forms a URL is asked for");
+        require(vellux::isHttpUrl(request.strUrl), "only what forms a URL is asked for");
         const bool bFirst = &request == &requests[0];
         require(hasPassword(request.body.value_or("")) == bFirst && !hasPassword(request.strUrl),
                 "the password goes out once");
@@ -62,7 +62,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSize) {
     if (strPresenceUrl) {
         client.httpGet_EventChannels();
         for (const vellux::HttpRequest& poll : world.transport.pollRequests)
-            require(vellux::formsUrl(poll.strUrl) && poll.strUrl.starts_with("https://lync.example"),
+            require(vellux::isHttpUrl(poll.strUrl) && poll.strUrl.starts_with("https://lync.example"),
                     "polls go to the typed host");
     }
     client.abortEventChannelConnection();

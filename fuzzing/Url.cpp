@@ -7,11 +7,11 @@
 #include <algorithm>
 
 using fuzzing::require;
-using vellux::formsUrl;
+using vellux::isHttpUrl;
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSize) {
     const std::string strText(fuzzing::textOf(pData, nSize));
-    if (!formsUrl(strText))
+    if (!isHttpUrl(strText))
         return 0;
 
     require(std::all_of(strText.begin(), strText.end(), [](char c) { return c > ' ' && c < '\x7F'; }),
@@ -19,9 +19,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSize) {
     const std::string strScheme = vellux::toLower(strText.substr(0, strText.find(':')));
     require(strScheme == "http" || strScheme == "https", "a URL is one of two schemes");
     const std::string strRest = strText.substr(strText.find("://"));
-    require(formsUrl("HTTP" + strRest) && formsUrl("https" + strRest), "the two schemes are alike");
-    require(formsUrl(strText.substr(0, strText.find('#'))), "a fragment may be left out");
-    require(!formsUrl("x" + strText), "the scheme stands at the head");
+    require(isHttpUrl("HTTP" + strRest) && isHttpUrl("https" + strRest), "the two schemes are alike");
+    require(isHttpUrl(strText.substr(0, strText.find('#'))), "a fragment may be left out");
+    require(!isHttpUrl("x" + strText), "the scheme stands at the head");
 
     // What no URL holds, at a place that the text itself chooses.
     std::size_t nPlace = 0;
@@ -30,7 +30,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSize) {
     for (const char c : {'\0', ' ', '\r', '\n', '"', '<', '\\', '\x7F', '\x80', '\xFF'}) {
         std::string strBroken = strText;
         strBroken.insert(nPlace, 1, c);
-        require(!formsUrl(strBroken), "a URL holds nothing that is not allowed");
+        require(!isHttpUrl(strBroken), "a URL holds nothing that is not allowed");
     }
     return 0;
 }

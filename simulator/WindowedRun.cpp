@@ -5,19 +5,19 @@
 #include "VelluxHttp/VelluxHttp.h"
 #include "VelluxWindowUi/VelluxWindowUi.h"
 #include "adapters/curl/CurlTransport.h"
-#include "adapters/linux/DeviceRemedy.h"
 #include "adapters/linux/SystemClock.h"
 #include "adapters/linux/TerminationWatch.h"
+#include "adapters/linux/UdevRuleCommand.h"
 #include "adapters/qt/MainWindow.h"
 #include "adapters/qt/QtApplication.h"
 #include "adapters/qt/QtDesktop.h"
 #include "adapters/qt/QtMainThread.h"
-#include "platform/Platform.h"
-#include "ports/EqualThreads.h"
-#include "ports/PrivateDirectory.h"
-#include "ports/ServerWatch.h"
-#include "ports/WindowWatch.h"
-#include "support/WorkerThread.h"
+#include "platform/EqualThreads.h"
+#include "platform/PrivateDirectory.h"
+#include "platform/ServerWatch.h"
+#include "platform/WindowWatch.h"
+#include "ports/Platform.h"
+#include "threads/WorkerThread.h"
 #include "window/LampPanel.h"
 #include "window/Look.h"
 #include "window/PictureTour.h"
@@ -61,7 +61,7 @@ int showWindow(char* strProgram, const Options& options) {
     lights.plug(light);
     SystemClock clock;
     EqualThreads threads;
-    MainWindow window({mainThread, controller, client, deviceRemedy});
+    MainWindow window({mainThread, controller, client, udevRuleCommand});
     QtDesktop desktop(window, {directory->path(), [&application] { application.quitSoon(); }, {}});
     installPlatform({lights, transport, mainThread, clock, threads, desktop});
     const WindowWatch windowWatch(controller, console, changes);
@@ -87,12 +87,12 @@ int showWindow(char* strProgram, const Options& options) {
     std::unique_ptr<LampPanel> panel;
     std::unique_ptr<PictureTour> tour;
     if (options.strPictures) {
-        tour = std::make_unique<PictureTour>(
-            *options.strPictures, options.look,
-            PictureTour::Stage{mainThread, changes, console, lights, light, *server, controller, window});
+        tour = std::make_unique<PictureTour>(*options.strPictures, options.look,
+                                             PictureTour::Dependencies{mainThread, changes, console, lights,
+                                                                       light, *server, controller, window});
     } else {
         panel = std::make_unique<LampPanel>(
-            LampPanel::Surroundings{mainThread, changes, lights, light, *server,
+            LampPanel::Dependencies{mainThread, changes, lights, light, *server,
                                     [&delegate] { delegate.applicationShouldHandleReopen(true); },
                                     [&controller] { controller.onExit(nullptr); }});
         panel->move(window.frameGeometry().topRight() + QPoint(panel->fontMetrics().height(), 0));

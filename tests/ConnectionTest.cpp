@@ -11,7 +11,7 @@
 
 namespace {
 
-using vellux::HttpAnswer;
+using vellux::HttpResponse;
 
 const std::string kFieldsAlert = "alert Please ensure all fields are entered correctly";
 
@@ -88,7 +88,7 @@ TEST_F(ConnectionTest, connectsStepByStep) {
 // A failing step without its alert, in the wrong order, or that leaves a button nobody can press any more.
 TEST_F(ConnectionTest, failingStepsAlertAndGiveTheButtonBack) {
     plugInFramed();
-    const auto check = [&](const char* strPath, const HttpAnswer& answer, const char* strStep,
+    const auto check = [&](const char* strPath, const HttpResponse& answer, const char* strStep,
                            const std::string& strFirstAlert = "") {
         scriptServer(R"({"availability":"Online"})");
         transport.script(strPath, {answer});

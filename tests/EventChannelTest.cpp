@@ -5,7 +5,7 @@
 namespace {
 
 using Text = std::optional<std::string>;
-using vellux::HttpAnswer;
+using vellux::HttpResponse;
 using Lines = Journal::Lines;
 
 const std::string kP = R"({"link":{"rel":"presence"},"type":"updated"})"; // a presence event
@@ -75,7 +75,7 @@ TEST_F(EventChannelTest, answersMayBeLongButNotCostly) {
 
 // A presence passed on altered, or a failed query that forgets the call the user is on.
 TEST_F(EventChannelTest, presenceQueryKeepsItsStateUnlessAnAnswerCame) {
-    const auto check = [&](const HttpAnswer& answer, const Text& strResult, const Text& strStatus,
+    const auto check = [&](const HttpResponse& answer, const Text& strResult, const Text& strStatus,
                            bool bOnCall) {
         SCOPED_TRACE(answer.body.value_or("no body").substr(0, 80));
         const std::string strUrl = "https://lync.example/ucwa/me/presence";
@@ -95,7 +95,7 @@ TEST_F(EventChannelTest, presenceQueryKeepsItsStateUnlessAnAnswerCame) {
     check({R"({"availability":"","activity":"on-the-phone"})", {}}, "", "", true);
     check({R"({"availability":"BeRightBack"})", {}}, "BeRightBack", "BeRightBack", false);
     check({R"({"activity":"on-the-phone"})", {}}, {}, {}, true);
-    for (const HttpAnswer& answer : brokenAnswers(R"({"availability":"Busy"})"))
+    for (const HttpResponse& answer : brokenAnswers(R"({"availability":"Busy"})"))
         check(answer, {}, "Away", true);
     for (const std::string& strBody : notObjects())
         check({strBody, {}}, {}, "Away", true);
@@ -151,12 +151,12 @@ TEST_F(EventChannelTest, batchesHaveTheirEffectsUpToTheFirstGap) {
 
 // A light set by an answer that never came, or a channel that goes on in spite of it.
 TEST_F(EventChannelTest, failedRequeryEndsTheBatch) {
-    std::vector<HttpAnswer> answers = brokenAnswers(R"({"availability":"Busy"})");
+    std::vector<HttpResponse> answers = brokenAnswers(R"({"availability":"Busy"})");
     answers.insert(answers.end(), {{"<html>", {}}, {"{}", {}}, {R"({"availability":null})", {}}});
     Lines expected = heard(1);
     expected.push_back(kAsk);
-    for (const HttpAnswer& bad : answers) {
-        const HttpAnswer good{R"({"availability":"Busy"})", {}};
+    for (const HttpResponse& bad : answers) {
+        const HttpResponse good{R"({"availability":"Busy"})", {}};
         transport.script("/ucwa/me/presence", {good, bad, good});
         EXPECT_EQ(deliver(batch("/n", kP + "," + kP + "," + kP)), expected);
     }

@@ -7,7 +7,7 @@
 #include "adapters/linux/TerminationWatch.h"
 #include "fakes/Sanitizers.h"
 #include "fakes/Watchdog.h"
-#include "support/CallQueue.h"
+#include "threads/CallQueue.h"
 
 #include <gtest/gtest.h>
 

@@ -7,7 +7,7 @@
 namespace {
 
 using Text = std::optional<std::string>;
-using vellux::HttpAnswer;
+using vellux::HttpResponse;
 
 const std::string kHost = "lync.kestrel.example", kApps = "https://lync.kestrel.example/ucwa/apps";
 
@@ -22,7 +22,7 @@ std::string offer(const std::string& strHref = "/mma", const std::string& strKey
 
 class RegistrationTest : public TestWorld {
 protected:
-    Text applicationsUrl(const HttpAnswer& answer, const Text& strHost = kHost) {
+    Text applicationsUrl(const HttpResponse& answer, const Text& strHost = kHost) {
         transport.script("/Autodiscover/AutodiscoverService.svc/root/oauth/user", {answer});
         return client().httpGet_ApplicationServiceURL(strHost, "Bearer t");
     }
@@ -83,7 +83,7 @@ TEST_F(RegistrationTest, applicationsLinkIsRewrittenToTheTypedHost) {
 // A user without an applications resource, or a broken answer, taken for a link; an alert too many or too few.
 TEST_F(RegistrationTest, withoutAnApplicationsLinkThereIsNoUrl) {
     const std::string strGood = R"({"_links":{"applications":{"href":"https://p.example/a"}}})";
-    for (const HttpAnswer& answer : brokenAnswers(strGood)) {
+    for (const HttpResponse& answer : brokenAnswers(strGood)) {
         EXPECT_EQ(applicationsUrl(answer), std::nullopt);
         EXPECT_EQ(journal.take({"alert"}), Lines{kConnectionAlert});
         EXPECT_EQ(journal.take({"request"}).size(), 1U);
@@ -101,7 +101,7 @@ TEST_F(RegistrationTest, withoutAnApplicationsLinkThereIsNoUrl) {
 
 // Reading the wrong one of up to three answers, registering too often, or minding what does not matter.
 TEST_F(RegistrationTest, availabilityIsMadeAndTheRightAnswerRead) {
-    using Answers = std::vector<HttpAnswer>;
+    using Answers = std::vector<HttpResponse>;
     const auto check = [&](const Answers& registrations, const Answers& available,
                            const std::string& strExchanged, const Text& strPath = {}) {
         SCOPED_TRACE(registrations.front().body.value_or("none").substr(0, 120));
@@ -111,7 +111,7 @@ TEST_F(RegistrationTest, availabilityIsMadeAndTheRightAnswerRead) {
         EXPECT_EQ(setUp(), strPath ? "https://" + kHost + *strPath : Text{});
         EXPECT_EQ(exchanged(), strExchanged);
     };
-    const HttpAnswer plain{application("/p1"), {}}, made{application("/p2"), {}}, offered{offer(), {}},
+    const HttpResponse plain{application("/p1"), {}}, made{application("/p2"), {}}, offered{offer(), {}},
         empty{"", {}};
     check({plain}, {}, "R", "/p1");
     check({{application(""), {}}}, {}, "R", "");
@@ -127,7 +127,7 @@ TEST_F(RegistrationTest, availabilityIsMadeAndTheRightAnswerRead) {
     check({offered, plain}, {FakeHttpTransport::failure()}, "RM");
     check({offered, plain}, {{}}, "RM");
     check({offered, empty}, {empty}, "RMR");
-    for (const HttpAnswer& broken : brokenAnswers(*plain.body)) {
+    for (const HttpResponse& broken : brokenAnswers(*plain.body)) {
         check({broken}, {}, "R!");
         check({offered, broken}, {empty}, "RMR!");
     }

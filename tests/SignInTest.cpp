@@ -7,15 +7,15 @@
 namespace {
 
 using Text = std::optional<std::string>;
-using vellux::HttpAnswer;
+using vellux::HttpResponse;
 
 class SignInTest : public TestWorld {
 protected:
-    Text signIn(const Text& strHost, const HttpAnswer& answer) {
+    Text signIn(const Text& strHost, const HttpResponse& answer) {
         transport.script("/WebTicket/oauthtoken", {answer});
         return client().httpPost_GetOAuthToken(strHost, "FJORD\\mira", "pw");
     }
-    std::string discover(const HttpAnswer& answer, const Text& strDomain = "kestrel.example") {
+    std::string discover(const HttpResponse& answer, const Text& strDomain = "kestrel.example") {
         transport.script("", {answer});
         return client().httpGet_StartAutomaticDiscovery(strDomain, true, false);
     }
@@ -44,7 +44,7 @@ TEST_F(SignInTest, answerDecidesResultAlertsAndWhatIsKept) {
     client().httpPost_SetupApplicationsAndGetPresenceURL("first.example",
                                                          "https://first.example/ucwa/applications", "A b");
     std::string strKept = "first.example/n | Authorization: A b";
-    const auto check = [&](const HttpAnswer& answer, const Lines& alerts, const Text& strResult = {}) {
+    const auto check = [&](const HttpResponse& answer, const Lines& alerts, const Text& strResult = {}) {
         SCOPED_TRACE(answer.body.value_or("no body").substr(0, 80));
         journal.clear();
         EXPECT_EQ(signIn("second.example", answer), strResult);
@@ -56,7 +56,7 @@ TEST_F(SignInTest, answerDecidesResultAlertsAndWhatIsKept) {
         transport.lastPoll().simulateData(batch("/n"));
         EXPECT_EQ(journal.take({"poll", "request"}).back(), "poll GET https://" + strKept + " | 15 s");
     };
-    for (const HttpAnswer& answer : brokenAnswers(strTokens + "}"))
+    for (const HttpResponse& answer : brokenAnswers(strTokens + "}"))
         check(answer, {kConnectionAlert});
     const std::string strInvalid = "alert Username/Password Pair is invalid";
     check({R"({"error":"invalid_grant","token_type":"X"})", {}}, {strInvalid});
@@ -117,7 +117,7 @@ TEST_F(SignInTest, discoveryCutsTheHostOutOfTheSelfLink) {
     for (const auto& [strHref, strHost] : rows)
         EXPECT_EQ(discover({self(strHref), {}}), strHost) << strHref;
     EXPECT_EQ(discover({self("https://web.example/r"), {}}, ""), "web.example/r"); // "" occurs nowhere
-    for (const HttpAnswer& answer : brokenAnswers(self("https://web.kestrel.example")))
+    for (const HttpResponse& answer : brokenAnswers(self("https://web.kestrel.example")))
         EXPECT_EQ(discover(answer), "");
     for (const std::string& strBody : badBodies({"_links", "self", "href"}))
         EXPECT_EQ(discover({strBody, {}}), "") << strBody.substr(0, 80);

@@ -4,9 +4,9 @@
 #include "fakes/TestWorld.h"
 #include "fakes/Watchdog.h"
 #include "support/Files.h"
-#include "support/SharedInstance.h"
 #include "support/Text.h"
 #include "support/Url.h"
+#include "threads/SharedInstance.h"
 
 #include <atomic>
 #include <csignal>
@@ -69,7 +69,7 @@ TEST(Url, WhatFormsOne) {
                                            "|https://h:65535|https://[::1]:8080/x|"
                                            "https://h/%41%fF|https:///path|https://h/a:b@c",
                                            "|"))
-        EXPECT_TRUE(formsUrl(strUrl)) << strUrl;
+        EXPECT_TRUE(isHttpUrl(strUrl)) << strUrl;
     for (const std::string& strUrl : split(
              "|h|//h/|ftp://h/|file:///etc/passwd|https:/h|https://h /| https://h|https://h/a "
              "b|https://h/\r\nX: y|"
@@ -78,10 +78,10 @@ TEST(Url, WhatFormsOne) {
              "https://h/%|https://h/%4|https://h/%4g|https://[::1|https://[::1]x/|https://h/<a>|https://h/\"|"
              "https://h/{a}|https://h/\\|https://h]/x|https://a[b]/|https://[zz]/|https://h/[|https://h/#a#b",
              "|"))
-        EXPECT_FALSE(formsUrl(strUrl)) << strUrl;
+        EXPECT_FALSE(isHttpUrl(strUrl)) << strUrl;
     for (const auto strUrl :
          {"https://h\0"sv, "https://[::1\0]/"sv, "https://[::1\0.example]/"sv, "https://h/\0"sv})
-        EXPECT_FALSE(formsUrl(strUrl)) << testing::PrintToString(strUrl);
+        EXPECT_FALSE(isHttpUrl(strUrl)) << testing::PrintToString(strUrl);
 }
 
 class Files : public TestWorld {

@@ -3,7 +3,7 @@
 #include "VelluxControl/VelluxControl.h"
 
 #include "VelluxWindowUi/VelluxWindowUi.h"
-#include "platform/Platform.h"
+#include "ports/Platform.h"
 
 #include <algorithm>
 #include <cstdio>

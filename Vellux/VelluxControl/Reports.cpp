@@ -2,7 +2,7 @@
 
 #include "VelluxControl/VelluxControl.h"
 
-#include "platform/Platform.h"
+#include "ports/Platform.h"
 
 #include <algorithm>
 

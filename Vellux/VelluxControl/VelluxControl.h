@@ -8,8 +8,8 @@
 // their colours under the controller's lock.
 #pragma once
 
-#include "platform/HidManager.h"
-#include "support/Shared.h"
+#include "ports/HidManager.h"
+#include "threads/Shared.h"
 
 #include <array>
 #include <atomic>

@@ -2,10 +2,10 @@
 
 #include "VelluxHttp/VelluxHttp.h"
 
-#include "VelluxHttp/Exchange.h"
-#include "VelluxHttp/JsonAnswer.h"
+#include "VelluxHttp/JsonBody.h"
+#include "VelluxHttp/Requests.h"
 #include "VelluxWindowUi/VelluxWindowUi.h"
-#include "platform/Platform.h"
+#include "ports/Platform.h"
 #include "support/Url.h"
 
 #include <utility>
@@ -31,13 +31,13 @@ bool isPresenceNews(const ChannelEvent& event) {
 std::optional<std::string>
 VelluxHttp::httpGet_MyPresence(const std::optional<std::string>& strUrl,
                                const std::optional<std::string>& strAuthorization) {
-    if (!strUrl || !strAuthorization || !vellux::formsUrl(*strUrl))
+    if (!strUrl || !strAuthorization || !vellux::isHttpUrl(*strUrl))
         return std::nullopt;
     const auto strBody =
         exchange(getRequest(*strUrl, {{"Authorization", *strAuthorization}}, issuerOf(*strAuthorization)));
     if (!strBody)
         return std::nullopt;
-    const auto answer = JsonAnswer::parse(*strBody);
+    const auto answer = JsonBody::parse(*strBody);
     if (!answer)
         return std::nullopt;
     bIsUserOnCall = answer->text({"activity"}) == "on-the-phone";
@@ -49,7 +49,7 @@ VelluxHttp::httpGet_MyPresence(const std::optional<std::string>& strUrl,
 void VelluxHttp::httpGet_EventChannels() {
     vellux::assertMainThread();
     const auto strUrl = strEventChannelUrl.get();
-    if (!strUrl || !vellux::formsUrl(*strUrl)) {
+    if (!strUrl || !vellux::isHttpUrl(*strUrl)) {
         noteWhetherFollowing();
         return;
     }
@@ -84,7 +84,7 @@ void VelluxHttp::connectionDidReceiveResponse(vellux::HttpConnection&) {}
 
 void VelluxHttp::connectionDidReceiveData(vellux::HttpConnection&, std::string_view data) {
     vellux::assertMainThread();
-    const auto batch = JsonAnswer::parse(data);
+    const auto batch = JsonBody::parse(data);
     if (!batch)
         return;
     nextLink = batch->text({"_links", "next", "href"});

@@ -2,9 +2,9 @@
 
 #include "VelluxHttp/VelluxHttp.h"
 
-#include "VelluxHttp/Exchange.h"
-#include "VelluxHttp/JsonAnswer.h"
-#include "platform/Platform.h"
+#include "VelluxHttp/JsonBody.h"
+#include "VelluxHttp/Requests.h"
+#include "ports/Platform.h"
 #include "support/Text.h"
 #include "support/Url.h"
 
@@ -44,13 +44,13 @@ VelluxHttp::httpGet_ApplicationServiceURL(const std::optional<std::string>& strH
         return std::nullopt;
     const std::string strUrl =
         "https://" + *strHost + "/Autodiscover/AutodiscoverService.svc/root/oauth/user";
-    if (!vellux::formsUrl(strUrl))
+    if (!vellux::isHttpUrl(strUrl))
         return std::nullopt;
     const auto strBody = exchangeOrAlert(
         getRequest(strUrl, {{"Authorization", *strAuthorization}}, issuerOf(*strAuthorization)));
     if (!strBody)
         return std::nullopt;
-    const auto answer = JsonAnswer::parse(*strBody);
+    const auto answer = JsonBody::parse(*strBody);
     if (!answer)
         return std::nullopt;
     const auto strHref = answer->text({"_links", "applications", "href"});
@@ -68,7 +68,7 @@ VelluxHttp::httpPost_SetupApplicationsAndGetPresenceURL(const std::optional<std:
                                                         const std::optional<std::string>& strAuthorization) {
     if (!strHost || !strApplicationsUrl || !strAuthorization)
         return std::nullopt;
-    if (!vellux::formsUrl(*strApplicationsUrl))
+    if (!vellux::isHttpUrl(*strApplicationsUrl))
         return std::nullopt;
     const vellux::HttpHeaderFields headerFields = {{"Content-Type", "application/json"},
                                                    {"Authorization", *strAuthorization}};
@@ -83,14 +83,14 @@ VelluxHttp::httpPost_SetupApplicationsAndGetPresenceURL(const std::optional<std:
         return std::nullopt;
 
     if (vellux::toLower(*strBody).find("makemeavailable") != std::string::npos) {
-        const auto answer = JsonAnswer::parse(*strBody);
+        const auto answer = JsonBody::parse(*strBody);
         if (!answer)
             return std::nullopt;
         const auto strHref = answer->text({"_embedded", "me", "_links", "makeMeAvailable", "href"});
         if (!strHref)
             return std::nullopt;
         const std::string strUrl = "https://" + *strHost + *strHref;
-        if (!vellux::formsUrl(strUrl))
+        if (!vellux::isHttpUrl(strUrl))
             return std::nullopt;
         // Unlike everywhere else only the presence of a body counts here, not a transport error beside it.
         strBody =
@@ -107,7 +107,7 @@ VelluxHttp::httpPost_SetupApplicationsAndGetPresenceURL(const std::optional<std:
         }
     }
 
-    const auto answer = JsonAnswer::parse(*strBody);
+    const auto answer = JsonBody::parse(*strBody);
     if (!answer)
         return std::nullopt;
     const auto strPresenceHref = answer->text({"_embedded", "me", "_links", "presence", "href"});

@@ -3,8 +3,8 @@
 #include "VelluxHttp/VelluxHttp.h"
 
 #include "AlertPopup.h"
-#include "VelluxHttp/Exchange.h"
-#include "VelluxHttp/JsonAnswer.h"
+#include "VelluxHttp/JsonBody.h"
+#include "VelluxHttp/Requests.h"
 #include "support/Text.h"
 #include "support/Url.h"
 
@@ -28,12 +28,12 @@ std::string VelluxHttp::httpGet_StartAutomaticDiscovery(const std::optional<std:
     domainString.set(strDomain);
     const std::string strUrl = std::string(bUseHttps ? "https://" : "http://") +
                                (bInternal ? "lyncdiscoverinternal." : "lyncdiscover.") + *strDomain;
-    if (!vellux::formsUrl(strUrl))
+    if (!vellux::isHttpUrl(strUrl))
         return "";
     const auto strBody = exchange(getRequest(strUrl, {{"Content-Type", "application/json"}}));
     if (!strBody)
         return "";
-    const auto answer = JsonAnswer::parse(*strBody);
+    const auto answer = JsonBody::parse(*strBody);
     if (!answer)
         return "";
     const auto strSelf = answer->text({"_links", "self", "href"});
@@ -53,14 +53,14 @@ std::optional<std::string> VelluxHttp::httpPost_GetOAuthToken(const std::optiona
     if (!strHost || !strUserName || !strPassword)
         return std::nullopt;
     const std::string strUrl = "https://" + *strHost + "/WebTicket/oauthtoken";
-    if (!vellux::formsUrl(strUrl))
+    if (!vellux::isHttpUrl(strUrl))
         return std::nullopt;
     const auto strBody = exchangeOrAlert(
         postRequest(strUrl, {{"Content-Type", "application/x-www-form-urlencoded"}},
                     "grant_type=password&username=" + *strUserName + "&password=" + *strPassword, strUrl));
     if (!strBody)
         return std::nullopt;
-    const auto answer = JsonAnswer::parse(*strBody);
+    const auto answer = JsonBody::parse(*strBody);
     if (!answer)
         return std::nullopt;
     if (answer->text({"error"}) == "invalid_grant")

@@ -4,19 +4,19 @@
 // SignIn.cpp         discovery and sign-in
 // Registration.cpp   the user's applications resource, registration, make me available
 // EventChannel.cpp   presence query, event channel and its callbacks
-// JsonAnswer.h       what is read out of the server's answers
+// JsonBody.h       what is read out of the server's answers
 //
 // Sign-in and registration run on the status monitor's thread and block it, 30 seconds a request at most. The
 // event channel lives on the main thread. Absent results mean failure; "" is a value. HTTP status codes are
 // never looked at.
 #pragma once
 
-#include "platform/HttpTransport.h"
-#include "platform/MainThread.h"
-#include "platform/ViewState.h"
-#include "support/Observable.h"
-#include "support/Shared.h"
-#include "support/SharedInstance.h"
+#include "model/ViewState.h"
+#include "ports/HttpTransport.h"
+#include "threads/MainThread.h"
+#include "threads/Observable.h"
+#include "threads/Shared.h"
+#include "threads/SharedInstance.h"
 
 #include <atomic>
 #include <memory>

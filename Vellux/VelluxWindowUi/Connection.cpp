@@ -5,7 +5,7 @@
 #include "AlertPopup.h"
 #include "VelluxHttp/VelluxHttp.h"
 #include "VelluxWindowUi/ColourIndex.h"
-#include "platform/Platform.h"
+#include "ports/Platform.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include "VelluxControl/VelluxControl.h"
 #include "VelluxWindowUi/ColourIndex.h"
 #include "VelluxWindowUi/FlashSpeeds.h"
-#include "platform/Platform.h"
+#include "ports/Platform.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include "VelluxHttp/VelluxHttp.h"
 #include "VelluxWindowUi/ColourIndex.h"
 #include "VelluxWindowUi/FlashSpeeds.h"
-#include "platform/Platform.h"
+#include "ports/Platform.h"
 
 void VelluxWindowUi::clampToItems(std::atomic<std::int64_t>& nIndex, const ComboBox& list) const {
     const std::int64_t nItems = list.numberOfItems();

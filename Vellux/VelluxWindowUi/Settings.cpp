@@ -4,7 +4,7 @@
 
 #include "AES128Transform.h"
 #include "MF_Base64Additions.h"
-#include "platform/Platform.h"
+#include "ports/Platform.h"
 #include "support/Files.h"
 #include "support/Text.h"
 

@@ -14,15 +14,15 @@
 // main thread's role.
 #pragma once
 
-#include "platform/Controls.h"
-#include "platform/Desktop.h"
-#include "platform/MainThread.h"
-#include "platform/ViewState.h"
-#include "support/Mutex.h"
-#include "support/Observable.h"
-#include "support/Shared.h"
-#include "support/SharedInstance.h"
-#include "support/WorkerThread.h"
+#include "model/Controls.h"
+#include "model/ViewState.h"
+#include "ports/Desktop.h"
+#include "threads/MainThread.h"
+#include "threads/Mutex.h"
+#include "threads/Observable.h"
+#include "threads/Shared.h"
+#include "threads/SharedInstance.h"
+#include "threads/WorkerThread.h"
 
 #include <array>
 #include <atomic>

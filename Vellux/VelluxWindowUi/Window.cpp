@@ -6,7 +6,7 @@
 #include "VelluxControl/VelluxControl.h"
 #include "VelluxHttp/VelluxHttp.h"
 #include "VelluxWindowUi/ColourIndex.h"
-#include "platform/Platform.h"
+#include "ports/Platform.h"
 
 vellux::SharedInstanceSlot<VelluxWindowUi> sharedVelluxWindowUiInstance;
 

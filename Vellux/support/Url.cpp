@@ -65,7 +65,7 @@ bool isHostAndPort(std::string_view strText) {
 
 } // namespace
 
-bool formsUrl(std::string_view strText) {
+bool isHttpUrl(std::string_view strText) {
     const std::size_t nColon = strText.find("://");
     if (nColon == std::string_view::npos)
         return false;

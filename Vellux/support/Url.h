@@ -9,6 +9,6 @@ namespace vellux {
 /// (so no blanks, no controls, nothing beyond ASCII), every "%" followed by two hexadecimal digits, and a
 /// port, if there is one, of digits up to 65535; brackets only around an IPv6 address, and one "#" at most. An empty
 /// host counts as formable; no server answers at it.
-bool formsUrl(std::string_view strText);
+bool isHttpUrl(std::string_view strText);
 
 } // namespace vellux

@@ -3,7 +3,7 @@
 #include "day/DayPlayer.h"
 
 #include "VelluxWindowUi/VelluxWindowUi.h"
-#include "support/Shared.h"
+#include "threads/Shared.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -45,7 +45,7 @@ void DayPlayer::join() {
 
 void DayPlayer::applicationHasEnded() {
     m_bApplicationEnded = true;
-    m_stage.changes.notify();
+    m_dependencies.changes.notify();
 }
 
 void DayPlayer::run() {
@@ -59,9 +59,9 @@ bool DayPlayer::playAll() {
         if (std::holds_alternative<QuitStep>(named.step))
             return true;
         if (!std::holds_alternative<WaitStep>(named.step))
-            m_nAlertsBefore = m_stage.desktop.alerts().size();
+            m_nAlertsBefore = m_dependencies.desktop.alerts().size();
         const Failure failure = std::visit([this](const auto& step) { return play(step); }, named.step);
-        if (m_stage.changes.hasEnded()) {
+        if (m_dependencies.changes.hasEnded()) {
             tell("interrupted");
             return false;
         }
@@ -74,10 +74,10 @@ bool DayPlayer::playAll() {
 }
 
 void DayPlayer::quit() {
-    m_stage.mainThread.post([&controller = m_stage.controller] { controller.onExit(nullptr); });
+    m_dependencies.mainThread.post([&controller = m_dependencies.controller] { controller.onExit(nullptr); });
     const bool bEnded =
-        m_stage.changes.waitUntil([this] { return m_bApplicationEnded.load(); }, kMainThreadLimit);
-    if (!bEnded && !m_stage.changes.hasEnded())
+        m_dependencies.changes.waitUntil([this] { return m_bApplicationEnded.load(); }, kMainThreadLimit);
+    if (!bEnded && !m_dependencies.changes.hasEnded())
         giveUp();
 }
 
@@ -87,20 +87,20 @@ DayPlayer::Failure DayPlayer::onMain(std::function<Refusal(VelluxWindowUi&)> act
         Shared<bool> done{false};
     };
     const auto call = std::make_shared<Call>();
-    m_stage.mainThread.post([this, call, action = std::move(action)] {
-        call->refusal = action(m_stage.controller);
+    m_dependencies.mainThread.post([this, call, action = std::move(action)] {
+        call->refusal = action(m_dependencies.controller);
         call->done.set(true);
-        m_stage.changes.notify();
+        m_dependencies.changes.notify();
     });
-    if (m_stage.changes.waitUntil([call] { return call->done.get(); }, kMainThreadLimit))
+    if (m_dependencies.changes.waitUntil([call] { return call->done.get(); }, kMainThreadLimit))
         return call->refusal;
-    if (!m_stage.changes.hasEnded())
+    if (!m_dependencies.changes.hasEnded())
         giveUp();
     return "interrupted";
 }
 
 DayPlayer::Failure DayPlayer::waitFor(const char* strWhat, const std::function<bool()>& holds) {
-    if (m_stage.changes.waitUntil(holds, kLimit))
+    if (m_dependencies.changes.waitUntil(holds, kLimit))
         return std::nullopt;
     return std::string("waited in vain for ") + strWhat;
 }
@@ -108,18 +108,18 @@ DayPlayer::Failure DayPlayer::waitFor(const char* strWhat, const std::function<b
 // An attempt ends with an open poll, or with an alert and the button as it was before.
 DayPlayer::Failure DayPlayer::waitUntilConnected(std::size_t nAlertsBefore) {
     return waitFor("the connection to stand or to fail", [this, nAlertsBefore] {
-        const auto button = m_stage.controller.buttonConnect();
+        const auto button = m_dependencies.controller.buttonConnect();
         if (!button->isEnabled())
             return false;
         const std::string strTitle = button->title();
         if (strTitle == "Disconnect")
-            return m_stage.server.isPolling();
-        return strTitle == "Connect" && m_stage.desktop.alerts().size() > nAlertsBefore;
+            return m_dependencies.server.isPolling();
+        return strTitle == "Connect" && m_dependencies.desktop.alerts().size() > nAlertsBefore;
     });
 }
 
 DayPlayer::Failure DayPlayer::waitUntilNotPolling() {
-    return waitFor("the client to give its poll up", [this] { return !m_stage.server.isPolling(); });
+    return waitFor("the client to give its poll up", [this] { return !m_dependencies.server.isPolling(); });
 }
 
 } // namespace vellux::simulator

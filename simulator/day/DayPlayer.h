@@ -1,9 +1,9 @@
 // Plays a script's steps, one after the other, on a thread of its own.
 #pragma once
 
+#include "day/Dependencies.h"
 #include "day/Script.h"
-#include "day/Stage.h"
-#include "day/UserHand.h"
+#include "day/UserActions.h"
 
 #include <atomic>
 #include <functional>
@@ -18,7 +18,8 @@ namespace vellux::simulator {
 /// the application to end. What failed is told on the standard error stream.
 class DayPlayer {
 public:
-    DayPlayer(Script script, Stage stage) : m_script(std::move(script)), m_stage(std::move(stage)) {}
+    DayPlayer(Script script, Dependencies dependencies)
+        : m_script(std::move(script)), m_dependencies(std::move(dependencies)) {}
     /// Waits for the thread, which ends soon when the main thread runs or Changes::end() was called.
     ~DayPlayer();
     DayPlayer(const DayPlayer&) = delete;
@@ -64,7 +65,7 @@ private:
     std::vector<std::string> unmet(const WaitStep& step, const LightRecord& before) const;
 
     const Script m_script;
-    const Stage m_stage;
+    const Dependencies m_dependencies;
     bool m_bLeftConnected = false;   // manual mode was entered while connected
     std::size_t m_nAlertsBefore = 0; // alerts before the last step that was no wait
     bool m_bSucceeded = false;

@@ -1,6 +1,6 @@
 #include "day/StepReader.h"
 
-#include "day/UserHand.h"
+#include "day/UserActions.h"
 #include "server/Bodies.h"
 
 #include <limits>

@@ -35,9 +35,10 @@ std::string joined(const std::vector<std::string>& texts) {
 // ---- The user ---------------------------------------------------------------------------------------------
 
 DayPlayer::Failure DayPlayer::play(const ConnectStep& step) {
-    const Credentials credentials{m_stage.server.host(), step.strUserName.value_or(m_script.strUserName),
+    const Credentials credentials{m_dependencies.server.host(),
+                                  step.strUserName.value_or(m_script.strUserName),
                                   step.strPassword.value_or(m_script.strPassword)};
-    const std::size_t nAlertsBefore = m_stage.desktop.alerts().size();
+    const std::size_t nAlertsBefore = m_dependencies.desktop.alerts().size();
     Failure failure = onMain([credentials](VelluxWindowUi& controller) {
         Refusal refusal = enterCredentials(controller, credentials);
         return refusal ? refusal : pressConnect(controller, "Connect");
@@ -61,8 +62,8 @@ DayPlayer::Failure DayPlayer::play(const SelectStep& step) {
 }
 
 DayPlayer::Failure DayPlayer::play(const ModeStep& step) {
-    const std::size_t nAlertsBefore = m_stage.desktop.alerts().size();
-    const bool bConnected = m_stage.controller.buttonConnect()->title() == "Disconnect";
+    const std::size_t nAlertsBefore = m_dependencies.desktop.alerts().size();
+    const bool bConnected = m_dependencies.controller.buttonConnect()->title() == "Disconnect";
     Failure failure =
         onMain([step](VelluxWindowUi& controller) { return selectMode(controller, step.bManual); });
     if (failure)
@@ -83,51 +84,51 @@ DayPlayer::Failure DayPlayer::play(const QuitStep&) {
 // ---- The world --------------------------------------------------------------------------------------------
 
 DayPlayer::Failure DayPlayer::play(const PresenceStep& step) {
-    const bool bTold = m_stage.server.isPolling();
-    m_stage.server.setPresence(step.strAvailability, step.strActivity);
+    const bool bTold = m_dependencies.server.isPolling();
+    m_dependencies.server.setPresence(step.strAvailability, step.strActivity);
     if (!bTold || !step.bWait)
         return std::nullopt;
-    return waitFor("the client to poll again", [this] { return m_stage.server.isPolling(); });
+    return waitFor("the client to poll again", [this] { return m_dependencies.server.isPolling(); });
 }
 
 DayPlayer::Failure DayPlayer::play(const PlugStep& step) {
-    if (m_stage.lights.isPlugged(m_stage.light) == step.bPlug)
+    if (m_dependencies.lights.isPlugged(m_dependencies.light) == step.bPlug)
         return std::string("the light is ") + (step.bPlug ? "plugged in already" : "not plugged in");
     if (step.bPlug)
-        m_stage.lights.plug(m_stage.light);
+        m_dependencies.lights.plug(m_dependencies.light);
     else
-        m_stage.lights.unplug(m_stage.light);
+        m_dependencies.lights.unplug(m_dependencies.light);
     return onMain([](VelluxWindowUi&) { return std::nullopt; }); // after the notice, which was queued before
 }
 
 DayPlayer::Failure DayPlayer::play(const BatchStep& step) {
-    const std::string strApplication = m_stage.server.applicationPath();
+    const std::string strApplication = m_dependencies.server.applicationPath();
     if (strApplication.empty())
         return "no application is registered";
     Reply reply = step.reply;
     reply.strBody = replaceAll(reply.strBody, "{application}", strApplication);
-    reply.strBody = replaceAll(reply.strBody, "{next}", m_stage.server.nextPollPath());
-    m_stage.server.emitBatch(std::move(reply));
+    reply.strBody = replaceAll(reply.strBody, "{next}", m_dependencies.server.nextPollPath());
+    m_dependencies.server.emitBatch(std::move(reply));
     return std::nullopt;
 }
 
 DayPlayer::Failure DayPlayer::play(const InterfereStep& step) {
-    m_stage.server.interfere(step.route, step.interference);
+    m_dependencies.server.interfere(step.route, step.interference);
     return std::nullopt;
 }
 
 DayPlayer::Failure DayPlayer::play(const DropStep&) {
-    m_stage.server.cutHeldPolls();
+    m_dependencies.server.cutHeldPolls();
     return std::nullopt;
 }
 
 // ---- Time -------------------------------------------------------------------------------------------------
 
 std::vector<std::string> DayPlayer::unmet(const WaitStep& step, const LightRecord& before) const {
-    const LightRecord light = m_stage.light->record();
-    const std::string strStatus = m_stage.controller.textFieldLyncStatus()->text();
-    const std::string strButton = m_stage.controller.buttonConnect()->title();
-    const std::vector<std::string> alerts = m_stage.desktop.alerts();
+    const LightRecord light = m_dependencies.light->record();
+    const std::string strStatus = m_dependencies.controller.textFieldLyncStatus()->text();
+    const std::string strButton = m_dependencies.controller.buttonConnect()->title();
+    const std::vector<std::string> alerts = m_dependencies.desktop.alerts();
 
     std::vector<std::string> all;
     if (step.strLight && light.state.text() != *step.strLight)
@@ -141,22 +142,22 @@ std::vector<std::string> DayPlayer::unmet(const WaitStep& step, const LightRecor
     if (step.strAlert && std::find(alerts.begin() + static_cast<std::ptrdiff_t>(m_nAlertsBefore),
                                    alerts.end(), *step.strAlert) == alerts.end())
         all.push_back("no alert says \"" + *step.strAlert + "\"");
-    if (step.bPolling && m_stage.server.isPolling() != *step.bPolling)
+    if (step.bPolling && m_dependencies.server.isPolling() != *step.bPolling)
         all.push_back(*step.bPolling ? "no poll is open" : "a poll is open");
-    if (step.strEnabled && !isEnabled(m_stage.controller, *step.strEnabled))
+    if (step.strEnabled && !isEnabled(m_dependencies.controller, *step.strEnabled))
         all.push_back(*step.strEnabled + " is disabled");
     return all;
 }
 
 DayPlayer::Failure DayPlayer::play(const WaitStep& step) {
-    const LightRecord before = m_stage.light->record();
-    if (m_stage.changes.waitUntil([&] { return unmet(step, before).empty(); }, step.limit))
+    const LightRecord before = m_dependencies.light->record();
+    if (m_dependencies.changes.waitUntil([&] { return unmet(step, before).empty(); }, step.limit))
         return std::nullopt;
     return "after " + std::to_string(step.limit.count()) + " ms " + joined(unmet(step, before));
 }
 
 DayPlayer::Failure DayPlayer::play(const SleepStep& step) {
-    m_stage.changes.waitUntil([] { return false; }, step.time);
+    m_dependencies.changes.waitUntil([] { return false; }, step.time);
     return std::nullopt;
 }
 

@@ -2,10 +2,10 @@
 #pragma once
 
 #include "light/ReportDecoder.h"
-#include "platform/HidManager.h"
-#include "ports/Changes.h"
-#include "ports/Console.h"
-#include "support/Mutex.h"
+#include "platform/Changes.h"
+#include "platform/Console.h"
+#include "ports/HidManager.h"
+#include "threads/Mutex.h"
 
 #include <cstdint>
 #include <map>

@@ -2,9 +2,9 @@
 #pragma once
 
 #include "light/VirtualLight.h"
-#include "platform/HidManager.h"
-#include "platform/MainThread.h"
-#include "support/Mutex.h"
+#include "ports/HidManager.h"
+#include "threads/MainThread.h"
+#include "threads/Mutex.h"
 
 #include <functional>
 #include <memory>

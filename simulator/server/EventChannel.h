@@ -3,7 +3,7 @@
 #pragma once
 
 #include "server/Reply.h"
-#include "support/Mutex.h"
+#include "threads/Mutex.h"
 
 #include <chrono>
 #include <cstdint>

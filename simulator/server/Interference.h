@@ -3,7 +3,7 @@
 
 #include "server/Reply.h"
 #include "server/Route.h"
-#include "support/Mutex.h"
+#include "threads/Mutex.h"
 
 #include <chrono>
 #include <deque>

@@ -1,7 +1,7 @@
 // The TLS connections that a server has open, so that it can end them all when it stops.
 #pragma once
 
-#include "support/Mutex.h"
+#include "threads/Mutex.h"
 
 #include <openssl/types.h>
 

@@ -2,7 +2,7 @@
 
 #include "server/HttpsListener.h"
 #include "server/PresenceService.h"
-#include "support/Mutex.h"
+#include "threads/Mutex.h"
 
 #include <condition_variable>
 #include <utility>

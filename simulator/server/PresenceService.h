@@ -8,7 +8,7 @@
 #include "server/PresenceServerOptions.h"
 #include "server/Reply.h"
 #include "server/Route.h"
-#include "support/Mutex.h"
+#include "threads/Mutex.h"
 
 #include <memory>
 #include <string>

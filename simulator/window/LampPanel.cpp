@@ -56,13 +56,14 @@ QPushButton* addButton(QGridLayout& layout, int nRow, int nColumn, const char* s
 
 } // namespace
 
-LampPanel::LampPanel(Surroundings surroundings) : m_around(std::move(surroundings)) {
+LampPanel::LampPanel(Dependencies surroundings) : m_dependencies(std::move(surroundings)) {
     setWindowTitle("Vellux simulator");
     auto* const layout = new QVBoxLayout(this);
     layout->addWidget(lightBox(), 1);
     layout->addWidget(presenceBox());
     layout->addWidget(worldBox());
-    m_observation = m_around.changes.observe([this] { m_around.mainThread.post([this] { refresh(); }); });
+    m_observation =
+        m_dependencies.changes.observe([this] { m_dependencies.mainThread.post([this] { refresh(); }); });
     refresh();
 }
 
@@ -83,7 +84,7 @@ QWidget* LampPanel::presenceBox() {
     int nPosition = 0;
     for (const PresenceRow& row : kPresences) {
         addButton(*layout, nPosition / 2, nPosition % 2, row.strTitle,
-                  [this, &row] { m_around.server.setPresence(row.strAvailability, row.strActivity); });
+                  [this, &row] { m_dependencies.server.setPresence(row.strAvailability, row.strActivity); });
         ++nPosition;
     }
     return box;
@@ -92,36 +93,38 @@ QWidget* LampPanel::presenceBox() {
 QWidget* LampPanel::worldBox() {
     auto* const box = new QGroupBox("The world");
     auto* const layout = new QGridLayout(box);
-    PresenceServer& server = m_around.server;
+    PresenceServer& server = m_dependencies.server;
     m_channel = new QLabel;
     layout->addWidget(m_channel, 0, 0, 1, 2);
     addButton(*layout, 1, 0, "&Note changes only", [&server] { server.emitBatch(noteBatch(server)); });
     addButton(*layout, 1, 1, "Sign-in e&xpires", [&server] { server.emitBatch(expiry()); });
     addButton(*layout, 2, 0, "&Cut the network", [&server] { server.cutHeldPolls(); });
     m_plug = addButton(*layout, 2, 1, "", [this] {
-        if (m_around.lights.isPlugged(m_around.light))
-            m_around.lights.unplug(m_around.light);
+        if (m_dependencies.lights.isPlugged(m_dependencies.light))
+            m_dependencies.lights.unplug(m_dependencies.light);
         else
-            m_around.lights.plug(m_around.light);
+            m_dependencies.lights.plug(m_dependencies.light);
         refresh();
     });
-    addButton(*layout, 3, 0, "&Start Vellux again", m_around.reopen);
+    addButton(*layout, 3, 0, "&Start Vellux again", m_dependencies.reopen);
     return box;
 }
 
 void LampPanel::refresh() {
-    const LightRecord record = m_around.light->record();
+    const LightRecord record = m_dependencies.light->record();
     m_picture->setState(record.state);
     std::string strText = record.state.text();
     if (record.nFaults != 0)
         strText += " – " + std::to_string(record.nFaults) + " report(s) not understood";
     m_text->setText(QString::fromStdString(strText));
-    m_channel->setText(m_around.server.isPolling() ? "The client has a poll open." : "No poll is open.");
-    m_plug->setText(m_around.lights.isPlugged(m_around.light) ? "&Unplug the light" : "Pl&ug the light in");
+    m_channel->setText(m_dependencies.server.isPolling() ? "The client has a poll open."
+                                                         : "No poll is open.");
+    m_plug->setText(m_dependencies.lights.isPlugged(m_dependencies.light) ? "&Unplug the light"
+                                                                          : "Pl&ug the light in");
 }
 
 void LampPanel::closeEvent(QCloseEvent*) {
-    m_around.end();
+    m_dependencies.end();
 }
 
 } // namespace vellux::simulator

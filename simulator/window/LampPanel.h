@@ -2,9 +2,9 @@
 #pragma once
 
 #include "light/VirtualLights.h"
-#include "platform/MainThread.h"
-#include "ports/Changes.h"
+#include "platform/Changes.h"
 #include "server/PresenceServer.h"
+#include "threads/MainThread.h"
 
 #include <QCloseEvent>
 #include <QLabel>
@@ -22,7 +22,7 @@ class LampPanel : public QWidget {
     Q_OBJECT
 public:
     /// All of these outlive the panel.
-    struct Surroundings {
+    struct Dependencies {
         MainThread& mainThread;
         Changes& changes;
         VirtualLights& lights;
@@ -35,7 +35,7 @@ public:
     };
 
     /// Shows nothing yet.
-    explicit LampPanel(Surroundings surroundings);
+    explicit LampPanel(Dependencies surroundings);
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -46,7 +46,7 @@ private:
     QWidget* presenceBox();
     QWidget* worldBox();
 
-    const Surroundings m_around;
+    const Dependencies m_dependencies;
     LightPicture* m_picture = nullptr; // owned by Qt's tree, as the others
     QLabel* m_text = nullptr;
     QLabel* m_channel = nullptr;

@@ -1,7 +1,7 @@
 #include "window/PictureTour.h"
 
 #include "VelluxWindowUi/VelluxWindowUi.h"
-#include "day/UserHand.h"
+#include "day/UserActions.h"
 
 #include <QApplication>
 #include <QPixmap>
@@ -41,10 +41,11 @@ QRect covered(const QWidget& window) {
 
 } // namespace
 
-PictureTour::PictureTour(std::string strDirectory, Look look, Stage stage)
-    : m_strDirectory(std::move(strDirectory)), m_look(look), m_stage(std::move(stage)), m_thread([this] {
+PictureTour::PictureTour(std::string strDirectory, Look look, Dependencies dependencies)
+    : m_strDirectory(std::move(strDirectory)), m_look(look), m_dependencies(std::move(dependencies)),
+      m_thread([this] {
           m_bSucceeded = run();
-          does([this] { m_stage.controller.onExit(nullptr); });
+          does([this] { m_dependencies.controller.onExit(nullptr); });
       }) {}
 
 PictureTour::~PictureTour() {
@@ -52,17 +53,17 @@ PictureTour::~PictureTour() {
 }
 
 bool PictureTour::does(const Call& call) const {
-    return m_stage.mainThread.runAndWait(call);
+    return m_dependencies.mainThread.runAndWait(call);
 }
 
 bool PictureTour::when(const Condition& condition) const {
-    return m_stage.changes.waitUntil(condition, kLongestWait);
+    return m_dependencies.changes.waitUntil(condition, kLongestWait);
 }
 
 // For what rings no bell.
 bool PictureTour::eventually(const Condition& condition) const {
     const auto end = std::chrono::steady_clock::now() + kLongestWait;
-    while (!m_stage.changes.hasEnded() && std::chrono::steady_clock::now() < end) {
+    while (!m_dependencies.changes.hasEnded() && std::chrono::steady_clock::now() < end) {
         if (condition())
             return true;
         std::this_thread::sleep_for(kSettling);
@@ -71,26 +72,27 @@ bool PictureTour::eventually(const Condition& condition) const {
 }
 
 bool PictureTour::takes(const std::string& strName) const {
-    does([this] { place(m_stage.window); });
+    does([this] { place(m_dependencies.window); });
     std::this_thread::sleep_for(kSettling);
     const std::string strFile = m_strDirectory + "/" + strName + ".png";
     bool bSaved = false;
     does([&] {
-        const QRect area = covered(m_stage.window);
+        const QRect area = covered(m_dependencies.window);
         const QPixmap picture =
-            m_stage.window.screen()->grabWindow(0, area.x(), area.y(), area.width(), area.height());
+            m_dependencies.window.screen()->grabWindow(0, area.x(), area.y(), area.width(), area.height());
         bSaved = picture.save(QString::fromStdString(strFile));
     });
-    m_stage.console.print((bSaved ? "picture " : "no picture ") + strFile);
+    m_dependencies.console.print((bSaved ? "picture " : "no picture ") + strFile);
     return bSaved;
 }
 
 bool PictureTour::connected() {
-    VelluxWindowUi& controller = m_stage.controller;
+    VelluxWindowUi& controller = m_dependencies.controller;
     does([&controller] { pressConnect(controller, "Connect"); });
     return when([&] {
-        return m_stage.light->record().state.text() == "Green" && controller.buttonConnect()->isEnabled() &&
-               controller.buttonConnect()->title() == "Disconnect" && m_stage.server.isPolling();
+        return m_dependencies.light->record().state.text() == "Green" &&
+               controller.buttonConnect()->isEnabled() &&
+               controller.buttonConnect()->title() == "Disconnect" && m_dependencies.server.isPolling();
     });
 }
 
@@ -110,9 +112,9 @@ bool PictureTour::run() {
 }
 
 bool PictureTour::all() {
-    VelluxWindowUi& controller = m_stage.controller;
+    VelluxWindowUi& controller = m_dependencies.controller;
     const auto shows = [this](const char* strState) {
-        return [this, strState] { return m_stage.light->record().state.text() == strState; };
+        return [this, strState] { return m_dependencies.light->record().state.text() == strState; };
     };
     bool bGood = takes("sync-connected");
 
@@ -120,7 +122,7 @@ bool PictureTour::all() {
         setBox(controller, "buttonFlashOnCall", true);
         selectEntry(controller, "syncModeColorList", "Purple");
     });
-    m_stage.server.setPresence("Busy", "on-the-phone");
+    m_dependencies.server.setPresence("Busy", "on-the-phone");
     bGood = bGood && when(shows("Purple flashing medium")) && takes("on-a-call");
 
     does([&] {
@@ -132,11 +134,11 @@ bool PictureTour::all() {
 
     does([&] {
         selectMode(controller, /*bManual=*/false);
-        m_stage.lights.unplug(m_stage.light);
-        const auto refused =
-            std::make_shared<VirtualLight>(LightModel::Framed, m_stage.console, m_stage.changes);
+        m_dependencies.lights.unplug(m_dependencies.light);
+        const auto refused = std::make_shared<VirtualLight>(LightModel::Framed, m_dependencies.console,
+                                                            m_dependencies.changes);
         refused->setPermitted(false);
-        m_stage.lights.plug(refused);
+        m_dependencies.lights.plug(refused);
     });
     bGood = bGood && when([&] {
                 return controller.light().get().access == vellux::LightState::Access::NotPermitted &&

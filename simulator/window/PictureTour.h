@@ -2,10 +2,10 @@
 #pragma once
 
 #include "light/VirtualLights.h"
-#include "platform/MainThread.h"
-#include "ports/Changes.h"
-#include "ports/Console.h"
+#include "platform/Changes.h"
+#include "platform/Console.h"
 #include "server/PresenceServer.h"
+#include "threads/MainThread.h"
 #include "window/Look.h"
 
 #include <QWidget>
@@ -24,7 +24,7 @@ namespace vellux::simulator {
 class PictureTour {
 public:
     /// References that outlive the tour.
-    struct Stage {
+    struct Dependencies {
         MainThread& mainThread;
         Changes& changes;
         Console& console;
@@ -36,7 +36,7 @@ public:
     };
 
     /// Starts on a thread of its own. The light look takes all pictures, the others one each.
-    PictureTour(std::string strDirectory, Look look, Stage stage);
+    PictureTour(std::string strDirectory, Look look, Dependencies dependencies);
     /// Waits for that thread, which ends when the main thread's queue is closed, at the latest.
     ~PictureTour();
     PictureTour(const PictureTour&) = delete;
@@ -59,7 +59,7 @@ private:
 
     const std::string m_strDirectory;
     const Look m_look;
-    const Stage m_stage;
+    const Dependencies m_dependencies;
     std::atomic<bool> m_bSucceeded{false};
     std::thread m_thread;
 };

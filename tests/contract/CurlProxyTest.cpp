@@ -2,7 +2,7 @@
 
 #include "adapters/curl/CurlTransport.h"
 #include "contract/RawServer.h"
-#include "support/CallQueue.h"
+#include "threads/CallQueue.h"
 
 #include <gtest/gtest.h>
 

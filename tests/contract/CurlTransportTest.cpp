@@ -4,8 +4,8 @@
 #include "adapters/curl/CurlPolicy.h"
 #include "contract/RawServer.h"
 #include "fakes/Watchdog.h"
-#include "platform/Platform.h"
-#include "support/CallQueue.h"
+#include "ports/Platform.h"
+#include "threads/CallQueue.h"
 
 #include <gtest/gtest.h>
 #include <pthread.h>
@@ -18,10 +18,10 @@
 #include <thread>
 #include <vector>
 
-using vellux::HttpAnswer;
 using vellux::HttpConnection;
 using vellux::HttpError;
 using vellux::HttpRequest;
+using vellux::HttpResponse;
 using vellux::simulator::CertificateAuthority;
 
 namespace {
@@ -49,7 +49,7 @@ protected:
     CurlTransportTest() { setenv("http_proxy", "http://127.0.0.1:1", 1); } // to be ignored when told to
 
     RawServer::Tls secure() const { return {*authority.issueServerIdentity()}; }
-    HttpAnswer send(HttpRequest request) {
+    HttpResponse send(HttpRequest request) {
         request.timeout = std::chrono::seconds(20);
         return transport.sendSynchronousRequest(request);
     }
@@ -157,7 +157,7 @@ TEST_F(CurlTransportTest, TellsBodiesFromFailures) {
     for (const auto& each : cases) {
         SCOPED_TRACE(each.strWhat);
         RawServer server({each.reply});
-        const HttpAnswer answer = send(get(server.origin() + "/"));
+        const HttpResponse answer = send(get(server.origin() + "/"));
         EXPECT_EQ(answer.body, each.body);
         EXPECT_EQ(answer.error.has_value(), each.bError);
     }
@@ -233,7 +233,7 @@ TEST_F(CurlTransportTest, CredentialsGoNowhereElse) {
     EXPECT_EQ(server.connections() + other.connections() + plain.connections(), 0);
     unbound.strUrl = "https://LYNC.example/x";
     unbound.strCredentialOrigin = "https://lync.example:443/y";
-    EXPECT_FALSE(vellux::refusalOf(unbound)) << "the same place, written differently";
+    EXPECT_FALSE(vellux::validate(unbound)) << "the same place, written differently";
 
     for (const std::string& strUrl : Texts{plain.origin() + "/", other.origin() + "/", strOtherName,
                                            "https://u:p@" + server.host() + "/"})
@@ -331,7 +331,7 @@ TEST_F(CurlTransportTest, PollsMayFallSilentForSoLongAndRequestsLastForSoLong) {
 // again while it ends: a waiting thread is freed, and nobody is called back, not even by what is queued already.
 TEST_F(CurlTransportTest, CloseFreesAWaitingThreadAndCallsNobody) {
     RawServer server({{RawServer::waitForGo()}, {RawServer::waitForGo()}, RawServer::answer("queued")});
-    HttpAnswer answer;
+    HttpResponse answer;
     std::thread waiting([&] { answer = send(get(server.origin() + "/")); });
     waitFor([&] { return server.requests().size() == 1; });
     poll(server.origin() + "/");

@@ -5,8 +5,8 @@
 #include "contract/RawServer.h"
 #include "fakes/ServerTexts.h"
 #include "fakes/TestWorld.h"
-#include "support/Shared.h"
 #include "support/Text.h"
+#include "threads/Shared.h"
 
 #include <openssl/ssl.h>
 #include <unistd.h>
@@ -18,8 +18,8 @@ namespace {
 
 using Reply = RawServer::Reply;
 using State = vellux::ChannelState;
-using vellux::HttpAnswer;
 using vellux::HttpRequest;
+using vellux::HttpResponse;
 using vellux::simulator::CertificateAuthority;
 
 /// Lets OpenSSL speak what is not safe: what refuses it must be the transport.
@@ -40,7 +40,7 @@ public:
 
     vellux::Shared<std::string> strPath{"none"};
 
-    HttpAnswer sendSynchronousRequest(const HttpRequest& request) override {
+    HttpResponse sendSynchronousRequest(const HttpRequest& request) override {
         return m_transport.sendSynchronousRequest(hurried(request));
     }
     std::shared_ptr<vellux::HttpConnection>
@@ -262,7 +262,8 @@ TEST_P(BodyFaults, AreSurvived) {
             signIn(server.host());
             expect(row.strStory, row.bConnected ? "Disconnect" : "Connect", row.state);
             if (bPoll && strFault == "drip")
-                runUntil([&] { return server.requests().back().starts_with("GET /ucwa/poll?1"); }, "the drip");
+                runUntil([&] { return server.requests().back().starts_with("GET /ucwa/poll?1"); },
+                         "the drip");
             const int nOpen = server.openConnections();
             disconnect();
             if (bPoll && strFault == "drip")

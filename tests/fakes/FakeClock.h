@@ -2,7 +2,7 @@
 #pragma once
 
 #include "fakes/Journal.h"
-#include "platform/Clock.h"
+#include "ports/Clock.h"
 
 #include <chrono>
 #include <condition_variable>

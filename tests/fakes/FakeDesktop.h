@@ -2,8 +2,8 @@
 #pragma once
 
 #include "fakes/Journal.h"
-#include "platform/Desktop.h"
-#include "platform/Threads.h"
+#include "ports/Desktop.h"
+#include "ports/Threads.h"
 
 #include <functional>
 #include <memory>

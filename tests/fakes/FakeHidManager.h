@@ -3,8 +3,8 @@
 
 #include "Hex.h"
 #include "fakes/Journal.h"
-#include "platform/HidManager.h"
-#include "platform/MainThread.h"
+#include "ports/HidManager.h"
+#include "threads/MainThread.h"
 
 #include <algorithm>
 #include <array>

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "fakes/Journal.h"
-#include "platform/HttpTransport.h"
-#include "platform/Platform.h"
+#include "ports/HttpTransport.h"
+#include "ports/Platform.h"
 
 #include <deque>
 #include <functional>
@@ -79,12 +79,12 @@ public:
 
     // ---- what tests do ----
 
-    static vellux::HttpAnswer body(std::string strBody) { return {std::move(strBody), std::nullopt}; }
-    static vellux::HttpAnswer failure() { return {std::nullopt, vellux::HttpError{"no route to host"}}; }
+    static vellux::HttpResponse body(std::string strBody) { return {std::move(strBody), std::nullopt}; }
+    static vellux::HttpResponse failure() { return {std::nullopt, vellux::HttpError{"no route to host"}}; }
 
     /// The next answers of a path (the URL's part from the first "/" after the host on, "" for none), in
     /// order; the last one stays for all further requests. A path without an answer fails.
-    void script(const std::string& strPath, std::vector<vellux::HttpAnswer> answers) {
+    void script(const std::string& strPath, std::vector<vellux::HttpResponse> answers) {
         const std::lock_guard lock(m_mutex);
         m_answers[strPath] = {answers.begin(), answers.end()};
     }
@@ -99,7 +99,7 @@ public:
 
     // ---- the port ----
 
-    vellux::HttpAnswer sendSynchronousRequest(const vellux::HttpRequest& request) override {
+    vellux::HttpResponse sendSynchronousRequest(const vellux::HttpRequest& request) override {
         m_journal.add("request " + requestLine(request));
         if (onRequest)
             onRequest(request);
@@ -107,7 +107,7 @@ public:
         const auto found = m_answers.find(pathOf(request.strUrl));
         if (found == m_answers.end() || found->second.empty())
             return failure();
-        vellux::HttpAnswer answer = found->second.front();
+        vellux::HttpResponse answer = found->second.front();
         if (found->second.size() > 1)
             found->second.pop_front();
         return answer;
@@ -127,6 +127,6 @@ private:
 
     Journal& m_journal;
     std::mutex m_mutex;
-    std::map<std::string, std::deque<vellux::HttpAnswer>> m_answers;
+    std::map<std::string, std::deque<vellux::HttpResponse>> m_answers;
     std::vector<std::shared_ptr<FakeConnection>> m_polls;
 };

@@ -14,7 +14,7 @@ inline const std::string kConnectionAlert = "alert Not able to connect to Lync s
 inline const std::vector<std::string> kBadHosts = {"a b", "a\n", "l\xC3\xBDnc", "a:8x", "a:65536", "l%yn"};
 
 /// No answer at all; none and no error either; the given one, but with a transport error beside it.
-inline std::vector<vellux::HttpAnswer> brokenAnswers(const std::string& strBody) {
+inline std::vector<vellux::HttpResponse> brokenAnswers(const std::string& strBody) {
     return {FakeHttpTransport::failure(), {}, {strBody, vellux::HttpError{"connection reset"}}};
 }
 

@@ -10,9 +10,9 @@
 #include "fakes/FakeHidManager.h"
 #include "fakes/FakeHttpTransport.h"
 #include "fakes/Journal.h"
-#include "platform/Platform.h"
-#include "support/CallQueue.h"
-#include "support/WorkerThread.h"
+#include "ports/Platform.h"
+#include "threads/CallQueue.h"
+#include "threads/WorkerThread.h"
 
 #include <gtest/gtest.h>
 

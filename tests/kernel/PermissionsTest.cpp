@@ -3,7 +3,7 @@
 
 #include "ScreenReader.h"
 #include "World.h"
-#include "adapters/linux/DeviceRemedy.h"
+#include "adapters/linux/UdevRuleCommand.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -33,7 +33,7 @@ protected:
                " /etc/udev/rules.d/70-vellux.rules && udevadm control --reload && "
                "udevadm trigger --subsystem-match=hidraw";
     }
-    static std::string remedy() { return vellux::deviceRemedy(kV30Light.nVendorID, kV30Light.nProductID); }
+    static std::string remedy() { return vellux::udevRuleCommand(kV30Light.nVendorID, kV30Light.nProductID); }
     /// The products, as in the node's HID_ID, that the user may open. "nobody" sits at the seat.
     static std::vector<std::string> permitted(const std::string& strUser = "nobody") {
         std::vector<std::string> products;

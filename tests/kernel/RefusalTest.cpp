@@ -2,7 +2,7 @@
 
 #include "World.h"
 #include "adapters/hidapi/HidrawManager.h"
-#include "support/CallQueue.h"
+#include "threads/CallQueue.h"
 
 #include <cerrno>
 

@@ -90,7 +90,7 @@ void CurlNetwork::stop() {
 }
 
 void CurlNetwork::run() {
-    while (takeOrders()) {
+    while (takePending()) {
         int nRunning = 0;
         curl_multi_perform(m_multi.get(), &nRunning);
         finishDone();
@@ -98,7 +98,7 @@ void CurlNetwork::run() {
         if (curl_multi_poll(m_multi.get(), nullptr, 0, nTimeout, nullptr) != CURLM_OK)
             std::this_thread::sleep_for(kBreath); // no memory to wait with: not in a circle, then
     }
-    // Closed: takeOrders has begun what was still to be started, so that everything ends here.
+    // Closed: takePending has begun what was still to be started, so that everything ends here.
     while (!m_running.empty()) {
         const std::shared_ptr<CurlTransfer> transfer = m_running.back();
         drop(transfer);
@@ -107,7 +107,7 @@ void CurlNetwork::run() {
 }
 
 // Starts and cancels what was asked for; false when the network is to close.
-bool CurlNetwork::takeOrders() {
+bool CurlNetwork::takePending() {
     Transfers starting;
     Transfers cancelled;
     bool bClosed = false;

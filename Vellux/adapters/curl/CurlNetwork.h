@@ -2,7 +2,7 @@
 #pragma once
 
 #include "adapters/curl/CurlTransfer.h"
-#include "support/Mutex.h"
+#include "threads/Mutex.h"
 
 #include <curl/curl.h>
 
@@ -41,7 +41,7 @@ private:
 
     bool makeThread() VELLUX_REQUIRES(m_mutex);
     void run();
-    bool takeOrders();
+    bool takePending();
     void begin(const std::shared_ptr<CurlTransfer>& transfer);
     void finishDone();
     void drop(const std::shared_ptr<CurlTransfer>& transfer);

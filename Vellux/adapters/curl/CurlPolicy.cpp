@@ -61,8 +61,8 @@ bool hasField(const HttpRequest& request, std::string_view strName) {
                        [strName](const auto& field) { return toLower(field.first) == strName; });
 }
 
-std::optional<HttpError> refusalOf(const HttpRequest& request) {
-    if (!formsUrl(request.strUrl) || namesNoHost(request.strUrl))
+std::optional<HttpError> validate(const HttpRequest& request) {
+    if (!isHttpUrl(request.strUrl) || namesNoHost(request.strUrl))
         return HttpError{"not a URL"};
     const auto strOrigin = originOf(request.strUrl);
     if (!strOrigin)

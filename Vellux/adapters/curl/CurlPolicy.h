@@ -1,7 +1,7 @@
 // What is never sent, whatever a caller or a server's answer asks for.
 #pragma once
 
-#include "platform/HttpTransport.h"
+#include "ports/HttpTransport.h"
 
 #include <optional>
 #include <string>
@@ -12,7 +12,7 @@ namespace vellux {
 /// information; a header field with a line break or a zero byte in it, which would become another request than the
 /// one that was meant; a credential bound for another place than its own, or one of which nobody says where it
 /// belongs. Any thread.
-std::optional<HttpError> refusalOf(const HttpRequest& request);
+std::optional<HttpError> validate(const HttpRequest& request);
 
 /// Whether the request may go to this URL, its own or one that a redirect leads to: anywhere without user information,
 /// but with a body or a credential to the scheme, host and port of its own URL alone. Any thread.

@@ -182,7 +182,7 @@ void CurlTransfer::end(CURLcode code) {
 
 void CurlTransfer::finish(std::optional<HttpError> error) {
     flush();
-    HttpAnswer answer;
+    HttpResponse answer;
     // An answer without content is an empty body; a failure without content is none.
     if (!error || m_nTotal > 0)
         answer.body = std::move(m_bytes);

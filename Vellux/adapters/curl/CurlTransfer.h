@@ -1,7 +1,7 @@
 // One request on its way through curl.
 #pragma once
 
-#include "platform/HttpTransport.h"
+#include "ports/HttpTransport.h"
 
 #include <curl/curl.h>
 
@@ -39,7 +39,7 @@ public:
     /// response is complete, or nothing came for 100 ms. Without one the whole body is given to `ended`.
     using Received = std::function<void(std::string bytes)>;
     /// Called once, last. Without a `received`, the answer holds the body.
-    using Ended = std::function<void(HttpAnswer answer)>;
+    using Ended = std::function<void(HttpResponse answer)>;
 
     CurlTransfer(HttpRequest request, Received received, Ended ended);
     ~CurlTransfer();

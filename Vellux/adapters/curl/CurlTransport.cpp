@@ -1,7 +1,7 @@
 #include "adapters/curl/CurlTransport.h"
 
 #include "adapters/curl/CurlPolicy.h"
-#include "platform/Platform.h"
+#include "ports/Platform.h"
 
 #include <condition_variable>
 #include <mutex>
@@ -14,13 +14,13 @@ namespace {
 // Where a thread that sends waits for its answer.
 class Waiter {
 public:
-    void finish(HttpAnswer answer) {
+    void finish(HttpResponse answer) {
         const std::lock_guard lock(m_mutex);
         m_answer = std::move(answer);
         m_finished.notify_one(); // under the lock: the waiter may be gone right after
     }
 
-    HttpAnswer wait() {
+    HttpResponse wait() {
         std::unique_lock lock(m_mutex);
         m_finished.wait(lock, [this] { return m_answer.has_value(); });
         return std::move(*m_answer);
@@ -29,7 +29,7 @@ public:
 private:
     std::mutex m_mutex;
     std::condition_variable m_finished;
-    std::optional<HttpAnswer> m_answer;
+    std::optional<HttpResponse> m_answer;
 };
 
 // An asynchronous request. Its callbacks are posted to main and hold it until the last of them has run.
@@ -44,13 +44,13 @@ public:
         assertMainThread(m_mainThread);
         if (std::exchange(m_bStarted, true) || m_bCancelled)
             return;
-        if (auto error = refusalOf(m_request)) {
+        if (auto error = validate(m_request)) {
             postEnd({std::nullopt, std::move(error)});
             return;
         }
         m_transfer = std::make_shared<CurlTransfer>(
             m_request, [self = shared_from_this()](std::string bytes) { self->postData(std::move(bytes)); },
-            [self = shared_from_this()](HttpAnswer answer) { self->postEnd(std::move(answer)); });
+            [self = shared_from_this()](HttpResponse answer) { self->postEnd(std::move(answer)); });
         if (auto error = m_network->start(m_transfer)) {
             m_transfer = nullptr;
             postEnd({std::nullopt, std::move(error)});
@@ -72,7 +72,7 @@ private:
             self->deliver(bytes);
         });
     }
-    void postEnd(HttpAnswer answer) {
+    void postEnd(HttpResponse answer) {
         m_mainThread.post([self = shared_from_this(), answer = std::move(answer)] {
             assertMainThread(self->m_mainThread);
             self->finish(answer);
@@ -90,7 +90,7 @@ private:
         if (!isOver())
             m_delegate.connectionDidReceiveData(*this, bytes);
     }
-    void finish(const HttpAnswer& answer) VELLUX_REQUIRES(mainThreadRole) {
+    void finish(const HttpResponse& answer) VELLUX_REQUIRES(mainThreadRole) {
         m_transfer = nullptr; // and with it the circle that kept this connection alive
         if (!answer.error)
             respond();
@@ -121,12 +121,12 @@ CurlTransport::~CurlTransport() {
     m_network->stop();
 }
 
-HttpAnswer CurlTransport::sendSynchronousRequest(const HttpRequest& request) {
-    if (auto error = refusalOf(request))
+HttpResponse CurlTransport::sendSynchronousRequest(const HttpRequest& request) {
+    if (auto error = validate(request))
         return {std::nullopt, std::move(error)};
     Waiter waiter;
     const auto transfer = std::make_shared<CurlTransfer>(
-        request, nullptr, [&waiter](HttpAnswer answer) { waiter.finish(std::move(answer)); });
+        request, nullptr, [&waiter](HttpResponse answer) { waiter.finish(std::move(answer)); });
     if (auto error = m_network->start(transfer))
         return {std::nullopt, std::move(error)};
     return waiter.wait();

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "adapters/curl/CurlNetwork.h"
-#include "platform/HttpTransport.h"
-#include "platform/MainThread.h"
+#include "ports/HttpTransport.h"
+#include "threads/MainThread.h"
 
 #include <memory>
 
@@ -20,7 +20,7 @@ public:
     CurlTransport(const CurlTransport&) = delete;
     CurlTransport& operator=(const CurlTransport&) = delete;
 
-    HttpAnswer sendSynchronousRequest(const HttpRequest& request) override;
+    HttpResponse sendSynchronousRequest(const HttpRequest& request) override;
     std::shared_ptr<HttpConnection> createConnection(const HttpRequest& request,
                                                      HttpConnectionDelegate& delegate) override;
 

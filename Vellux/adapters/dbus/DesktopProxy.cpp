@@ -1,7 +1,7 @@
 #include "adapters/dbus/DesktopProxy.h"
 
 #include "adapters/dbus/Buses.h"
-#include "support/Mutex.h"
+#include "threads/Mutex.h"
 
 #include <QDBusMessage>
 #include <QDBusPendingCall>

@@ -1,7 +1,7 @@
 // Keeping the system from suspending the program.
 #pragma once
 
-#include "platform/Desktop.h"
+#include "ports/Desktop.h"
 
 #include <optional>
 #include <string>

@@ -2,7 +2,7 @@
 // the next. Plain logic: no device library, no thread, no lock.
 #pragma once
 
-#include "platform/HidManager.h"
+#include "ports/HidManager.h"
 
 #include <cstdint>
 #include <functional>

@@ -3,7 +3,7 @@
 
 #include "adapters/hidapi/HidrawCatalogue.h"
 #include "adapters/hidapi/WakeUp.h"
-#include "support/Mutex.h"
+#include "threads/Mutex.h"
 
 #include <atomic>
 #include <chrono>

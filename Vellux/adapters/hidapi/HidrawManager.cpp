@@ -2,7 +2,7 @@
 
 #include "adapters/hidapi/HidrawDevice.h"
 #include "adapters/hidapi/HidrawWatch.h"
-#include "platform/Platform.h"
+#include "ports/Platform.h"
 
 #include <cerrno>
 #include <cstdio>

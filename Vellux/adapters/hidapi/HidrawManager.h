@@ -1,9 +1,9 @@
 // The HID port on hidapi's hidraw backend.
 #pragma once
 
-#include "platform/HidManager.h"
-#include "platform/MainThread.h"
-#include "support/Shared.h"
+#include "ports/HidManager.h"
+#include "threads/MainThread.h"
+#include "threads/Shared.h"
 
 #include <memory>
 #include <vector>

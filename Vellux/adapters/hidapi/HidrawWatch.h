@@ -5,7 +5,7 @@
 #include "adapters/hidapi/HidrawDevice.h"
 #include "adapters/hidapi/HotplugSource.h"
 #include "adapters/hidapi/WakeUp.h"
-#include "support/Shared.h"
+#include "threads/Shared.h"
 
 #include <atomic>
 #include <functional>

@@ -1,7 +1,7 @@
 // The thread port on Linux.
 #pragma once
 
-#include "platform/Threads.h"
+#include "ports/Threads.h"
 
 namespace vellux {
 

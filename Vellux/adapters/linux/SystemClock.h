@@ -1,7 +1,7 @@
 // The clock port on the system's steady clock.
 #pragma once
 
-#include "platform/Clock.h"
+#include "ports/Clock.h"
 
 namespace vellux {
 

@@ -1,7 +1,7 @@
 // The About window.
 #pragma once
 
-#include "platform/Desktop.h"
+#include "ports/Desktop.h"
 
 #include <QDialog>
 

@@ -7,14 +7,14 @@
 namespace vellux {
 
 ControlBinding::ControlBinding(MainThread& mainThread, QWidget& widget, std::shared_ptr<Control> model)
-    : m_widget(widget), m_model(std::move(model)), m_refresher(mainThread, [this] { show(); }) {
+    : m_widget(widget), m_model(std::move(model)), m_update(mainThread, [this] { show(); }) {
     for (QLabel* const pLabel : widget.window()->findChildren<QLabel*>())
         if (pLabel->buddy() == &widget)
             m_pLabel = pLabel;
 }
 
 void ControlBinding::begin() {
-    m_observation = m_model->observe([this](Control::Change) { m_refresher.ask(); });
+    m_observation = m_model->observe([this](Control::Change) { m_update.ask(); });
     show();
 }
 

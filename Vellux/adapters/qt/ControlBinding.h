@@ -1,8 +1,8 @@
 // What ties a widget to the model of its control.
 #pragma once
 
-#include "adapters/qt/Refresher.h"
-#include "platform/Controls.h"
+#include "adapters/qt/CoalescedUpdate.h"
+#include "model/Controls.h"
 
 #include <QObject>
 #include <QPointer>
@@ -41,7 +41,7 @@ private:
     const std::shared_ptr<Control> m_model;
     bool m_bShowing = false;
     QPointer<QWidget> m_focusHeir; // who got the focus when this widget was disabled with it
-    Refresher m_refresher;
+    CoalescedUpdate m_update;
     QObject m_receiver;
     Observation m_observation;
 };

@@ -1,7 +1,7 @@
 // The lamp as a picture: one drawing for the window, the tray and the window's icon.
 #pragma once
 
-#include "platform/ViewState.h"
+#include "model/ViewState.h"
 
 #include <QColor>
 #include <QIcon>

@@ -1,7 +1,7 @@
 // The lamp, drawn.
 #pragma once
 
-#include "platform/ViewState.h"
+#include "model/ViewState.h"
 
 #include <QWidget>
 

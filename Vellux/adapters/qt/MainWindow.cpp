@@ -2,9 +2,9 @@
 
 #include "VelluxWindowUi/VelluxWindowUi.h"
 #include "adapters/qt/ButtonBinding.h"
+#include "adapters/qt/ChannelStatusLine.h"
 #include "adapters/qt/ComboBoxBinding.h"
-#include "adapters/qt/FollowingLine.h"
-#include "adapters/qt/LightHead.h"
+#include "adapters/qt/LightHeader.h"
 #include "adapters/qt/TextFieldBinding.h"
 #include "adapters/qt/WindowActions.h"
 #include "ui_MainWindow.h"
@@ -37,14 +37,14 @@ void reserveWidth(QPushButton& button, std::initializer_list<const char*> titles
 /// The form with all that keeps it up to date.
 class MainWindow::View {
 public:
-    View(MainWindow& window, const Surroundings& around);
+    View(MainWindow& window, const Dependencies& dependencies);
 
     /// Gives the form what it has of the style and the font in use.
     void fit();
     /// At the mode in use: no caret blinks in an idle window.
     void placeFocus();
     /// What a user who closes the window, or presses Escape, asks for.
-    void askToClose() { m_around.controller.windowShouldClose(m_window); }
+    void askToClose() { m_dependencies.controller.windowShouldClose(m_window); }
     bool isFollowingLost() const { return m_following->isLost(); }
 
 private:
@@ -63,24 +63,25 @@ private:
     void bind(QLineEdit* pWidget, const std::shared_ptr<TextField>& model);
 
     MainWindow& m_window;
-    const Surroundings m_around;
+    const Dependencies m_dependencies;
     Ui::MainWindow m_form;
     // Those who write into the form end before it, in the reverse order.
-    std::unique_ptr<FollowingLine> m_following;
-    std::unique_ptr<LightHead> m_head;
+    std::unique_ptr<ChannelStatusLine> m_following;
+    std::unique_ptr<LightHeader> m_head;
     std::vector<std::unique_ptr<ControlBinding>> m_bindings;
 };
 
-MainWindow::View::View(MainWindow& window, const Surroundings& around) : m_window(window), m_around(around) {
+MainWindow::View::View(MainWindow& window, const Dependencies& dependencies)
+    : m_window(window), m_dependencies(dependencies) {
     m_form.setupUi(&window);
     // A status that is read, not typed: without the ground of a field.
     QPalette palette;
     palette.setBrush(QPalette::Base, Qt::transparent);
     m_form.textFieldLyncStatus->setPalette(palette);
 
-    m_following =
-        std::make_unique<FollowingLine>(m_around, m_form, [this] { emit m_window.followingLost(); });
-    m_head = std::make_unique<LightHead>(m_around, m_form);
+    m_following = std::make_unique<ChannelStatusLine>(m_dependencies, m_form,
+                                                      [this] { emit m_window.followingLost(); });
+    m_head = std::make_unique<LightHeader>(m_dependencies, m_form);
     bindModes();
     bindConnection();
     bindChoices();
@@ -89,13 +90,13 @@ MainWindow::View::View(MainWindow& window, const Surroundings& around) : m_windo
 }
 
 void MainWindow::View::bindModes() {
-    VelluxWindowUi& controller = m_around.controller;
+    VelluxWindowUi& controller = m_dependencies.controller;
     bind(m_form.buttonSelectSyncMode, controller.buttonSelectSyncMode(), &VelluxWindowUi::setSyncMode);
     bind(m_form.buttonSelectManualMode, controller.buttonSelectManualMode(), &VelluxWindowUi::setManualMode);
 }
 
 void MainWindow::View::bindConnection() {
-    VelluxWindowUi& controller = m_around.controller;
+    VelluxWindowUi& controller = m_dependencies.controller;
     bind(m_form.textFieldLyncServerName, controller.textFieldLyncServerName());
     bind(m_form.textFieldUsername, controller.textFieldUsername());
     bind(m_form.textFieldPassword, controller.textFieldPassword());
@@ -105,7 +106,7 @@ void MainWindow::View::bindConnection() {
 
 void MainWindow::View::bindChoices() {
     using Controller = VelluxWindowUi;
-    Controller& controller = m_around.controller;
+    Controller& controller = m_dependencies.controller;
     bind(m_form.buttonFlashOnCall, controller.buttonFlashOnCall(), &Controller::onFlashOnCallCheckedChanged);
     bind(m_form.buttonLightOffOnAway, controller.buttonLightOffOnAway(), &Controller::onlightOffOnAway);
     bind(m_form.buttonLightOffOnAvailable, controller.buttonLightOffOnAvailable(),
@@ -120,7 +121,7 @@ void MainWindow::View::bindChoices() {
 }
 
 void MainWindow::View::connectActions() {
-    VelluxWindowUi& controller = m_around.controller;
+    VelluxWindowUi& controller = m_dependencies.controller;
     connect(m_form.buttonAbout, &QPushButton::clicked, &m_window,
             [&controller] { controller.onAbout(nullptr); });
     connect(m_form.buttonWebSite, &QPushButton::clicked, &m_window,
@@ -133,7 +134,8 @@ void MainWindow::View::connectActions() {
     for (const QLineEdit* const pField :
          {m_form.textFieldLyncServerName, m_form.textFieldUsername, m_form.textFieldPassword})
         connect(pField, &QLineEdit::returnPressed, m_form.buttonConnect, [this] {
-            if (m_around.controller.buttonConnect()->title() == "Connect") // never by mistake the other one
+            if (m_dependencies.controller.buttonConnect()->title() ==
+                "Connect") // never by mistake the other one
                 m_form.buttonConnect->click();
         });
 }
@@ -141,27 +143,27 @@ void MainWindow::View::connectActions() {
 void MainWindow::View::bind(QAbstractButton* pWidget, const std::shared_ptr<Button>& model,
                             ButtonBinding::Action action) {
     m_bindings.push_back(
-        std::make_unique<ButtonBinding>(m_around.mainThread, *pWidget, model, std::move(action)));
+        std::make_unique<ButtonBinding>(m_dependencies.mainThread, *pWidget, model, std::move(action)));
 }
 
 void MainWindow::View::bind(QAbstractButton* pWidget, const std::shared_ptr<Button>& model,
                             ButtonAction action) {
-    bind(pWidget, model, [this, action](Button& sender) { (m_around.controller.*action)(sender); });
+    bind(pWidget, model, [this, action](Button& sender) { (m_dependencies.controller.*action)(sender); });
 }
 
 void MainWindow::View::bind(QAbstractButton* pWidget, const std::shared_ptr<Button>& model,
                             BoxAction action) {
-    bind(pWidget, model, [this, action](Button& sender) { (m_around.controller.*action)(&sender); });
+    bind(pWidget, model, [this, action](Button& sender) { (m_dependencies.controller.*action)(&sender); });
 }
 
 void MainWindow::View::bind(QComboBox* pWidget, const std::shared_ptr<ComboBox>& model, ListAction action) {
     m_bindings.push_back(std::make_unique<ComboBoxBinding>(
-        m_around.mainThread, *pWidget, model,
-        [this, action](ComboBox& sender) { (m_around.controller.*action)(sender); }));
+        m_dependencies.mainThread, *pWidget, model,
+        [this, action](ComboBox& sender) { (m_dependencies.controller.*action)(sender); }));
 }
 
 void MainWindow::View::bind(QLineEdit* pWidget, const std::shared_ptr<TextField>& model) {
-    m_bindings.push_back(std::make_unique<TextFieldBinding>(m_around.mainThread, *pWidget, model));
+    m_bindings.push_back(std::make_unique<TextFieldBinding>(m_dependencies.mainThread, *pWidget, model));
 }
 
 void MainWindow::View::placeFocus() {
@@ -194,7 +196,8 @@ void MainWindow::View::fit() {
     m_form.layoutFoot->setContentsMargins(0, nGap, 0, 0);
 }
 
-MainWindow::MainWindow(const Surroundings& around) : m_view(std::make_unique<View>(*this, around)) {}
+MainWindow::MainWindow(const Dependencies& dependencies)
+    : m_view(std::make_unique<View>(*this, dependencies)) {}
 
 MainWindow::~MainWindow() = default;
 

@@ -1,8 +1,8 @@
 // The main window: a view of the controller's controls, and of the light beside them.
 #pragma once
 
-#include "platform/Desktop.h"
-#include "platform/MainThread.h"
+#include "ports/Desktop.h"
+#include "threads/MainThread.h"
 
 #include <QString>
 #include <QWidget>
@@ -21,7 +21,7 @@ class MainWindow : public QWidget, public Window {
     Q_OBJECT
 public:
     /// What the window is made from; the objects outlive it.
-    struct Surroundings {
+    struct Dependencies {
         MainThread& mainThread;
         VelluxWindowUi& controller;
         VelluxHttp& client;
@@ -30,7 +30,7 @@ public:
     };
 
     /// Shows nothing yet. Needs no platform to be installed before the user does something.
-    explicit MainWindow(const Surroundings& around);
+    explicit MainWindow(const Dependencies& dependencies);
     /// After every worker thread has ended.
     ~MainWindow() override;
 

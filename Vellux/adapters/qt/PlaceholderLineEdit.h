@@ -1,7 +1,7 @@
 // A line to type into, with an example of what belongs there.
 #pragma once
 
-#include "platform/Controls.h"
+#include "model/Controls.h"
 
 #include <QColor>
 #include <QFont>

@@ -3,7 +3,7 @@
 #include "adapters/dbus/ApplicationId.h"
 #include "adapters/qt/LampDrawing.h"
 #include "adapters/qt/MainWindow.h"
-#include "support/Shared.h"
+#include "threads/Shared.h"
 
 #include <QEventLoop>
 #include <QIcon>

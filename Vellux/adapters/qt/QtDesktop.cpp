@@ -58,8 +58,8 @@ void describe(QMessageBox& box, const Alert& alert) {
 
 } // namespace
 
-QtDesktop::QtDesktop(MainWindow& window, Surroundings surroundings)
-    : m_window(window), m_around(std::move(surroundings)) {}
+QtDesktop::QtDesktop(MainWindow& window, Dependencies surroundings)
+    : m_window(window), m_dependencies(std::move(surroundings)) {}
 
 std::int32_t QtDesktop::runModal(const Alert& alert) {
     if (m_bEnding)
@@ -95,12 +95,12 @@ void QtDesktop::terminate() {
         return;
     for (QMessageBox* const pAlert : m_openAlerts)
         pAlert->reject();
-    m_around.end();
+    m_dependencies.end();
 }
 
 std::optional<ProcessActivity> QtDesktop::beginActivityWithOptions(std::uint64_t,
                                                                    const std::string& strReason) {
-    return m_around.beginActivity ? m_around.beginActivity(strReason) : std::nullopt;
+    return m_dependencies.beginActivity ? m_dependencies.beginActivity(strReason) : std::nullopt;
 }
 
 } // namespace vellux

@@ -1,7 +1,7 @@
 // The desktop port on Qt: windows, alerts, the browser.
 #pragma once
 
-#include "platform/Desktop.h"
+#include "ports/Desktop.h"
 
 #include <functional>
 #include <memory>
@@ -18,7 +18,7 @@ class MainWindow;
 class QtDesktop : public Desktop {
 public:
     /// What the desktop is made from.
-    struct Surroundings {
+    struct Dependencies {
         /// The user's application-support directory.
         std::string strDirectory;
         /// What ending the application means; called once, by the first terminate(), and returns at once.
@@ -28,7 +28,7 @@ public:
     };
 
     /// `window` must outlive the desktop.
-    QtDesktop(MainWindow& window, Surroundings surroundings);
+    QtDesktop(MainWindow& window, Dependencies surroundings);
 
     /// Blocks in a loop of its own until the alert is closed; the loop goes on running posted calls. While the
     /// application ends it returns at once and shows nothing.
@@ -41,11 +41,11 @@ public:
     void terminate() override VELLUX_REQUIRES(mainThreadRole);
     std::optional<ProcessActivity> beginActivityWithOptions(std::uint64_t nOptions,
                                                             const std::string& strReason) override;
-    std::string applicationSupportDirectory() override { return m_around.strDirectory; }
+    std::string applicationSupportDirectory() override { return m_dependencies.strDirectory; }
 
 private:
     MainWindow& m_window;
-    const Surroundings m_around;
+    const Dependencies m_dependencies;
     bool m_bEnding VELLUX_GUARDED_BY(mainThreadRole) = false;
     // The last one on top.
     std::vector<QMessageBox*> m_openAlerts VELLUX_GUARDED_BY(mainThreadRole);

@@ -1,7 +1,7 @@
 // The main thread's queue of calls, run by Qt's loop.
 #pragma once
 
-#include "support/CallQueue.h"
+#include "threads/CallQueue.h"
 
 #include <QObject>
 

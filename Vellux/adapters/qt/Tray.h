@@ -1,7 +1,7 @@
 // The icon in the desktop's tray, where there is one.
 #pragma once
 
-#include "platform/ViewState.h"
+#include "model/ViewState.h"
 
 #include <QString>
 

@@ -1,7 +1,7 @@
 // What the program's windows have in common.
 #pragma once
 
-#include "platform/Desktop.h"
+#include "ports/Desktop.h"
 
 #include <QFont>
 #include <QWidget>

@@ -1,11 +1,11 @@
 // The tray's icon as another view of what the window shows.
 #pragma once
 
-#include "adapters/qt/Refresher.h"
+#include "adapters/qt/CoalescedUpdate.h"
 #include "adapters/qt/Tray.h"
-#include "platform/MainThread.h"
-#include "platform/ViewState.h"
-#include "support/Observers.h"
+#include "model/ViewState.h"
+#include "threads/MainThread.h"
+#include "threads/Observers.h"
 
 #include <vector>
 
@@ -20,22 +20,22 @@ class Window;
 class WindowTray {
 public:
     /// All of these outlive the tray.
-    struct Surroundings {
+    struct Dependencies {
         MainThread& mainThread;
         VelluxWindowUi& controller;
         Window& window;
     };
 
-    explicit WindowTray(Surroundings surroundings);
+    explicit WindowTray(Dependencies surroundings);
     WindowTray(const WindowTray&) = delete;
     WindowTray& operator=(const WindowTray&) = delete;
 
 private:
     void refresh();
 
-    const Surroundings m_around;
+    const Dependencies m_dependencies;
     Tray m_tray;
-    Refresher m_refresher;
+    CoalescedUpdate m_update;
     std::vector<Observation> m_observations;
 };
 

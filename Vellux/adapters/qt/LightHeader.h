@@ -1,0 +1,39 @@
+// The head of the main window: the lamp, and what there is to know about the light.
+#pragma once
+
+#include "adapters/qt/CoalescedUpdate.h"
+#include "adapters/qt/MainWindow.h"
+#include "threads/Observers.h"
+
+#include <QObject>
+
+namespace Ui {
+class MainWindow;
+}
+
+namespace vellux {
+
+/// Shows the lamp as a picture and in words, the light in a line, and a command to copy for a user who may not open it.
+/// Main thread; ends after the last thread that writes what it shows, and before the form's widgets.
+class LightHeader {
+public:
+    LightHeader(const MainWindow::Dependencies& dependencies, Ui::MainWindow& form);
+    LightHeader(const LightHeader&) = delete;
+    LightHeader& operator=(const LightHeader&) = delete;
+
+    /// Reserves room for the longest line, so that the window keeps its width. For whenever the font has changed.
+    void reserveRoom();
+
+private:
+    void showLamp();
+    void showLight();
+
+    const MainWindow::Dependencies m_dependencies;
+    Ui::MainWindow& m_form;
+    CoalescedUpdate m_lamp;
+    CoalescedUpdate m_light;
+    QObject m_receiver;
+    Observation m_observations[2];
+};
+
+} // namespace vellux

@@ -1,0 +1,35 @@
+// What the modules ask of the main thread's event loop.
+#pragma once
+
+#include "threads/Mutex.h"
+
+#include <functional>
+
+namespace vellux {
+
+/// The main thread as a role that clang's thread-safety analysis knows. Nobody locks it: assertMainThread() holds it
+/// for the rest of a function, and what only the main thread may touch or call is guarded by it or requires it. A call
+/// through std::function is not followed, so what is posted to the main thread asserts it.
+class VELLUX_CAPABILITY("role") MainThreadRole {};
+inline constexpr MainThreadRole mainThreadRole;
+
+/// The thread that runs the toolkit's loop, every user action, the device notices, the event channel's
+/// callbacks and the alerts. Calls run in the order in which they were queued.
+class MainThread {
+public:
+    virtual ~MainThread() = default;
+
+    /// Whether the calling thread is the main thread.
+    virtual bool isCurrent() const = 0;
+
+    /// Queues a call and returns at once. Any thread. After the loop has been closed the call is dropped.
+    virtual void post(std::function<void()> call) = 0;
+
+    /// Runs a call on the main thread and waits until it has returned; at once when the caller is the main
+    /// thread. Any thread, with no lock held. Blocks for as long as the main thread is busy. After the loop
+    /// has been closed it returns at once, so that quitting never hangs a waiter; the call may then be still
+    /// running or never run, so it owns what it captures. Whether the call has run to its end.
+    virtual bool runAndWait(std::function<void()> call) = 0;
+};
+
+} // namespace vellux
