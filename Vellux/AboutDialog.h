@@ -6,7 +6,7 @@
 #include <memory>
 
 /// Owns its window, which the platform loads from the description "AboutDialog".
-class AboutDialog {
+class AboutDialog : public vellux::WindowController {
 public:
     /// Takes the window it controls; null when the platform has no such window.
     void initWithWindow(std::unique_ptr<vellux::Window> window) VELLUX_REQUIRES(vellux::mainThreadRole);
@@ -14,11 +14,11 @@ public:
     /// The window it controls; null before initWithWindow.
     vellux::Window* window() const VELLUX_REQUIRES(vellux::mainThreadRole) { return m_window.get(); }
 
-    /// Called by the platform when the window's contents are there.
-    void windowDidLoad();
+    /// Does nothing: the contents are all the description's.
+    void windowDidLoad() override;
 
     /// The About window may always be closed.
-    bool windowShouldClose(const void* sender);
+    bool windowShouldClose(const void* sender) override;
 
 private:
     std::unique_ptr<vellux::Window> m_window VELLUX_GUARDED_BY(vellux::mainThreadRole);

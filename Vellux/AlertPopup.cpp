@@ -36,7 +36,6 @@ void AlertPopup::displayAlert(const Texts& texts) {
     alert.buttons = {"OK"};
     alert.strMessageText = texts[0];
     alert.strInformativeText = texts[1];
-    alert.style = vellux::AlertStyle::Informational;
     {
         const vellux::ScopedLock lock(m_mutex);
         ++m_nOpen;

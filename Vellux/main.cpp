@@ -1,5 +1,6 @@
 // The application: builds the adapters, installs them as the platform, and enters Qt's loop.
 
+#include "Program.h"
 #include "VelluxAppDelegate.h"
 #include "VelluxHttp/VelluxHttp.h"
 #include "VelluxWindowUi/VelluxWindowUi.h"
@@ -10,7 +11,6 @@
 #include "adapters/dbus/ResumeNotice.h"
 #include "adapters/dbus/SingleInstance.h"
 #include "adapters/hidapi/HidrawManager.h"
-#include "adapters/linux/LinuxThreads.h"
 #include "adapters/linux/Resources.h"
 #include "adapters/linux/StandardDirectories.h"
 #include "adapters/linux/SystemClock.h"
@@ -22,13 +22,10 @@
 #include "adapters/qt/QtDesktop.h"
 #include "adapters/qt/QtMainThread.h"
 #include "adapters/qt/WindowTray.h"
-#include "ports/Platform.h"
-#include "threads/WorkerThread.h"
 
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <utility>
 
 namespace {
 
@@ -59,43 +56,24 @@ int main(int nArguments, char** arguments) {
     vellux::CurlTransport transport(mainThread,
                                     {{}, /*bUseProxies=*/true, proxies.proxyOf, proxies.askAgain});
     vellux::SystemClock clock;
-    vellux::LinuxThreads threads;
     vellux::MainWindow window({mainThread, controller, client, vellux::udevRuleCommand});
     vellux::QtDesktop desktop(window,
                               {vellux::userDataHome(vellux::readUserEnvironment()),
+                               [&controller] { controller.openLink(nullptr); },
                                [&application] { application.quitSoon(); }, vellux::beginProcessActivity});
-    vellux::installPlatform({lights, transport, mainThread, clock, threads, desktop});
+    vellux::Program program({lights, transport, mainThread, clock, desktop});
     const vellux::WindowTray tray({mainThread, controller, window});
 
     // A main thread that waits for an answer, or for a light that hangs, is free again soon.
-    const auto terminationWatch = vellux::TerminationWatch::start([&] {
-        mainThread.post([&] {
-            vellux::assertMainThread();
-            desktop.terminate();
-        });
-        transport.close();
-        lights.hurry();
-    });
+    const auto terminationWatch = vellux::TerminationWatch::start([&] { program.requestEnd(); });
     if (terminationWatch == nullptr)
         return failure("no thread can be made. Is a limit on processes or memory reached?");
 
-    bool bEnded = false;
-    const auto endOnce = [&] {
-        if (std::exchange(bEnded, true))
-            return;
-        lights.hurry();
-        delegate.applicationWillTerminate();
-        mainThread.close();
-        transport.close();
-        vellux::WorkerThread::joinAll();
-    };
-    vellux::QtApplication::onDisplayLost([&] { mainThread.runAndWait(endOnce); });
-    vellux::assertMainThread();
-    delegate.setWindow(&window);
-    window.makeKeyAndOrderFront();
+    vellux::QtApplication::onDisplayLost([&] { mainThread.runAndWait([&] { program.end(); }); });
+    program.show(window);
     application.waitForFirstPaint(window);
     if (!vellux::isTerminationRequested()) // else nothing is lit any more
-        delegate.applicationDidFinishLaunching();
+        program.start();
 
     const vellux::ResumeNotice resumeNotice([&lights] { lights.redeliver(); });
     QObject::connect(&window, &vellux::MainWindow::followingLost, [] {
@@ -110,6 +88,6 @@ int main(int nArguments, char** arguments) {
     const int nStatus = application.run();
 
     vellux::QtApplication::onDisplayLost({});
-    endOnce();
+    program.end();
     return nStatus;
 }

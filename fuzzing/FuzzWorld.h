@@ -5,6 +5,7 @@
 // same state, so that an input that fails does so alone, too.
 #pragma once
 
+#include "Program.h"
 #include "VelluxHttp/VelluxHttp.h"
 #include "VelluxWindowUi/VelluxWindowUi.h"
 #include "fakes/FakeClock.h"
@@ -12,7 +13,6 @@
 #include "fakes/FakeHidManager.h"
 #include "fakes/FakeHttpTransport.h"
 #include "fakes/Journal.h"
-#include "ports/Platform.h"
 #include "support/Text.h"
 #include "threads/CallQueue.h"
 
@@ -78,6 +78,7 @@ public:
         polls.push_back(std::make_shared<FakeConnection>(m_journal, request, delegate));
         return polls.back();
     }
+    void close() override {}
 
 private:
     Journal& m_journal;
@@ -88,9 +89,7 @@ private:
 class World {
 public:
     explicit World(const std::string& strSupportDirectory = "/nonexistent")
-        : desktop(journal, strSupportDirectory) {
-        vellux::installPlatform({hid, transport, mainThread, clock, threads, desktop});
-    }
+        : desktop(journal, strSupportDirectory), program({hid, transport, mainThread, clock, desktop}) {}
 
     static VelluxWindowUi& ui() { return VelluxWindowUi::sharedVelluxWindowUi(); }
     static VelluxHttp& client() { return VelluxHttp::sharedVelluxHttp(); }
@@ -100,8 +99,8 @@ public:
     FakeHidManager hid{journal, mainThread};
     AnsweringTransport transport{journal};
     FakeClock clock{journal};
-    FakeThreads threads{journal};
     FakeDesktop desktop;
+    vellux::Program program;
 };
 
 } // namespace fuzzing

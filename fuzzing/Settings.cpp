@@ -19,11 +19,13 @@ int nSignIns = 0; // that were to start since the run began
 // Instead of the real ones: a platform that can't make a thread. The only one that is asked for signs in.
 namespace vellux {
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the real one keeps it
-WorkerThread::WorkerThread(std::function<void()> /*body*/) : m_state(std::make_shared<State>()) {}
+WorkerThread::WorkerThread(std::function<void()> /*body*/, double dPriority)
+    : m_state(std::make_shared<State>()), m_dPriority(dPriority) {}
 void WorkerThread::start() {
     ++nSignIns;
     m_state->progress = Progress::Finished;
 }
+void WorkerThread::joinAll() {}
 } // namespace vellux
 
 namespace {

@@ -1,6 +1,6 @@
 #include "HeadlessRun.h"
 
-#include "VelluxAppDelegate.h"
+#include "Program.h"
 #include "VelluxWindowUi/VelluxWindowUi.h"
 #include "adapters/curl/CurlTransport.h"
 #include "adapters/linux/SystemClock.h"
@@ -9,15 +9,12 @@
 #include "light/VirtualLights.h"
 #include "platform/Changes.h"
 #include "platform/Console.h"
-#include "platform/EqualThreads.h"
 #include "platform/HeadlessDesktop.h"
 #include "platform/PrivateDirectory.h"
 #include "platform/ServerWatch.h"
 #include "platform/WindowWatch.h"
-#include "ports/Platform.h"
 #include "server/PresenceServer.h"
 #include "threads/CallQueue.h"
-#include "threads/WorkerThread.h"
 
 #include <cstdio>
 #include <string>
@@ -68,25 +65,20 @@ int playDay(LightModel model, const Script& script) {
     const auto light = std::make_shared<VirtualLight>(model, console, changes);
     lights.plug(light);
     vellux::SystemClock clock;
-    EqualThreads threads;
-    VelluxAppDelegate& delegate = VelluxAppDelegate::sharedVelluxAppDelegate();
-    HeadlessDesktop desktop({mainThread, console, changes, directory->path(), [&] {
-                                 delegate.applicationWillTerminate();
-                                 mainThread.close();
-                             }});
-    vellux::installPlatform({lights, transport, mainThread, clock, threads, desktop});
+    std::optional<vellux::Program> program;
+    HeadlessDesktop desktop(
+        {mainThread, console, changes, directory->path(), [&program] { program->end(); }});
+    program.emplace(vellux::Program::Ports{lights, transport, mainThread, clock, desktop});
 
     VelluxWindowUi& controller = VelluxWindowUi::sharedVelluxWindowUi();
     const WindowWatch windowWatch(controller, console, changes);
     DayPlayer player(script, {mainThread, changes, desktop, lights, light, *server, controller});
 
-    delegate.applicationDidFinishLaunching();
+    program->start();
     player.start();
     mainThread.run(); // until the application has ended
 
     player.applicationHasEnded();
-    transport.close();
-    vellux::WorkerThread::joinAll();
     player.join();
     server->stop();
     const bool bAsExpected = endedAsExpected(light->record(), script.strExpectedLight);

@@ -1,21 +1,18 @@
 // The soak: the real client against a presence server in a process of its own, over and over. What it holds of the
 // system must be the same at the end of each phase as near its beginning.
 
-#include "VelluxAppDelegate.h"
+#include "Program.h"
 #include "VelluxWindowUi/VelluxWindowUi.h"
 #include "adapters/curl/CurlTransport.h"
 #include "adapters/linux/SystemClock.h"
 #include "day/UserActions.h"
 #include "light/VirtualLights.h"
-#include "platform/EqualThreads.h"
 #include "platform/HeadlessDesktop.h"
 #include "platform/PrivateDirectory.h"
 #include "platform/WindowWatch.h"
-#include "ports/Platform.h"
 #include "server/PresenceServer.h"
 #include "support/Text.h"
 #include "threads/CallQueue.h"
-#include "threads/WorkerThread.h"
 
 #include <algorithm>
 #include <array>
@@ -196,16 +193,13 @@ int soak(const CertificateAuthority& authority, const std::string& strHost, int 
     VirtualLights lights(mainThread);
     lights.plug(std::make_shared<VirtualLight>(LightModel::Framed, silent, changes));
     vellux::SystemClock clock;
-    EqualThreads threads;
-    VelluxAppDelegate& delegate = VelluxAppDelegate::sharedVelluxAppDelegate();
-    HeadlessDesktop desktop({mainThread, console, changes, directory->path(), [&] {
-                                 delegate.applicationWillTerminate();
-                                 mainThread.close();
-                             }});
-    vellux::installPlatform({lights, transport, mainThread, clock, threads, desktop});
+    std::optional<vellux::Program> program;
+    HeadlessDesktop desktop(
+        {mainThread, console, changes, directory->path(), [&program] { program->end(); }});
+    program.emplace(vellux::Program::Ports{lights, transport, mainThread, clock, desktop});
     VelluxWindowUi& controller = VelluxWindowUi::sharedVelluxWindowUi();
     const WindowWatch windowWatch(controller, silent, changes);
-    delegate.applicationDidFinishLaunching();
+    program->start();
     enterCredentials(controller, {strHost, kUser, kSecret});
     setBox(controller, "buttonFlashOnCall", true);
 
@@ -219,8 +213,6 @@ int soak(const CertificateAuthority& authority, const std::string& strHost, int 
     });
     mainThread.run();
     user.join();
-    transport.close();
-    vellux::WorkerThread::joinAll();
     return soak.succeeded() ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 

@@ -1,6 +1,7 @@
 #include "WindowedRun.h"
 
 #include "HeadlessRun.h"
+#include "Program.h"
 #include "VelluxAppDelegate.h"
 #include "VelluxHttp/VelluxHttp.h"
 #include "VelluxWindowUi/VelluxWindowUi.h"
@@ -12,12 +13,9 @@
 #include "adapters/qt/QtApplication.h"
 #include "adapters/qt/QtDesktop.h"
 #include "adapters/qt/QtMainThread.h"
-#include "platform/EqualThreads.h"
 #include "platform/PrivateDirectory.h"
 #include "platform/ServerWatch.h"
 #include "platform/WindowWatch.h"
-#include "ports/Platform.h"
-#include "threads/WorkerThread.h"
 #include "window/LampPanel.h"
 #include "window/Look.h"
 #include "window/PictureTour.h"
@@ -60,26 +58,20 @@ int showWindow(char* strProgram, const Options& options) {
     const auto light = std::make_shared<VirtualLight>(options.light, console, changes);
     lights.plug(light);
     SystemClock clock;
-    EqualThreads threads;
     MainWindow window({mainThread, controller, client, udevRuleCommand});
-    QtDesktop desktop(window, {directory->path(), [&application] { application.quitSoon(); }, {}});
-    installPlatform({lights, transport, mainThread, clock, threads, desktop});
+    QtDesktop desktop(window, {directory->path(),
+                               [&controller] { controller.openLink(nullptr); },
+                               [&application] { application.quitSoon(); },
+                               {}});
+    Program program({lights, transport, mainThread, clock, desktop});
     const WindowWatch windowWatch(controller, console, changes);
-    const auto terminationWatch = TerminationWatch::start([&] {
-        mainThread.post([&] {
-            assertMainThread();
-            desktop.terminate();
-        });
-        transport.close();
-    });
+    const auto terminationWatch = TerminationWatch::start([&] { program.requestEnd(); });
     if (terminationWatch == nullptr)
         return complain(kNotAsExpected, "no thread can be made");
 
-    assertMainThread();
-    delegate.setWindow(&window);
-    window.makeKeyAndOrderFront();
+    program.show(window);
     application.waitForFirstPaint(window);
-    delegate.applicationDidFinishLaunching();
+    program.start();
     controller.textFieldLyncServerName()->setText(server->host());
     controller.textFieldUsername()->setText(kAccount.strUserName);
     controller.textFieldPassword()->setText(kAccount.strPassword);
@@ -101,10 +93,7 @@ int showWindow(char* strProgram, const Options& options) {
     application.run();
 
     changes.end();
-    delegate.applicationWillTerminate();
-    mainThread.close();
-    transport.close();
-    WorkerThread::joinAll();
+    program.end();
     const bool bSucceeded = tour == nullptr || tour->succeeded();
     server->stop();
     return bSucceeded ? kAsExpected : kNotAsExpected;

@@ -65,7 +65,6 @@ TEST_F(ConnectionTest, connectsStepByStep) {
         "Content-Length: 130 | 30 s | {'Culture':'en-US','endpointId':'ID','userAgent':'Virelto-ID'}";
     const Lines expected = {
         "status ",
-        "priority highest",
         "connect disabled",
         "title Connecting...",
         "request POST https://lync.example/WebTicket/oauthtoken | Content-Type: "
@@ -138,9 +137,9 @@ TEST_F(ConnectionTest, fieldsAreCheckedAndUsedAsTheyComeBackFromTheFile) {
         EXPECT_NE(contentOf(settingsPath("configv31.bin")), strBefore);
     }
     ui().processLyncServerConnectionRequest(); // the credentials have been emptied
-    EXPECT_EQ(passed(), (Lines{"status ", "status ", "status ", "priority highest", "connect disabled",
-                               "title Connecting...", kFieldsAlert, "under Connecting..., disabled",
-                               "connect enabled", "title Connect"}));
+    EXPECT_EQ(passed(),
+              (Lines{"status ", "status ", "status ", "connect disabled", "title Connecting...", kFieldsAlert,
+                     "under Connecting..., disabled", "connect enabled", "title Connect"}));
 }
 
 // A full disk: the connection takes what the file holds, never what was typed.

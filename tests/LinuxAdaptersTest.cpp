@@ -1,7 +1,6 @@
 // The adapters to Linux as far as any machine shows them, whatever devices it has.
 
 #include "adapters/hidapi/HidrawManager.h"
-#include "adapters/linux/LinuxThreads.h"
 #include "adapters/linux/StandardDirectories.h"
 #include "adapters/linux/SystemClock.h"
 #include "adapters/linux/TerminationWatch.h"
@@ -55,29 +54,6 @@ TEST(StandardDirectories, TheReaderTellsUnsetFromEmpty) {
     EXPECT_EQ(environment.strXdgDataHome, std::nullopt);
     EXPECT_EQ(environment.strHome, "");
     EXPECT_EQ(userDataHome(environment).front(), '/');
-}
-
-// A scale turned upside down, or a program that takes back what nice(1) was told.
-TEST(LinuxThreads, PrioritiesBecomeNiceValues) {
-    const struct {
-        double dPriority;
-        int nCurrent, nNice;
-    } rows[] = {{1.0, 0, 0},   {0.5, 0, 0},  {0.25, 0, 10}, {0.0, 0, 19},
-                {-1.0, 0, 19}, {2.0, -5, 0}, {1.0, 5, 5},   {0.25, 5, 10}};
-    for (const auto& row : rows)
-        EXPECT_EQ(niceValue(row.dPriority, row.nCurrent), row.nNice) << row.dPriority << " " << row.nCurrent;
-}
-
-// The whole process slowed down by one thread.
-TEST(LinuxThreads, OnlyTheCallingThreadChanges) {
-    const int nBefore = ::getpriority(PRIO_PROCESS, 0);
-    int nThread = 0;
-    std::thread([&] {
-        LinuxThreads().setCurrentThreadPriority(0.0);
-        nThread = ::getpriority(PRIO_PROCESS, 0);
-    }).join();
-    EXPECT_EQ(nThread, 19);
-    EXPECT_EQ(::getpriority(PRIO_PROCESS, 0), nBefore);
 }
 
 TEST(SystemClock, SleepsAtLeastAsLongAsAskedAndNeverForNothing) {

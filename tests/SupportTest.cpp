@@ -313,24 +313,24 @@ TEST(CallQueue, CloseFreesEveryWaiter) {
 
 using Workers = TestWorld;
 
-// A handle that tells of a thread what is not true; a thread that dies with its handle, or leaves what it holds
-// behind; its priority lost.
-TEST_F(Workers, StateAndPriority) {
+// A handle that says of a thread what is not true; a thread that dies with its handle, or leaves what it holds behind.
+TEST_F(Workers, StateAndHandle) {
     std::atomic<bool> bGo = false;
     const auto token = std::make_shared<int>(0);
-    auto worker = std::make_shared<WorkerThread>([&bGo, token] {
-        while (!bGo)
-            std::this_thread::yield();
-    });
+    auto worker = std::make_shared<WorkerThread>(
+        [&bGo, token] {
+            while (!bGo)
+                std::this_thread::yield();
+        },
+        0.5);
+    EXPECT_EQ(worker->priority(), 0.5);
     EXPECT_FALSE(worker->isExecuting() || worker->isFinished());
-    worker->setPriority(1.0);
     worker->start();
     EXPECT_TRUE(worker->isExecuting() && !worker->isFinished());
-    std::make_shared<WorkerThread>([this, token] { journal.add("dropped ran"); })->start();
+    std::make_shared<WorkerThread>([this, token] { journal.add("dropped ran"); }, 1.0)->start();
     bGo = true;
     WorkerThread::joinAll();
     EXPECT_TRUE(!worker->isExecuting() && worker->isFinished());
-    EXPECT_EQ(journal.lines({"priority highest"}).size(), 1U);
     EXPECT_EQ(journal.count("dropped ran"), 1U);
     EXPECT_EQ(token.use_count(), 1);
 }
@@ -344,7 +344,7 @@ TEST_F(Workers, ThatCantBeMade) {
     pthread_attr_setstacksize(&tooLarge, std::size_t{1} << 47); // more than there are addresses
     pthread_setattr_default_np(&tooLarge);
     const auto token = std::make_shared<int>(0);
-    const auto worker = std::make_shared<WorkerThread>([this, token] { journal.add("ran"); });
+    const auto worker = std::make_shared<WorkerThread>([this, token] { journal.add("ran"); }, 1.0);
     worker->start();
     EXPECT_TRUE(worker->isFinished() && !worker->isExecuting());
     EXPECT_EQ(token.use_count(), 1);

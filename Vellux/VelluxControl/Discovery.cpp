@@ -2,7 +2,6 @@
 
 #include "VelluxControl/VelluxControl.h"
 
-#include "VelluxWindowUi/VelluxWindowUi.h"
 #include "ports/Platform.h"
 
 #include <algorithm>
@@ -151,10 +150,10 @@ void CFSetApplierFunctionCopyToCFArray(const HidDeviceRef& value, HidDeviceList&
 
 void Handle_DeviceMatchingCallback(const HidDeviceRef&) {
     bDevicePlugged = true;
-    VelluxWindowUi::sharedVelluxWindowUi().devicePlugged();
+    vellux::platform().listener.devicePlugged();
 }
 
 void Handle_DeviceRemovalCallback(const HidDeviceRef&) {
     bDevicePlugged = false;
-    VelluxWindowUi::sharedVelluxWindowUi().deviceUnplugged();
+    vellux::platform().listener.deviceUnplugged();
 }

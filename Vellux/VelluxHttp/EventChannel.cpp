@@ -4,7 +4,6 @@
 
 #include "VelluxHttp/JsonBody.h"
 #include "VelluxHttp/Requests.h"
-#include "VelluxWindowUi/VelluxWindowUi.h"
 #include "ports/Platform.h"
 #include "support/Url.h"
 
@@ -102,7 +101,7 @@ void VelluxHttp::connectionDidReceiveData(vellux::HttpConnection&, std::string_v
             const auto strToken = httpGet_MyPresence(strPresenceUrl.get(), strOAuthToken.get());
             if (!strToken)
                 return;
-            VelluxWindowUi::sharedVelluxWindowUi().updateVelluxStatusWithPresence(strToken);
+            vellux::platform().listener.updateVelluxStatusWithPresence(strToken);
             const auto strHost = FQDN.get();
             if (!strHost)
                 return;

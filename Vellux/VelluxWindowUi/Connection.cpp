@@ -9,8 +9,6 @@
 
 namespace {
 
-constexpr double kHighestPriority = 1.0;
-
 void alert(const char* strMessage) {
     AlertPopup::sharedAlertPopup().display("Vellux", strMessage);
 }
@@ -54,9 +52,8 @@ void VelluxWindowUi::reconnect() {
 
 void VelluxWindowUi::processLyncServerConnectionRequest() {
     vellux::assertMainThread();
-    threadForLyncStatusMonitor =
-        std::make_shared<vellux::WorkerThread>([this] { lyncStatusMonitorThreadMainMethod(); });
-    threadForLyncStatusMonitor->setPriority(kHighestPriority);
+    threadForLyncStatusMonitor = std::make_shared<vellux::WorkerThread>(
+        [this] { lyncStatusMonitorThreadMainMethod(); }, vellux::WorkerThread::kHighestPriority);
     threadForLyncStatusMonitor->start();
 }
 

@@ -10,7 +10,6 @@
 namespace {
 
 constexpr vellux::Seconds kEndPoll{0.01};
-constexpr double kHighestPriority = 1.0;
 
 void waitUntilFinished(const vellux::WorkerThreadRef& thread) {
     if (thread == nullptr || !thread->isExecuting())
@@ -86,10 +85,9 @@ void VelluxWindowUi::waitForSyncFlashingThreadToExit() {
 // Main thread only, so it needs no gate.
 void VelluxWindowUi::startManualFlashing() {
     waitForManualFlashingThreadToExit();
-    threadForManualFlash =
-        std::make_shared<vellux::WorkerThread>([this] { manualFlashingThreadMainMethod(); });
+    threadForManualFlash = std::make_shared<vellux::WorkerThread>(
+        [this] { manualFlashingThreadMainMethod(); }, vellux::WorkerThread::kHighestPriority);
     bQuitManualFlashing = false;
-    threadForManualFlash->setPriority(kHighestPriority);
     threadForManualFlash->start();
 }
 
@@ -101,10 +99,10 @@ void VelluxWindowUi::restartSyncFlashing() {
     waitForSyncFlashingThreadToExit();
     if (bTerminating || !isToFlashOnCall())
         return;
-    auto thread = std::make_shared<vellux::WorkerThread>([this] { syncFlashingThreadMainMethod(); });
+    auto thread = std::make_shared<vellux::WorkerThread>([this] { syncFlashingThreadMainMethod(); },
+                                                         vellux::WorkerThread::kHighestPriority);
     threadForSyncFlash.set(thread);
     bQuitSyncFlashing = false;
-    thread->setPriority(kHighestPriority);
     thread->start();
 }
 

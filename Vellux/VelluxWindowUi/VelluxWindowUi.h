@@ -17,6 +17,7 @@
 #include "model/Controls.h"
 #include "model/ViewState.h"
 #include "ports/Desktop.h"
+#include "ports/Listener.h"
 #include "threads/MainThread.h"
 #include "threads/Mutex.h"
 #include "threads/Observable.h"
@@ -34,7 +35,7 @@
 
 class AboutDialog;
 
-class VelluxWindowUi {
+class VelluxWindowUi : public vellux::Listener {
 public:
     /// The one instance. Any thread. Its fourteen controls exist from the start, as the window design has
     /// them.
@@ -114,9 +115,9 @@ public:
 
     /// A light arrived: lists the lights anew, shows the colour asked for last, re-applies the mode and
     /// refills the colour lists. May wait for a flashing worker's cycle.
-    void devicePlugged();
+    void devicePlugged() override;
     /// A light left: lists the lights anew and asks both flashing workers to stop; waits for nothing.
-    void deviceUnplugged();
+    void deviceUnplugged() override;
 
     /// First step of ending: from now on no sync flashing worker is started, so that a status monitor still
     /// at work can't start one that nobody stops. Waits for the end of a worker being replaced.
@@ -177,7 +178,7 @@ public:
 
     /// In sync mode, shows what a presence token means, or flashes on a call, and puts the token, as the
     /// server spelled it, into the status line. An absent token means off and an empty line.
-    void updateVelluxStatusWithPresence(const std::optional<std::string>& strToken);
+    void updateVelluxStatusWithPresence(const std::optional<std::string>& strToken) override;
     /// Shows the colour of a lower-case token; unknown, "" and absent mean off.
     void updateVelluxStatus(const std::optional<std::string>& strStatus);
     /// Actions of the two switch-off boxes, and last step for the tokens "away" and "online".

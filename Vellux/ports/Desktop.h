@@ -10,18 +10,13 @@
 #include <string_view>
 #include <vector>
 
-class AboutDialog;
-
 namespace vellux {
 
-enum class AlertStyle : std::int32_t { Warning = 0, Informational = 1, Critical = 2 };
-
-/// A modal message box.
+/// An informational modal message box.
 struct Alert {
     std::vector<std::string> buttons;
     std::string strMessageText;
     std::string strInformativeText;
-    AlertStyle style = AlertStyle::Informational;
 };
 
 /// Response code of an alert's first button.
@@ -44,6 +39,17 @@ public:
     virtual void setLevel(WindowLevel level) VELLUX_REQUIRES(mainThreadRole) = 0;
 };
 
+/// What a window loaded by its description's name tells. Main thread only.
+class WindowController {
+public:
+    virtual ~WindowController() = default;
+
+    /// The window's contents are there.
+    virtual void windowDidLoad() = 0;
+    /// The user wants to close it; whether it may be.
+    virtual bool windowShouldClose(const void* sender) = 0;
+};
+
 /// Keeps the system from suspending the program for as long as a reference exists.
 using ProcessActivity = std::shared_ptr<void>;
 
@@ -58,7 +64,7 @@ public:
     virtual Window* mainWindow() VELLUX_REQUIRES(mainThreadRole) = 0;
     /// Loads the window with the given description name ("AboutDialog") for its controller, which outlives
     /// it. Null when there is no such description.
-    virtual std::unique_ptr<Window> loadWindow(std::string_view strDescription, AboutDialog& controller)
+    virtual std::unique_ptr<Window> loadWindow(std::string_view strDescription, WindowController& controller)
         VELLUX_REQUIRES(mainThreadRole) = 0;
     /// Opens an address in the user's default browser.
     virtual void openUrl(const std::string& strUrl) VELLUX_REQUIRES(mainThreadRole) = 0;

@@ -70,6 +70,10 @@ public:
     /// Stops following devices and forgets them. References that are still held stay valid.
     virtual void close() VELLUX_REQUIRES(mainThreadRole) = 0;
 
+    /// The program ends: from now on a device that hangs is given up soon, so that the end does not wait for it. Any
+    /// thread.
+    virtual void beginShutdown() = 0;
+
     /// The matched devices of now, in no particular order; absent when the platform can't tell.
     virtual std::optional<HidDeviceList> copyDevices() VELLUX_REQUIRES(mainThreadRole) = 0;
     /// A numeric property of a device; absent when it has none of that name, or one that is no number.

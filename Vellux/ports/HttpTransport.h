@@ -95,6 +95,10 @@ public:
     virtual std::shared_ptr<HttpConnection> createConnection(const HttpRequest& request,
                                                              HttpConnectionDelegate& delegate)
         VELLUX_REQUIRES(mainThreadRole) = 0;
+
+    /// Cancels what is under way: synchronous requests return an error at once, asynchronous ones call nobody
+    /// back, and later requests fail. Any thread.
+    virtual void close() = 0;
 };
 
 } // namespace vellux

@@ -13,25 +13,27 @@ std::optional<Platform>& installed() {
     static std::optional<Platform> instance;
     return instance;
 }
+
+[[noreturn]] void endProgram(const char* strWhy) {
+    std::fprintf(stderr, "vellux: %s\n", strWhy);
+    std::abort();
+}
 } // namespace
 
 void installPlatform(const Platform& platform) {
+    if (installed())
+        endProgram("a second platform was installed");
     installed().emplace(platform);
 }
 
 const Platform& platform() {
+    if (!installed())
+        endProgram("no platform was installed");
     return *installed();
 }
 
 void assertMainThread() {
     assertMainThread(platform().mainThread);
-}
-
-void assertMainThread(const MainThread& mainThread) {
-    if (mainThread.isCurrent())
-        return;
-    std::fputs("vellux: an operation of the main thread was called on another thread\n", stderr);
-    std::abort();
 }
 
 } // namespace vellux

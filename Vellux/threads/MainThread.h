@@ -32,4 +32,7 @@ public:
     virtual bool runAndWait(std::function<void()> call) = 0;
 };
 
+/// Ends the program when the calling thread is not the main thread: a fault of ours, never of the input.
+void assertMainThread(const MainThread& mainThread) VELLUX_ASSERT_CAPABILITY(mainThreadRole);
+
 } // namespace vellux

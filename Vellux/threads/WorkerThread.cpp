@@ -1,6 +1,5 @@
 #include "threads/WorkerThread.h"
 
-#include "ports/Platform.h"
 #include "threads/Mutex.h"
 
 #include <cstdio>
@@ -23,7 +22,8 @@ WorkerThread::Registry& WorkerThread::registry() {
     return *instance;
 }
 
-WorkerThread::WorkerThread(std::function<void()> body) : m_state(std::make_shared<State>()) {
+WorkerThread::WorkerThread(std::function<void()> body, double dPriority)
+    : m_state(std::make_shared<State>()), m_dPriority(dPriority) {
     m_state->body = std::move(body);
 }
 
@@ -38,8 +38,7 @@ void WorkerThread::start() {
     });
     m_state->progress = Progress::Executing;
     try {
-        all.threads.emplace_back(m_state, std::thread([state = m_state, dPriority = m_dPriority] {
-                                     platform().threads.setCurrentThreadPriority(dPriority);
+        all.threads.emplace_back(m_state, std::thread([state = m_state] {
                                      state->body();
                                      state->body = nullptr; // what it captured goes with it
                                      state->progress = Progress::Finished;

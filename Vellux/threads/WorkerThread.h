@@ -10,11 +10,14 @@ namespace vellux {
 /// Runs one body on a thread of its own. The handle may be dropped at any time; the thread runs on.
 class WorkerThread {
 public:
-    /// The body must not throw.
-    explicit WorkerThread(std::function<void()> body);
+    /// The highest that an ordinary thread may have. On Linux each thread has it from the start (nice 0 without a
+    /// privilege), so nothing is asked of the system.
+    static constexpr double kHighestPriority = 1.0;
 
-    /// 0.0 to 1.0, applied by the thread itself as it starts; before start() only.
-    void setPriority(double dPriority) { m_dPriority = dPriority; }
+    /// The body must not throw. The priority is a share of the highest one, from 0.0 to 1.0.
+    WorkerThread(std::function<void()> body, double dPriority);
+
+    double priority() const { return m_dPriority; }
     /// Starts the thread and returns at once; once per handle. When the platform can't make a thread, it
     /// says so on standard error, and the handle is finished without its body having run.
     void start();
@@ -38,7 +41,7 @@ private:
     static Registry& registry();
 
     std::shared_ptr<State> m_state;
-    double m_dPriority = 0.5; // the platform's middle, as for a thread nobody asked about
+    const double m_dPriority;
 };
 
 using WorkerThreadRef = std::shared_ptr<WorkerThread>;

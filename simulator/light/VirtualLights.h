@@ -41,6 +41,7 @@ public:
                                                   std::string_view strKey) override;
     HidResult deviceOpenResult(const HidDeviceRef& device) override;
     bool isPermissionRefusal(HidResult result) override;
+    void beginShutdown() override {}
     HidResult deviceSetReport(const HidDeviceRef& device, HidReportType type, std::uint8_t byReportID,
                               std::span<const std::uint8_t> payload) override;
 

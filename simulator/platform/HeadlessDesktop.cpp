@@ -9,7 +9,7 @@ std::int32_t HeadlessDesktop::runModal(const Alert& alert) {
     return kAlertFirstButtonReturn;
 }
 
-std::unique_ptr<Window> HeadlessDesktop::loadWindow(std::string_view, AboutDialog&) {
+std::unique_ptr<Window> HeadlessDesktop::loadWindow(std::string_view, WindowController&) {
     return nullptr;
 }
 

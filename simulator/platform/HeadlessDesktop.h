@@ -27,11 +27,12 @@ public:
         std::function<void()> end;
     };
 
-    explicit HeadlessDesktop(Dependencies surroundings) : m_dependencies(std::move(surroundings)) {}
+    explicit HeadlessDesktop(Dependencies dependencies) : m_dependencies(std::move(dependencies)) {}
 
     std::int32_t runModal(const Alert& alert) override;
     Window* mainWindow() override { return nullptr; }
-    std::unique_ptr<Window> loadWindow(std::string_view strDescription, AboutDialog& controller) override;
+    std::unique_ptr<Window> loadWindow(std::string_view strDescription,
+                                       WindowController& controller) override;
     void openUrl(const std::string&) override {}
     void terminate() override { m_dependencies.mainThread.post(m_dependencies.end); }
     std::optional<ProcessActivity> beginActivityWithOptions(std::uint64_t nOptions,

@@ -56,7 +56,7 @@ QPushButton* addButton(QGridLayout& layout, int nRow, int nColumn, const char* s
 
 } // namespace
 
-LampPanel::LampPanel(Dependencies surroundings) : m_dependencies(std::move(surroundings)) {
+LampPanel::LampPanel(Dependencies dependencies) : m_dependencies(std::move(dependencies)) {
     setWindowTitle("Vellux simulator");
     auto* const layout = new QVBoxLayout(this);
     layout->addWidget(lightBox(), 1);

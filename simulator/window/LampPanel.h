@@ -35,7 +35,7 @@ public:
     };
 
     /// Shows nothing yet.
-    explicit LampPanel(Dependencies surroundings);
+    explicit LampPanel(Dependencies dependencies);
 
 protected:
     void closeEvent(QCloseEvent* event) override;

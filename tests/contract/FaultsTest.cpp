@@ -49,6 +49,8 @@ public:
         return m_transport.createConnection(hurried(request), delegate);
     }
 
+    void close() override { m_transport.close(); }
+
 private:
     HttpRequest hurried(HttpRequest request) const {
         const bool bHurried = request.strUrl.find(strPath.get()) != std::string::npos;
@@ -75,17 +77,14 @@ void PrintTo(const Place& place, std::ostream* stream) {
 
 class FaultsTest : CarelessOpenSsl, public TestWorld {
 protected:
-    FaultsTest() {
-        vellux::installPlatform({hid, hurry, mainThread, clock, threads, desktop});
-        delegate().applicationDidFinishLaunching();
+    FaultsTest() : TestWorld(std::make_unique<vellux::CallQueue>(), kNoProgram) {
+        makeProgram(hurry, desktop);
+        program->start();
         plugInFramed();
         observeControls();
         ui().setSyncMode(*ui().buttonSelectSyncMode());
     }
-    ~FaultsTest() override {
-        curl.close();
-        endWorld();
-    }
+    ~FaultsTest() override { endWorld(); }
     /// One turn: polls that are refused at once never leave the queue empty.
     void runPending() override { mainThread.runPending(); }
     RawServer::Tls secure() const { return {*authority.issueServerIdentity()}; }

@@ -1,9 +1,8 @@
-// A desktop without a screen, and threads without priorities.
+// A desktop without a screen.
 #pragma once
 
 #include "fakes/Journal.h"
 #include "ports/Desktop.h"
-#include "ports/Threads.h"
 
 #include <functional>
 #include <memory>
@@ -51,15 +50,14 @@ public:
             strLine += " | title " + alert.strMessageText;
         if (alert.buttons != std::vector<std::string>{"OK"})
             strLine += " | other buttons";
-        if (alert.style != vellux::AlertStyle::Informational)
-            strLine += " | other style";
         m_journal.add(strLine);
         if (whileAlertIsOpen)
             whileAlertIsOpen();
         return nResponse;
     }
     vellux::Window* mainWindow() override { return &main; }
-    std::unique_ptr<vellux::Window> loadWindow(std::string_view strDescription, AboutDialog&) override {
+    std::unique_ptr<vellux::Window> loadWindow(std::string_view strDescription,
+                                               vellux::WindowController&) override {
         m_journal.add("desktop load " + std::string(strDescription));
         return bHasAboutDescription ? std::make_unique<FakeWindow>(m_journal, "about") : nullptr;
     }
@@ -80,17 +78,4 @@ private:
 
 public:
     FakeWindow main;
-};
-
-/// Journals "priority N" for each thread that sets one.
-class FakeThreads : public vellux::Threads {
-public:
-    explicit FakeThreads(Journal& journal) : m_journal(journal) {}
-
-    void setCurrentThreadPriority(double dPriority) override {
-        m_journal.add(dPriority == 1.0 ? "priority highest" : "priority other");
-    }
-
-private:
-    Journal& m_journal;
 };

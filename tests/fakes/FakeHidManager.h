@@ -123,6 +123,7 @@ public:
         return static_cast<const FakeHidDevice&>(*device).nOpenResult;
     }
     bool isPermissionRefusal(vellux::HidResult result) override { return result == 13; }
+    void beginShutdown() override {}
     vellux::HidResult deviceSetReport(const vellux::HidDeviceRef& device, vellux::HidReportType type,
                                       std::uint8_t byReportID,
                                       std::span<const std::uint8_t> payload) override {

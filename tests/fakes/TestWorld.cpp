@@ -18,10 +18,13 @@ std::filesystem::path makeDirectory() {
 
 } // namespace
 
-TestWorld::TestWorld(std::unique_ptr<vellux::CallQueue> itsQueue)
+TestWorld::TestWorld(std::unique_ptr<vellux::CallQueue> itsQueue, NoProgram)
     : directory(makeDirectory()), queue(std::move(itsQueue)) {
-    vellux::installPlatform({hid, transport, mainThread, clock, threads, desktop});
     watchConnect();
+}
+
+void TestWorld::makeProgram(vellux::HttpTransport& itsTransport, vellux::Desktop& itsDesktop) {
+    program.emplace(vellux::Program::Ports{hid, itsTransport, mainThread, clock, itsDesktop});
 }
 
 TestWorld::~TestWorld() {
@@ -32,10 +35,8 @@ TestWorld::~TestWorld() {
 }
 
 void TestWorld::endWorld() {
-    ui().quitManualFlashingThread();
-    ui().quitSyncFlashingThread();
     clock.letRun();
-    endThreads();
+    program->end();
 }
 
 void TestWorld::observeControls(bool bAllControls) {

@@ -1,6 +1,7 @@
 // The fixture of most tests: the real modules on fake ports, with one journal of all that crosses them.
 #pragma once
 
+#include "Program.h"
 #include "VelluxAppDelegate.h"
 #include "VelluxControl/VelluxControl.h"
 #include "VelluxHttp/VelluxHttp.h"
@@ -20,7 +21,9 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 /// The test's thread is the main thread. Each test is a process of its own, so the shared instances are new.
@@ -30,9 +33,16 @@ protected:
 
     TestWorld() : TestWorld(std::make_unique<vellux::CallQueue>()) {}
     /// With a main thread's queue of another kind.
-    explicit TestWorld(std::unique_ptr<vellux::CallQueue> queue);
+    explicit TestWorld(std::unique_ptr<vellux::CallQueue> itsQueue)
+        : TestWorld(std::move(itsQueue), kNoProgram) {
+        makeProgram(transport, desktop);
+    }
+    enum NoProgram { kNoProgram };
+    /// With ports of the fixture's own, which makes the program from them.
+    TestWorld(std::unique_ptr<vellux::CallQueue> itsQueue, NoProgram);
+    void makeProgram(vellux::HttpTransport& itsTransport, vellux::Desktop& itsDesktop);
     ~TestWorld() override;
-    /// Ends whatever the test left running, so that no thread outlives the ports. Once more does nothing.
+    /// Ends the program, whatever the test left running, so that no thread outlives the ports. Once more does nothing.
     void endWorld();
 
     /// Journals "title ...", "status ...", "connect enabled|disabled" and, with bAllControls, every other
@@ -92,8 +102,8 @@ protected:
     FakeHidManager hid{journal, mainThread};
     FakeHttpTransport transport{journal};
     FakeClock clock{journal};
-    FakeThreads threads{journal};
     FakeDesktop desktop{journal, directory.string()};
+    std::optional<vellux::Program> program;
 
 private:
     void watchConnect();

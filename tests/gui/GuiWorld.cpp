@@ -5,16 +5,18 @@
 #include <QAbstractItemView>
 
 GuiWorld::GuiWorld()
-    : TestWorld(std::make_unique<vellux::QtMainThread>()),
+    : TestWorld(std::make_unique<vellux::QtMainThread>(), kNoProgram),
       window({mainThread, ui(), client(),
               [](std::uint16_t nVendorID, std::uint16_t nProductID) {
                   return "permit " + std::to_string(nVendorID) + ":" + std::to_string(nProductID) + " 'a  b'";
               }}),
-      qtDesktop(window, {directory.string(), [this] { journal.add("ended"); }, {}}) {
-    vellux::installPlatform({hid, transport, mainThread, clock, threads, qtDesktop});
+      qtDesktop(
+          window,
+          {directory.string(), [this] { ui().openLink(nullptr); }, [this] { journal.add("ended"); }, {}}) {
+    makeProgram(transport, qtDesktop);
     QObject::connect(&window, &vellux::MainWindow::followingLost, [this] { ++nLost; });
-    delegate().setWindow(&window);
-    delegate().applicationDidFinishLaunching();
+    program->show(window);
+    program->start();
     runUntil([this] { return window.isActiveWindow(); }, "the window");
     journal.clear();
 }

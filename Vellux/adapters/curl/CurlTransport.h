@@ -24,9 +24,7 @@ public:
     std::shared_ptr<HttpConnection> createConnection(const HttpRequest& request,
                                                      HttpConnectionDelegate& delegate) override;
 
-    /// Cancels what is under way: synchronous requests return an error at once, asynchronous ones call nobody
-    /// back, and later requests fail. Any thread.
-    void close();
+    void close() override;
 
 private:
     MainThread& m_mainThread;

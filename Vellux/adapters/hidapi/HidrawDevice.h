@@ -36,14 +36,14 @@ public:
     void release(hid_device_* pHandle);
 
     /// From now on a device whose last send timed out gets no other, so that nobody waits for it. Any thread.
-    void hurry() { m_bHurrying = true; }
-    bool isHurrying() const { return m_bHurrying; }
+    void beginShutdown() { m_bShuttingDown = true; }
+    bool isHurrying() const { return m_bShuttingDown; }
 
 private:
     Mutex m_mutex;
     std::shared_ptr<WakeUp> m_wake VELLUX_GUARDED_BY(m_mutex); // null while no watch runs
     std::vector<hid_device_*> m_released VELLUX_GUARDED_BY(m_mutex);
-    std::atomic<bool> m_bHurrying{false};
+    std::atomic<bool> m_bShuttingDown{false};
 };
 
 /// A device with the handle it was opened with, which stays valid for as long as the reference does.

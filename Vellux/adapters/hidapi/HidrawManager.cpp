@@ -140,8 +140,8 @@ HidResult HidrawManager::deviceSetReport(const HidDeviceRef& device, HidReportTy
     return pDevice != nullptr ? pDevice->send(type, byReportID, payload) : ENODEV;
 }
 
-void HidrawManager::hurry() {
-    m_handles->hurry();
+void HidrawManager::beginShutdown() {
+    m_handles->beginShutdown();
 }
 
 void HidrawManager::redeliver() {

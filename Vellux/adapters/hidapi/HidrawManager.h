@@ -48,15 +48,13 @@ public:
     /// errno of the refusal; ENODEV for a device that is not of this manager.
     HidResult deviceOpenResult(const HidDeviceRef& device) override;
     bool isPermissionRefusal(HidResult result) override;
+    /// From now on a device whose last send timed out gets no further report: its sends answer ETIMEDOUT at once.
+    void beginShutdown() override;
     /// errno of the failure; EACCES and the like for a device that may not be opened, ENODEV for one that is
     /// gone or not of this manager, EIO when a part of the report was taken. ETIMEDOUT for a device that hangs:
     /// after 5 s, or at once for the 5 s that follow the second time in a row.
     HidResult deviceSetReport(const HidDeviceRef& device, HidReportType type, std::uint8_t byReportID,
                               std::span<const std::uint8_t> payload) override;
-
-    /// The program is about to end: a device whose last send timed out gets no further report. Its sends answer
-    /// ETIMEDOUT at once. Any thread; for good.
-    void hurry();
 
     /// Delivers a removal and an arrival for every device that is there: lights lose their state while the
     /// system sleeps. Does nothing while the manager is not open. Any thread; returns at once.

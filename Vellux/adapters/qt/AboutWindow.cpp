@@ -1,6 +1,5 @@
 #include "adapters/qt/AboutWindow.h"
 
-#include "AboutDialog.h"
 #include "adapters/qt/WindowActions.h"
 #include "ui_AboutDialog.h"
 
@@ -10,7 +9,7 @@ namespace {
 constexpr std::int32_t kColourGreen = 1;
 } // namespace
 
-AboutWindow::AboutWindow(AboutDialog& controller, const std::function<void()>& openLink)
+AboutWindow::AboutWindow(WindowController& controller, const std::function<void()>& openLink)
     : m_controller(controller) {
     Ui::AboutDialog form;
     form.setupUi(this);

@@ -7,8 +7,6 @@
 
 #include <functional>
 
-class AboutDialog;
-
 namespace vellux {
 
 /// Says what the program is. A window of its own, that blocks no other. Main thread.
@@ -16,7 +14,7 @@ class AboutWindow : public QDialog, public Window {
     Q_OBJECT
 public:
     /// Hidden at first. The controller outlives it; `openLink` opens the web site.
-    AboutWindow(AboutDialog& controller, const std::function<void()>& openLink);
+    AboutWindow(WindowController& controller, const std::function<void()>& openLink);
 
     void makeKeyAndOrderFront() override;
     void orderOut() override;
@@ -26,7 +24,7 @@ public:
     void done(int nResult) override;
 
 private:
-    AboutDialog& m_controller;
+    WindowController& m_controller;
 };
 
 } // namespace vellux

@@ -1,6 +1,5 @@
 #include "adapters/qt/QtDesktop.h"
 
-#include "VelluxWindowUi/VelluxWindowUi.h"
 #include "adapters/qt/AboutWindow.h"
 #include "adapters/qt/MainWindow.h"
 
@@ -16,18 +15,6 @@ namespace vellux {
 
 namespace {
 
-QMessageBox::Icon iconOf(AlertStyle style) {
-    switch (style) {
-    case AlertStyle::Warning:
-        return QMessageBox::Warning;
-    case AlertStyle::Critical:
-        return QMessageBox::Critical;
-    case AlertStyle::Informational:
-        break;
-    }
-    return QMessageBox::Information;
-}
-
 QFont boldFont(QFont font) {
     font.setBold(true);
     return font;
@@ -38,7 +25,7 @@ void describe(QMessageBox& box, const Alert& alert) {
     const QString strTitle = QString::fromStdString(alert.strMessageText);
     box.setWindowModality(Qt::ApplicationModal);
     box.setWindowFlag(Qt::WindowStaysOnTopHint); // never below an About window that it blocks
-    box.setIcon(iconOf(alert.style));
+    box.setIcon(QMessageBox::Information);
     box.setWindowTitle(strTitle);
     box.setText(strTitle);
     box.setInformativeText(QString::fromStdString(alert.strInformativeText));
@@ -58,8 +45,8 @@ void describe(QMessageBox& box, const Alert& alert) {
 
 } // namespace
 
-QtDesktop::QtDesktop(MainWindow& window, Dependencies surroundings)
-    : m_window(window), m_dependencies(std::move(surroundings)) {}
+QtDesktop::QtDesktop(MainWindow& window, Dependencies dependencies)
+    : m_window(window), m_dependencies(std::move(dependencies)) {}
 
 std::int32_t QtDesktop::runModal(const Alert& alert) {
     if (m_bEnding)
@@ -79,11 +66,10 @@ Window* QtDesktop::mainWindow() {
     return &m_window;
 }
 
-std::unique_ptr<Window> QtDesktop::loadWindow(std::string_view strDescription, AboutDialog& controller) {
+std::unique_ptr<Window> QtDesktop::loadWindow(std::string_view strDescription, WindowController& controller) {
     if (strDescription != "AboutDialog")
         return nullptr;
-    return std::make_unique<AboutWindow>(controller,
-                                         [] { VelluxWindowUi::sharedVelluxWindowUi().openLink(nullptr); });
+    return std::make_unique<AboutWindow>(controller, m_dependencies.openWebSite);
 }
 
 void QtDesktop::openUrl(const std::string& strUrl) {

@@ -21,6 +21,8 @@ public:
     struct Dependencies {
         /// The user's application-support directory.
         std::string strDirectory;
+        /// What the About window's link does.
+        std::function<void()> openWebSite;
         /// What ending the application means; called once, by the first terminate(), and returns at once.
         std::function<void()> end;
         /// Begins a process activity; empty where there is no such service.
@@ -28,13 +30,13 @@ public:
     };
 
     /// `window` must outlive the desktop.
-    QtDesktop(MainWindow& window, Dependencies surroundings);
+    QtDesktop(MainWindow& window, Dependencies dependencies);
 
     /// Blocks in a loop of its own until the alert is closed; the loop goes on running posted calls. While the
     /// application ends it returns at once and shows nothing.
     std::int32_t runModal(const Alert& alert) override VELLUX_REQUIRES(mainThreadRole);
     Window* mainWindow() override VELLUX_REQUIRES(mainThreadRole);
-    std::unique_ptr<Window> loadWindow(std::string_view strDescription, AboutDialog& controller) override
+    std::unique_ptr<Window> loadWindow(std::string_view strDescription, WindowController& controller) override
         VELLUX_REQUIRES(mainThreadRole);
     void openUrl(const std::string& strUrl) override VELLUX_REQUIRES(mainThreadRole);
     /// An open alert is closed.

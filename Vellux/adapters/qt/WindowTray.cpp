@@ -7,19 +7,19 @@
 
 namespace vellux {
 
-WindowTray::WindowTray(Dependencies surroundings)
-    : m_dependencies(surroundings),
+WindowTray::WindowTray(Dependencies dependencies)
+    : m_dependencies(dependencies),
       m_tray({
-          [surroundings] {
-              assertMainThread(surroundings.mainThread);
-              surroundings.window.makeKeyAndOrderFront();
+          [dependencies] {
+              assertMainThread(dependencies.mainThread);
+              dependencies.window.makeKeyAndOrderFront();
           },
-          [&controller = surroundings.controller] {
+          [&controller = dependencies.controller] {
               // A tray's menu works beside an open alert, under which nothing new begins.
               if (!alertToFront() && controller.buttonConnect()->isEnabled())
                   controller.onConnectButtonClicked(*controller.buttonConnect());
           },
-          [&controller = surroundings.controller] { controller.onExit(nullptr); },
+          [&controller = dependencies.controller] { controller.onExit(nullptr); },
       }),
       m_update(m_dependencies.mainThread, [this] { refresh(); }) {
     VelluxWindowUi& controller = m_dependencies.controller;

@@ -26,7 +26,7 @@ public:
         Window& window;
     };
 
-    explicit WindowTray(Dependencies surroundings);
+    explicit WindowTray(Dependencies dependencies);
     WindowTray(const WindowTray&) = delete;
     WindowTray& operator=(const WindowTray&) = delete;
 
