@@ -28,16 +28,17 @@ struct FreeContext {
 
 } // namespace
 
-std::optional<ByteBuffer> AES128Operation(AES128Direction operation, std::span<const std::uint8_t> data,
-                                          std::optional<std::string_view> key,
-                                          std::optional<std::string_view> iv) {
+std::optional<vellux::ByteBuffer> AES128Operation(AES128Direction operation,
+                                                  std::span<const std::uint8_t> data,
+                                                  std::optional<std::string_view> key,
+                                                  std::optional<std::string_view> iv) {
     constexpr auto kLongest = static_cast<std::size_t>(std::numeric_limits<int>::max()) - kBlockSize;
     if (data.size() > kLongest)
         return std::nullopt;
 
     TextBuffer keyBuffer = paddedText(key);
     const TextBuffer ivBuffer = paddedText(iv);
-    ByteBuffer output(data.size() + kBlockSize);
+    vellux::ByteBuffer output(data.size() + kBlockSize);
     int nUpdated = 0;
     int nFinished = 0;
     const std::unique_ptr<EVP_CIPHER_CTX, FreeContext> context(EVP_CIPHER_CTX_new());
@@ -57,24 +58,24 @@ std::optional<ByteBuffer> AES128Operation(AES128Direction operation, std::span<c
     return output;
 }
 
-std::optional<ByteBuffer> AES128EncryptedDataWithKey(std::span<const std::uint8_t> data,
-                                                     std::optional<std::string_view> key) {
+std::optional<vellux::ByteBuffer> AES128EncryptedDataWithKey(std::span<const std::uint8_t> data,
+                                                             std::optional<std::string_view> key) {
     return AES128EncryptedDataWithKey(data, key, std::nullopt);
 }
 
-std::optional<ByteBuffer> AES128EncryptedDataWithKey(std::span<const std::uint8_t> data,
-                                                     std::optional<std::string_view> key,
-                                                     std::optional<std::string_view> iv) {
+std::optional<vellux::ByteBuffer> AES128EncryptedDataWithKey(std::span<const std::uint8_t> data,
+                                                             std::optional<std::string_view> key,
+                                                             std::optional<std::string_view> iv) {
     return AES128Operation(AES128Direction::Encrypt, data, key, iv);
 }
 
-std::optional<ByteBuffer> AES128DecryptedDataWithKey(std::span<const std::uint8_t> data,
-                                                     std::optional<std::string_view> key) {
+std::optional<vellux::ByteBuffer> AES128DecryptedDataWithKey(std::span<const std::uint8_t> data,
+                                                             std::optional<std::string_view> key) {
     return AES128DecryptedDataWithKey(data, key, std::nullopt);
 }
 
-std::optional<ByteBuffer> AES128DecryptedDataWithKey(std::span<const std::uint8_t> data,
-                                                     std::optional<std::string_view> key,
-                                                     std::optional<std::string_view> iv) {
+std::optional<vellux::ByteBuffer> AES128DecryptedDataWithKey(std::span<const std::uint8_t> data,
+                                                             std::optional<std::string_view> key,
+                                                             std::optional<std::string_view> iv) {
     return AES128Operation(AES128Direction::Decrypt, data, key, iv);
 }

@@ -1,13 +1,12 @@
 // AES-128 over whole byte buffers, under a key given as text. Plain functions without state; any thread.
 #pragma once
 
+#include "support/ByteBuffer.h"
+
 #include <cstdint>
 #include <optional>
 #include <span>
 #include <string_view>
-#include <vector>
-
-using ByteBuffer = std::vector<std::uint8_t>;
 
 enum class AES128Direction : std::uint32_t { Encrypt = 0, Decrypt = 1 };
 
@@ -16,18 +15,19 @@ enum class AES128Direction : std::uint32_t { Encrypt = 0, Decrypt = 1 };
 /// bytes. An initialisation vector may be given, but ECB has no use for one: it never changes the result,
 /// and the credentials file depends on that. Encrypting n bytes gives 16 * (n / 16 + 1); decrypting checks and
 /// removes the padding. Absent when the cipher refuses: a length that is no multiple of 16, a bad padding.
-std::optional<ByteBuffer> AES128Operation(AES128Direction operation, std::span<const std::uint8_t> data,
-                                          std::optional<std::string_view> key,
-                                          std::optional<std::string_view> iv);
+std::optional<vellux::ByteBuffer> AES128Operation(AES128Direction operation,
+                                                  std::span<const std::uint8_t> data,
+                                                  std::optional<std::string_view> key,
+                                                  std::optional<std::string_view> iv);
 
 /// AES128Operation by its two directions, with and without an initialisation vector.
-std::optional<ByteBuffer> AES128EncryptedDataWithKey(std::span<const std::uint8_t> data,
-                                                     std::optional<std::string_view> key);
-std::optional<ByteBuffer> AES128EncryptedDataWithKey(std::span<const std::uint8_t> data,
-                                                     std::optional<std::string_view> key,
-                                                     std::optional<std::string_view> iv);
-std::optional<ByteBuffer> AES128DecryptedDataWithKey(std::span<const std::uint8_t> data,
-                                                     std::optional<std::string_view> key);
-std::optional<ByteBuffer> AES128DecryptedDataWithKey(std::span<const std::uint8_t> data,
-                                                     std::optional<std::string_view> key,
-                                                     std::optional<std::string_view> iv);
+std::optional<vellux::ByteBuffer> AES128EncryptedDataWithKey(std::span<const std::uint8_t> data,
+                                                             std::optional<std::string_view> key);
+std::optional<vellux::ByteBuffer> AES128EncryptedDataWithKey(std::span<const std::uint8_t> data,
+                                                             std::optional<std::string_view> key,
+                                                             std::optional<std::string_view> iv);
+std::optional<vellux::ByteBuffer> AES128DecryptedDataWithKey(std::span<const std::uint8_t> data,
+                                                             std::optional<std::string_view> key);
+std::optional<vellux::ByteBuffer> AES128DecryptedDataWithKey(std::span<const std::uint8_t> data,
+                                                             std::optional<std::string_view> key,
+                                                             std::optional<std::string_view> iv);

@@ -60,14 +60,14 @@ std::optional<std::string> MF_Base64Codec::base64StringFromData(std::span<const 
     }
 }
 
-std::optional<ByteBuffer> MF_Base64Codec::dataFromBase64String(std::string_view strText) {
+std::optional<vellux::ByteBuffer> MF_Base64Codec::dataFromBase64String(std::string_view strText) {
     try {
         std::string strRemaining(strText);
         std::erase(strRemaining, '=');
         if (std::any_of(strRemaining.begin(), strRemaining.end(), [](unsigned char by) { return by > 0x7F; }))
             strRemaining.clear();
 
-        ByteBuffer data;
+        vellux::ByteBuffer data;
         data.reserve((strRemaining.size() + 3) / 4 * 3);
         std::array<int, 4> values{};
         std::size_t nValues = 0;
@@ -98,7 +98,7 @@ std::optional<std::string> base64String(std::span<const std::uint8_t> data) {
     return MF_Base64Codec::base64StringFromData(data);
 }
 
-std::optional<ByteBuffer> dataWithBase64String(std::string_view strText) {
+std::optional<vellux::ByteBuffer> dataWithBase64String(std::string_view strText) {
     return MF_Base64Codec::dataFromBase64String(strText);
 }
 
@@ -107,7 +107,7 @@ std::optional<std::string> base64String(std::string_view strText) {
 }
 
 std::optional<std::string> stringFromBase64String(std::string_view strText) {
-    const std::optional<ByteBuffer> data = dataWithBase64String(strText);
+    const std::optional<vellux::ByteBuffer> data = dataWithBase64String(strText);
     if (!data)
         return std::nullopt;
     std::string strResult(data->begin(), data->end());

@@ -1,7 +1,7 @@
 // The Base64 codec (RFC 4648, section 4) that the settings file is written with. Any thread.
 #pragma once
 
-#include "AES128Transform.h"
+#include "support/ByteBuffer.h"
 
 #include <optional>
 #include <span>
@@ -17,13 +17,13 @@ public:
     /// Decodes leniently: "=" is dropped wherever it stands, every other byte outside the alphabet is
     /// skipped, a lone last character is dropped. Text with any byte beyond ASCII decodes to an empty buffer.
     /// Absent, with a line in the platform's log, only when no memory is to be had.
-    static std::optional<ByteBuffer> dataFromBase64String(std::string_view strText);
+    static std::optional<vellux::ByteBuffer> dataFromBase64String(std::string_view strText);
 };
 
 /// The buffer as Base64 text.
 std::optional<std::string> base64String(std::span<const std::uint8_t> data);
 /// A buffer made from Base64 text.
-std::optional<ByteBuffer> dataWithBase64String(std::string_view strText);
+std::optional<vellux::ByteBuffer> dataWithBase64String(std::string_view strText);
 /// The text's UTF-8 bytes as Base64 text.
 std::optional<std::string> base64String(std::string_view strText);
 /// A text made from the Base64 form of its UTF-8 bytes; absent when they are not UTF-8.

@@ -11,7 +11,7 @@ using fuzzing::require;
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSize) {
     const std::span<const std::uint8_t> input(pData, nSize);
-    const ByteBuffer bytes(input.begin(), input.end());
+    const vellux::ByteBuffer bytes(input.begin(), input.end());
 
     const auto strEncoded = base64String(input);
     require(strEncoded && strEncoded->size() == (nSize + 2) / 3 * 4, "three bytes make four characters");

@@ -10,7 +10,7 @@ using fuzzing::require;
 
 /// All that the client reads out of answers, in one text.
 std::optional<std::string> readingOf(std::string_view strBody) {
-    const auto answer = JsonBody::parse(strBody);
+    const auto answer = vellux::JsonBody::parse(strBody);
     if (!answer)
         return std::nullopt;
     std::string strReading;
@@ -26,9 +26,10 @@ std::optional<std::string> readingOf(std::string_view strBody) {
         add(answer->text({"_embedded", "me", "_links", strKey, "href"}));
     if (const auto senders = answer->senders()) {
         require(senders->size() <= strBody.size(), "an entry takes a byte");
-        for (const ChannelSender& sender : *senders) {
+        for (const vellux::ChannelSender& sender : *senders) {
             strReading += sender.events ? "[" : "-";
-            for (const ChannelEvent& event : sender.events.value_or(std::vector<ChannelEvent>())) {
+            for (const vellux::ChannelEvent& event :
+                 sender.events.value_or(std::vector<vellux::ChannelEvent>())) {
                 add(event.rel);
                 add(event.type);
             }

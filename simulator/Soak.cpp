@@ -7,6 +7,7 @@
 #include "adapters/linux/SystemClock.h"
 #include "day/UserActions.h"
 #include "light/VirtualLights.h"
+#include "model/ConnectTitle.h"
 #include "platform/HeadlessDesktop.h"
 #include "platform/PrivateDirectory.h"
 #include "platform/WindowWatch.h"
@@ -91,17 +92,17 @@ public:
     bool succeeded() const { return m_bSucceeded; }
 
     void connect() {
-        const Refusal refusal = press("Connect");
+        const Refusal refusal = press(vellux::kTitleConnect);
         expect(!refusal, refusal.value_or(""));
-        await("a sign-in", [this] { return m_button->title() == "Disconnect" && m_button->isEnabled(); });
+        await("a sign-in", [this] { return vellux::isConnected(*m_button) && m_button->isEnabled(); });
     }
     void connectAndDisconnect(long) {
         connect();
-        press("Disconnect");
+        press(vellux::kTitleDisconnect);
     }
     /// One presence event: a batch, the presence, the light, the status line, the next poll.
     void event(long n) {
-        if (m_button->title() == "Connect")
+        if (m_button->title() == vellux::kTitleConnect)
             connect();
         constexpr std::array kWords = {"Busy", "Away", "Online", "DoNotDisturb", "Offline"};
         const std::string strWord = kWords[static_cast<std::size_t>(n) % kWords.size()];
@@ -111,7 +112,7 @@ public:
     }
     /// To manual mode and back at another moment of a sign-in each time.
     void switchModes(long n) {
-        press("Connect"); // if it says so
+        press(vellux::kTitleConnect); // if it says so
         for (const bool bManual : {true, false}) {
             std::this_thread::sleep_for(std::chrono::milliseconds(n * 7 % 23));
             onMain([&] { selectMode(m_controller, bManual); });
@@ -161,7 +162,7 @@ private:
         const auto end = std::chrono::steady_clock::now() + 20s;
         Holdings held;
         for (int nQuiet = 0; nQuiet < 10;) {
-            const bool bPressed = !press("Disconnect");
+            const bool bPressed = !press(vellux::kTitleDisconnect);
             std::this_thread::sleep_for(100ms);
             held = Holdings::now();
             nQuiet = bPressed || (before && !held.isFlat(*before)) ? 0 : nQuiet + 1;

@@ -11,8 +11,8 @@ using namespace std::string_view_literals;
 
 constexpr std::string_view kKey = "k4mpr8vtxw2nbq6z";
 
-ByteBuffer fromHex(std::string_view text) {
-    ByteBuffer bytes;
+vellux::ByteBuffer fromHex(std::string_view text) {
+    vellux::ByteBuffer bytes;
     for (std::size_t n = 0; n < text.size(); n += 2)
         bytes.push_back(static_cast<std::uint8_t>(std::stoi(std::string(text.substr(n, 2)), nullptr, 16)));
     return bytes;
@@ -37,7 +37,7 @@ TEST(AES128, Vectors) {
                         {"short\0\0\0\0\0\0\0\0\0\0\0"sv, "616263", "62744725fd20c07092636336ad2e4154"},
                         {std::nullopt, "616263", "976a995f94cf4c1e24b6e2fb067e7a69"}};
     for (const Row& row : rows) {
-        const ByteBuffer clear = fromHex(row.clear), encrypted = fromHex(row.encrypted);
+        const vellux::ByteBuffer clear = fromHex(row.clear), encrypted = fromHex(row.encrypted);
         EXPECT_EQ(AES128EncryptedDataWithKey(clear, row.key), encrypted) << row.clear;
         EXPECT_EQ(AES128EncryptedDataWithKey(clear, row.key, kKey), encrypted) << row.clear;
         EXPECT_EQ(AES128DecryptedDataWithKey(encrypted, row.key), clear) << row.clear;
@@ -48,7 +48,7 @@ TEST(AES128, Vectors) {
 // Rubbish taken for credentials: wrong lengths, and blocks that end in 00, in 11 and in 0302.
 TEST(AES128, RefusesBadPadding) {
     for (const std::size_t nLength : {0U, 1U, 15U, 17U, 31U})
-        EXPECT_FALSE(AES128DecryptedDataWithKey(ByteBuffer(nLength, 0x5A), kKey)) << nLength;
+        EXPECT_FALSE(AES128DecryptedDataWithKey(vellux::ByteBuffer(nLength, 0x5A), kKey)) << nLength;
     for (const char* strHex : {"f0c1f82bf021059add21f5cc0a852854", "c0840152a35d4729727612f9b5958ac5",
                                "214b6944506c2f029948de2471d9b690"})
         EXPECT_FALSE(AES128DecryptedDataWithKey(fromHex(strHex), kKey)) << strHex;

@@ -28,7 +28,7 @@ TEST(Base64, Vectors) {
         EXPECT_EQ(base64String(text), strEncoded);
         EXPECT_EQ(decoded(strEncoded), text);
     }
-    ByteBuffer data; // every byte at every place of a group
+    vellux::ByteBuffer data; // every byte at every place of a group
     for (int n = 0; n < 256 * 3 + 2; ++n) {
         data.push_back(static_cast<std::uint8_t>(n + n / 256));
         ASSERT_EQ(dataWithBase64String(base64String(data).value_or("")), data);

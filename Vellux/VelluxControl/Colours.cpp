@@ -2,12 +2,14 @@
 
 #include "VelluxControl/VelluxControl.h"
 
+using vellux::LightFamily;
+
 namespace {
 
 struct ColourRow {
-    std::uint8_t byFramedCode;           // type 1: 0xFF with bit 4 cleared for red, 5 for green, 6 for blue
-    std::uint8_t byPlainCode;            // type 2: no rule
-    std::uint8_t byRed, byGreen, byBlue; // V30: not full scale, so that the colours look right
+    std::uint8_t byFramedCode;           // 0xFF with bit 4 cleared for red, 5 for green, 6 for blue
+    std::uint8_t byPlainCode;            // no rule
+    std::uint8_t byRed, byGreen, byBlue; // not full scale, so that the colours look right
 };
 
 constexpr ColourRow kRed = {0xEF, 0x60, 255, 0, 0};
@@ -22,13 +24,16 @@ constexpr std::uint8_t kFramedOffCode = 0xFF;
 constexpr std::uint8_t kPlainOffCode = 0x73;
 
 VelluxResult turnOn(std::uint8_t byDeviceIndex, const ColourRow& colour) {
-    const std::uint8_t byType = deviceTypeAt(byDeviceIndex);
-    if (byType == 1)
+    switch (vellux::familyAt(byDeviceIndex)) {
+    case LightFamily::FramedCode:
         return HIDSendVelluxControlCode(byDeviceIndex, colour.byFramedCode);
-    if (byType == 2)
+    case LightFamily::PlainCode:
         return HIDSendVelluxControlCode(byDeviceIndex, colour.byPlainCode);
-    if (isV30Type(byType))
+    case LightFamily::Levels:
         return TurnOnRGBLights(byDeviceIndex, colour.byRed, colour.byGreen, colour.byBlue);
+    case LightFamily::None:
+        break;
+    }
     return kIOReturnSuccess;
 }
 
@@ -36,7 +41,7 @@ VelluxResult turnOn(std::uint8_t byDeviceIndex, const ColourRow& colour) {
 
 VelluxResult TurnOnRGBLights(std::uint8_t byDeviceIndex, std::uint8_t byRed, std::uint8_t byGreen,
                              std::uint8_t byBlue) {
-    if (!isV30Type(deviceTypeAt(byDeviceIndex)))
+    if (vellux::familyAt(byDeviceIndex) != LightFamily::Levels)
         return kIOReturnNoDevice;
     VelluxResult result = TurnOnV30Light(byDeviceIndex);
     if (result == kIOReturnSuccess)
@@ -75,14 +80,16 @@ VelluxResult VelluxTurnOnOrangeLight(std::uint8_t byDeviceIndex) {
 }
 
 VelluxResult VelluxTurnOffLight(std::uint8_t byDeviceIndex) {
-    const std::uint8_t byType = deviceTypeAt(byDeviceIndex);
-    if (byType == 1)
+    switch (vellux::familyAt(byDeviceIndex)) {
+    case LightFamily::FramedCode:
         return HIDSendVelluxControlCode(byDeviceIndex, kFramedOffCode);
-    if (byType == 2) { // these lights need to be told twice
+    case LightFamily::PlainCode: // these lights need to be told twice
         HIDSendVelluxControlCode(byDeviceIndex, kPlainOffCode);
         return HIDSendVelluxControlCode(byDeviceIndex, kPlainOffCode);
-    }
-    if (isV30Type(byType))
+    case LightFamily::Levels:
         return TurnOffV30Light(byDeviceIndex);
+    case LightFamily::None:
+        break;
+    }
     return kIOReturnSuccess;
 }

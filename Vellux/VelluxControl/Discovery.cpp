@@ -14,7 +14,7 @@ using vellux::HidDeviceRef;
 using vellux::HidManager;
 using vellux::HidMatching;
 
-std::array<std::atomic<std::uint8_t>, kDeviceTableSize> asDeviceInfo{};
+std::array<std::atomic<std::uint8_t>, vellux::kDeviceTableSize> asDeviceInfo{};
 HidManager* gIOHIDManagerRef = nullptr;
 vellux::Shared<std::shared_ptr<const HidDeviceList>> gDeviceCFArrayRef;
 std::atomic<std::int32_t> gnNumberOfVelluxDevices{0};
@@ -75,8 +75,8 @@ void classify(const HidDeviceRef& device, std::atomic<std::uint8_t>& byType)
 
 } // namespace
 
-std::uint8_t deviceTypeAt(std::uint8_t byDeviceIndex) {
-    return byDeviceIndex < asDeviceInfo.size() ? asDeviceInfo[byDeviceIndex].load() : std::uint8_t{0};
+vellux::LightFamily vellux::familyAt(std::uint8_t byDeviceIndex) {
+    return byDeviceIndex < asDeviceInfo.size() ? lightFamily(asDeviceInfo[byDeviceIndex]) : LightFamily::None;
 }
 
 bool VelluxFindDevices(std::int32_t& nDeviceCount) {

@@ -8,6 +8,7 @@
 
 using vellux::HidDeviceList;
 using vellux::HidDeviceRef;
+using vellux::LightFamily;
 using vellux::Mutex;
 using vellux::ScopedLock;
 
@@ -38,6 +39,10 @@ struct Shadow {
     std::uint8_t byMusicControl_2 = 0;
 };
 Shadow shadow VELLUX_GUARDED_BY(reportLock);
+
+bool hasLevels(std::uint8_t byDeviceIndex) {
+    return vellux::familyAt(byDeviceIndex) == LightFamily::Levels;
+}
 
 bool hasPluggedDevice() {
     return bDevicePlugged && gnNumberOfVelluxDevices != 0;
@@ -70,7 +75,7 @@ template <typename Fill> VelluxResult sendToDeviceAt(std::uint8_t byDeviceIndex,
     if (list == nullptr || list->empty())
         return kIOReturnNoDevice;
     // A light beyond the type table counts as not there: what it understands is not known.
-    if (byDeviceIndex >= list->size() || byDeviceIndex >= kDeviceTableSize)
+    if (byDeviceIndex >= list->size() || byDeviceIndex >= vellux::kDeviceTableSize)
         return kIOReturnBadArgument;
     return sendWithRetries((*list)[byDeviceIndex], fill);
 }
@@ -92,7 +97,7 @@ std::size_t fillV30(ReportBuffer& buffer, const Shadow& state) {
 // Changes the shadow of a V30 light and sends it, as it is at each attempt: a report that is tried again never
 // takes back what another thread has changed meanwhile, so the last one sent always tells the latest state.
 template <typename Change> VelluxResult changeV30(std::uint8_t byDeviceIndex, Change change) {
-    if (!isV30Type(deviceTypeAt(byDeviceIndex)))
+    if (!hasLevels(byDeviceIndex))
         return kIOReturnNoDevice;
     {
         ScopedLock lock(reportLock);
@@ -122,25 +127,25 @@ std::uint8_t flashSpeedField(std::uint8_t bySpeed) {
 VelluxResult HIDSendVelluxControlCode(std::uint8_t byDeviceIndex, std::uint8_t byCode) {
     if (!hasPluggedDevice())
         return kIOReturnNoDevice;
-    const std::uint8_t byType = deviceTypeAt(byDeviceIndex);
-    return sendToDeviceAt(byDeviceIndex, [byType, byCode](ReportBuffer& buffer, const Shadow&) {
-        if (byType == 2) {
+    const LightFamily family = vellux::familyAt(byDeviceIndex);
+    return sendToDeviceAt(byDeviceIndex, [family, byCode](ReportBuffer& buffer, const Shadow&) {
+        if (family == LightFamily::PlainCode) {
             buffer.fill(0);
             buffer[0] = byCode;
             return kPlainReport;
         }
-        if (byType == 1) {
+        if (family == LightFamily::FramedCode) {
             std::copy(kFrame.begin(), kFrame.end(), buffer.begin());
             buffer[7] = byCode;
         }
-        return kShortReport; // any other type: the buffer as it is; no colour gets here with one
+        return kShortReport; // any other family: the buffer as it is; no colour gets here with one
     });
 }
 
 VelluxResult HIDSendVellux30ControlCode(std::uint8_t byDeviceIndex, std::uint8_t byRed, std::uint8_t byGreen,
                                         std::uint8_t byBlue, std::uint8_t byControl, std::uint8_t byMusic1,
                                         std::uint8_t byMusic2) {
-    if (!hasPluggedDevice() || !isV30Type(deviceTypeAt(byDeviceIndex)))
+    if (!hasPluggedDevice() || !hasLevels(byDeviceIndex))
         return kIOReturnNoDevice;
     const Shadow given = {byRed, byGreen, byBlue, byControl, byMusic1, byMusic2};
     return sendToDeviceAt(byDeviceIndex,

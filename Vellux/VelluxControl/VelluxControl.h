@@ -8,6 +8,7 @@
 // their colours under the controller's lock.
 #pragma once
 
+#include "model/LightFamily.h"
 #include "ports/HidManager.h"
 #include "threads/Shared.h"
 
@@ -45,11 +46,19 @@ constexpr std::string_view strLogPrefix = "VelluxControl-Lib:";
 
 // ---- Lights ----
 
+namespace vellux {
+
+/// Lights listed at or beyond this index have no type.
 constexpr std::size_t kDeviceTableSize = 32;
 
+/// The family of the light at a device index; None beyond the table. Any thread.
+LightFamily familyAt(std::uint8_t byDeviceIndex);
+
+} // namespace vellux
+
 /// Device type per device index: 0 none, 1 framed code, 2 plain code, 3, 4, 6 and 7 levels (V30). Written by
-/// discovery; lights listed beyond the table have no type. Survives removal and release.
-extern std::array<std::atomic<std::uint8_t>, kDeviceTableSize> asDeviceInfo;
+/// discovery. Survives removal and release.
+extern std::array<std::atomic<std::uint8_t>, vellux::kDeviceTableSize> asDeviceInfo;
 /// The platform's manager; null before the first discovery and after release.
 extern vellux::HidManager* gIOHIDManagerRef VELLUX_GUARDED_BY(vellux::mainThreadRole);
 /// The lights of the last discovery; null when there is no list.
@@ -58,14 +67,6 @@ extern std::atomic<std::int32_t> gnNumberOfVelluxDevices;
 /// True after an arrival notice, false after a removal notice, whichever light it was; no report is sent
 /// while it is false.
 extern std::atomic<bool> bDevicePlugged;
-
-/// Whether a device type is one of the V30 lights (3, 4, 6, 7).
-constexpr bool isV30Type(std::uint8_t byType) {
-    return byType <= 7 && ((0xD8 >> byType) & 1) != 0;
-}
-
-/// The type at a device index; 0 beyond the table. Any thread.
-std::uint8_t deviceTypeAt(std::uint8_t byDeviceIndex);
 
 /// Lists the lights, their number and their types anew; the first call also makes the manager. False when
 /// the manager is not to be had or can't be opened; true also when there is no light. Main thread; the first

@@ -20,7 +20,7 @@ bool contains(const std::string& strText, const char* strPart) {
     return strText.find(strPart) != std::string::npos;
 }
 
-bool isPresenceNews(const ChannelEvent& event) {
+bool isPresenceNews(const vellux::ChannelEvent& event) {
     return contains(*event.rel, "presence") &&
            (contains(*event.type, "added") || contains(*event.type, "updated"));
 }
@@ -32,11 +32,11 @@ VelluxHttp::httpGet_MyPresence(const std::optional<std::string>& strUrl,
                                const std::optional<std::string>& strAuthorization) {
     if (!strUrl || !strAuthorization || !vellux::isHttpUrl(*strUrl))
         return std::nullopt;
-    const auto strBody =
-        exchange(getRequest(*strUrl, {{"Authorization", *strAuthorization}}, issuerOf(*strAuthorization)));
+    const auto strBody = vellux::exchange(
+        vellux::getRequest(*strUrl, {{"Authorization", *strAuthorization}}, issuerOf(*strAuthorization)));
     if (!strBody)
         return std::nullopt;
-    const auto answer = JsonBody::parse(*strBody);
+    const auto answer = vellux::JsonBody::parse(*strBody);
     if (!answer)
         return std::nullopt;
     bIsUserOnCall = answer->text({"activity"}) == "on-the-phone";
@@ -52,9 +52,10 @@ void VelluxHttp::httpGet_EventChannels() {
         noteWhetherFollowing();
         return;
     }
-    vellux::HttpRequest request = getRequest(*strUrl, {});
+    vellux::HttpRequest request = vellux::getRequest(*strUrl, {});
     if (const auto strAuthorization = strOAuthToken.get())
-        request = getRequest(*strUrl, {{"Authorization", *strAuthorization}}, issuerOf(*strAuthorization));
+        request =
+            vellux::getRequest(*strUrl, {{"Authorization", *strAuthorization}}, issuerOf(*strAuthorization));
     request.timeout = kLongPollTimeout;
     if (m_openPolls.size() == kMostPolls) {
         m_openPolls.front()->cancel(); // let go long ago
@@ -83,17 +84,17 @@ void VelluxHttp::connectionDidReceiveResponse(vellux::HttpConnection&) {}
 
 void VelluxHttp::connectionDidReceiveData(vellux::HttpConnection&, std::string_view data) {
     vellux::assertMainThread();
-    const auto batch = JsonBody::parse(data);
+    const auto batch = vellux::JsonBody::parse(data);
     if (!batch)
         return;
     nextLink = batch->text({"_links", "next", "href"});
     const auto senders = batch->senders();
     if (!senders || !nextLink || nextLink->empty())
         return;
-    for (const ChannelSender& sender : *senders) {
+    for (const vellux::ChannelSender& sender : *senders) {
         if (!sender.events)
             return;
-        for (const ChannelEvent& event : *sender.events) {
+        for (const vellux::ChannelEvent& event : *sender.events) {
             if (!event.rel || !event.type)
                 return;
             if (!isPresenceNews(event))

@@ -4,6 +4,8 @@
 
 #include <utility>
 
+namespace vellux {
+
 using Json = nlohmann::json;
 
 // Held by pointer and never copied: a copy would recurse as deeply as the answer nests.
@@ -98,3 +100,5 @@ std::optional<std::vector<ChannelSender>> JsonBody::senders() const {
     }
     return senders;
 }
+
+} // namespace vellux

@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+namespace vellux {
+
 /// One event of a batch.
 struct ChannelEvent {
     std::optional<std::string> rel;  // "link" then "rel"
@@ -40,3 +42,5 @@ private:
 
     std::shared_ptr<const Document> m_document;
 };
+
+} // namespace vellux

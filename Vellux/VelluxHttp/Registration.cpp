@@ -46,11 +46,11 @@ VelluxHttp::httpGet_ApplicationServiceURL(const std::optional<std::string>& strH
         "https://" + *strHost + "/Autodiscover/AutodiscoverService.svc/root/oauth/user";
     if (!vellux::isHttpUrl(strUrl))
         return std::nullopt;
-    const auto strBody = exchangeOrAlert(
-        getRequest(strUrl, {{"Authorization", *strAuthorization}}, issuerOf(*strAuthorization)));
+    const auto strBody = vellux::exchangeOrAlert(
+        vellux::getRequest(strUrl, {{"Authorization", *strAuthorization}}, issuerOf(*strAuthorization)));
     if (!strBody)
         return std::nullopt;
-    const auto answer = JsonBody::parse(*strBody);
+    const auto answer = vellux::JsonBody::parse(*strBody);
     if (!answer)
         return std::nullopt;
     const auto strHref = answer->text({"_links", "applications", "href"});
@@ -74,16 +74,16 @@ VelluxHttp::httpPost_SetupApplicationsAndGetPresenceURL(const std::optional<std:
                                                    {"Authorization", *strAuthorization}};
     const auto strIssuer = issuerOf(*strAuthorization);
     const vellux::HttpRequest registration =
-        postRequest(*strApplicationsUrl, headerFields, registrationBody(newEndpointId()), strIssuer);
+        vellux::postRequest(*strApplicationsUrl, headerFields, registrationBody(newEndpointId()), strIssuer);
 
-    std::optional<std::string> strBody = exchangeOrAlert(registration);
+    std::optional<std::string> strBody = vellux::exchangeOrAlert(registration);
     if (!strBody)
         return std::nullopt;
     if (!vellux::isUtf8(*strBody))
         return std::nullopt;
 
     if (vellux::toLower(*strBody).find("makemeavailable") != std::string::npos) {
-        const auto answer = JsonBody::parse(*strBody);
+        const auto answer = vellux::JsonBody::parse(*strBody);
         if (!answer)
             return std::nullopt;
         const auto strHref = answer->text({"_embedded", "me", "_links", "makeMeAvailable", "href"});
@@ -93,21 +93,21 @@ VelluxHttp::httpPost_SetupApplicationsAndGetPresenceURL(const std::optional<std:
         if (!vellux::isHttpUrl(strUrl))
             return std::nullopt;
         // Unlike everywhere else only the presence of a body counts here, not a transport error beside it.
-        strBody =
-            vellux::platform()
-                .httpTransport.sendSynchronousRequest(postRequest(strUrl, headerFields, "{}", strIssuer))
-                .body;
+        strBody = vellux::platform()
+                      .httpTransport
+                      .sendSynchronousRequest(vellux::postRequest(strUrl, headerFields, "{}", strIssuer))
+                      .body;
         if (!strBody)
             return std::nullopt;
         if (strBody->empty() || !vellux::isUtf8(*strBody)) {
             // The usual case: a 204. Registering again gives the resource with its presence link.
-            strBody = exchangeOrAlert(registration);
+            strBody = vellux::exchangeOrAlert(registration);
             if (!strBody)
                 return std::nullopt;
         }
     }
 
-    const auto answer = JsonBody::parse(*strBody);
+    const auto answer = vellux::JsonBody::parse(*strBody);
     if (!answer)
         return std::nullopt;
     const auto strPresenceHref = answer->text({"_embedded", "me", "_links", "presence", "href"});

@@ -5,8 +5,7 @@
 
 #include <utility>
 
-using vellux::HttpHeaderFields;
-using vellux::HttpRequest;
+namespace vellux {
 
 namespace {
 constexpr std::chrono::seconds kTimeout{30};
@@ -30,7 +29,7 @@ HttpRequest postRequest(std::string strUrl, HttpHeaderFields headerFields, std::
 }
 
 std::optional<std::string> exchange(const HttpRequest& request) {
-    vellux::HttpResponse answer = vellux::platform().httpTransport.sendSynchronousRequest(request);
+    HttpResponse answer = platform().httpTransport.sendSynchronousRequest(request);
     if (!answer.succeeded())
         return std::nullopt;
     return std::move(answer.body);
@@ -46,3 +45,5 @@ std::optional<std::string> exchangeOrAlert(const HttpRequest& request) {
         "you have entered the correct server name on the Configure dialog.");
     return std::nullopt;
 }
+
+} // namespace vellux

@@ -30,10 +30,10 @@ std::string VelluxHttp::httpGet_StartAutomaticDiscovery(const std::optional<std:
                                (bInternal ? "lyncdiscoverinternal." : "lyncdiscover.") + *strDomain;
     if (!vellux::isHttpUrl(strUrl))
         return "";
-    const auto strBody = exchange(getRequest(strUrl, {{"Content-Type", "application/json"}}));
+    const auto strBody = vellux::exchange(vellux::getRequest(strUrl, {{"Content-Type", "application/json"}}));
     if (!strBody)
         return "";
-    const auto answer = JsonBody::parse(*strBody);
+    const auto answer = vellux::JsonBody::parse(*strBody);
     if (!answer)
         return "";
     const auto strSelf = answer->text({"_links", "self", "href"});
@@ -55,12 +55,12 @@ std::optional<std::string> VelluxHttp::httpPost_GetOAuthToken(const std::optiona
     const std::string strUrl = "https://" + *strHost + "/WebTicket/oauthtoken";
     if (!vellux::isHttpUrl(strUrl))
         return std::nullopt;
-    const auto strBody = exchangeOrAlert(
-        postRequest(strUrl, {{"Content-Type", "application/x-www-form-urlencoded"}},
-                    "grant_type=password&username=" + *strUserName + "&password=" + *strPassword, strUrl));
+    const auto strBody = vellux::exchangeOrAlert(vellux::postRequest(
+        strUrl, {{"Content-Type", "application/x-www-form-urlencoded"}},
+        "grant_type=password&username=" + *strUserName + "&password=" + *strPassword, strUrl));
     if (!strBody)
         return std::nullopt;
-    const auto answer = JsonBody::parse(*strBody);
+    const auto answer = vellux::JsonBody::parse(*strBody);
     if (!answer)
         return std::nullopt;
     if (answer->text({"error"}) == "invalid_grant")

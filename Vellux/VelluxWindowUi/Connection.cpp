@@ -4,7 +4,8 @@
 
 #include "AlertPopup.h"
 #include "VelluxHttp/VelluxHttp.h"
-#include "VelluxWindowUi/ColourIndex.h"
+#include "model/Colour.h"
+#include "model/ConnectTitle.h"
 #include "ports/Platform.h"
 
 namespace {
@@ -20,7 +21,7 @@ constexpr const char* kFieldsAlert = "Please ensure all fields are entered corre
 void VelluxWindowUi::onConnectButtonClicked(Button&) {
     vellux::assertMainThread();
     const std::string strTitle = controls.buttonConnect->title();
-    if (strTitle == "Connect") {
+    if (strTitle == vellux::kTitleConnect) {
         const std::string strServer = controls.textFieldLyncServerName->text();
         const std::string strUser = controls.textFieldUsername->text();
         const std::string strSecret = controls.textFieldPassword->text();
@@ -33,20 +34,20 @@ void VelluxWindowUi::onConnectButtonClicked(Button&) {
         controls.textFieldLyncStatus->setText(""); // before the monitor, who writes the presence there, runs
         if (bComplete)
             processLyncServerConnectionRequest();
-    } else if (strTitle == "Disconnect") {
+    } else if (strTitle == vellux::kTitleDisconnect) {
         VelluxHttp::sharedVelluxHttp().abortEventChannelConnection();
-        controls.buttonConnect->setTitle("Connect");
+        controls.buttonConnect->setTitle(vellux::kTitleConnect);
         controls.textFieldLyncStatus->setText("Disconnected");
         stopSyncFlashing();
-        displayVelluxColor(kColourOff);
+        displayVelluxColor(vellux::kColourOff);
         lyncStatus.set("");
     }
 }
 
 void VelluxWindowUi::reconnect() {
-    if (controls.buttonConnect->title() == "Disconnect")
+    if (vellux::isConnected(*controls.buttonConnect))
         onConnectButtonClicked(*controls.buttonConnect);
-    if (controls.buttonConnect->title() == "Connect")
+    if (controls.buttonConnect->title() == vellux::kTitleConnect)
         onConnectButtonClicked(*controls.buttonConnect);
 }
 
@@ -61,11 +62,11 @@ void VelluxWindowUi::lyncStatusMonitorThreadMainMethod() {
     VelluxHttp& client = VelluxHttp::sharedVelluxHttp();
     Button& button = *controls.buttonConnect;
     button.setEnabled(false);
-    button.setTitle("Connecting...");
+    button.setTitle(vellux::kTitleConnecting);
 
     // The button stays disabled until the user has dismissed the alert.
     const auto fail = [&button](const char* strMessage) {
-        button.setTitle("Connect");
+        button.setTitle(vellux::kTitleConnect);
         alert(strMessage);
         button.setEnabled(true);
     };
@@ -76,7 +77,7 @@ void VelluxWindowUi::lyncStatusMonitorThreadMainMethod() {
     if (strHost.empty() || strUser.empty() || strSecret.empty()) {
         alert(kFieldsAlert);
         button.setEnabled(true);
-        button.setTitle("Connect");
+        button.setTitle(vellux::kTitleConnect);
         return;
     }
     const auto strToken = client.httpPost_GetOAuthToken(strHost, strUser, strSecret);
@@ -91,7 +92,7 @@ void VelluxWindowUi::lyncStatusMonitorThreadMainMethod() {
         return fail("Failed to do SetupApplicationsAndGetPresenceURL");
 
     const auto strPresence = client.httpGet_MyPresence(strPresenceUrl, strToken);
-    button.setTitle("Disconnect");
+    button.setTitle(vellux::kTitleDisconnect);
     updateVelluxStatusWithPresence(strPresence); // absent, too: then the light goes off
     vellux::platform().mainThread.runAndWait([this] { httpGetEventChannels(); });
     button.setEnabled(true);

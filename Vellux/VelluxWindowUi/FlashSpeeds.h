@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <iterator>
 
+namespace vellux {
+
 struct FlashSpeed {
     float flHalfPeriod;           // seconds, single precision: lights of type 1 and 2 are flashed by a worker
     std::uint8_t byHardwareSpeed; // for SelectLightFlashSpeed: V30 lights flash by themselves
@@ -24,3 +26,5 @@ inline const FlashSpeed* syncFlashSpeed(std::int64_t nPosition) {
 inline const FlashSpeed* manualFlashSpeed(std::int64_t nPosition) {
     return nPosition == kSteadyPosition ? nullptr : syncFlashSpeed(nPosition - 1);
 }
+
+} // namespace vellux

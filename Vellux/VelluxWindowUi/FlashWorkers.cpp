@@ -3,8 +3,8 @@
 #include "VelluxWindowUi/VelluxWindowUi.h"
 
 #include "VelluxControl/VelluxControl.h"
-#include "VelluxWindowUi/ColourIndex.h"
 #include "VelluxWindowUi/FlashSpeeds.h"
+#include "model/Colour.h"
 #include "ports/Platform.h"
 
 namespace {
@@ -26,6 +26,16 @@ bool isRefused(VelluxResult result) {
 
 } // namespace
 
+void VelluxWindowUi::setFlashing(Flasher flasher, bool bFlashing) {
+    if (bFlashing)
+        m_nFlashers |= flasher;
+    else
+        m_nFlashers &= ~static_cast<unsigned>(flasher);
+    m_lamp.update([this](vellux::LampState& lamp) {
+        lamp.bFlashing = lamp.nColor != vellux::kColourOff && m_nFlashers != 0;
+    });
+}
+
 // One worker's life. Period and colour are read anew at each step; the stop flag only after the colour half,
 // so a worker leaves with the colour shown.
 void VelluxWindowUi::flash(Flasher worker, const std::atomic<bool>& bQuit,
@@ -36,14 +46,14 @@ void VelluxWindowUi::flash(Flasher worker, const std::atomic<bool>& bQuit,
     setFlashing(worker, true);
     do {
         clock.sleep(vellux::Seconds(static_cast<double>(flInterval.load())));
-        sendVelluxColor(kColourOff);
+        sendVelluxColor(vellux::kColourOff);
         clock.sleep(vellux::Seconds(static_cast<double>(flInterval.load())));
         displayVelluxColor(static_cast<std::int32_t>(nColor.load()));
     } while (!bQuit);
     setFlashing(worker, false);
 }
 
-void VelluxWindowUi::startHardwareFlash(const FlashSpeed* pSpeed) {
+void VelluxWindowUi::startHardwareFlash(const vellux::FlashSpeed* pSpeed) {
     if (!isRefused(StartLightFlash(0)))
         setFlashing(kLight, true);
     if (pSpeed != nullptr)
@@ -51,7 +61,7 @@ void VelluxWindowUi::startHardwareFlash(const FlashSpeed* pSpeed) {
 }
 
 void VelluxWindowUi::stopHardwareFlash() {
-    if (!isV30Type(deviceTypeAt(0)) || !isRefused(StopLightFlash(0)))
+    if (vellux::familyAt(0) != vellux::LightFamily::Levels || !isRefused(StopLightFlash(0)))
         setFlashing(kLight, false);
 }
 

@@ -4,9 +4,12 @@
 
 #include "VelluxControl/VelluxControl.h"
 #include "VelluxHttp/VelluxHttp.h"
-#include "VelluxWindowUi/ColourIndex.h"
 #include "VelluxWindowUi/FlashSpeeds.h"
+#include "model/Colour.h"
+#include "model/ConnectTitle.h"
 #include "ports/Platform.h"
+
+using vellux::LightFamily;
 
 void VelluxWindowUi::clampToItems(std::atomic<std::int64_t>& nIndex, const ComboBox& list) const {
     const std::int64_t nItems = list.numberOfItems();
@@ -40,8 +43,8 @@ void VelluxWindowUi::setManualMode(Button&) {
     controls.buttonConnect->setEnabled(false);
 
     VelluxHttp::sharedVelluxHttp().abortEventChannelConnection();
-    bToConnect = controls.buttonConnect->title() == "Disconnect";
-    controls.buttonConnect->setTitle("Connect");
+    bToConnect = vellux::isConnected(*controls.buttonConnect);
+    controls.buttonConnect->setTitle(vellux::kTitleConnect);
     controls.textFieldLyncStatus->setText("");
     stopSyncFlashing();
 
@@ -82,7 +85,7 @@ void VelluxWindowUi::setSyncMode(Button&) {
 void VelluxWindowUi::onManualModeColorListSelection(ComboBox& sender) {
     vellux::assertMainThread();
     indexOfManualModeColorList = sender.indexOfSelectedItem();
-    if (indexOfManualModeColorList == kColourOff) {
+    if (indexOfManualModeColorList == vellux::kColourOff) {
         quitManualFlashingThread();
         waitForManualFlashingThreadToExit();
     } else {
@@ -96,37 +99,36 @@ void VelluxWindowUi::onManualModeFlashSpeedListSelection(ComboBox& sender) {
     const std::int64_t nPosition = sender.indexOfSelectedItem();
     indexOfManualModeFlashSpeedList = nPosition;
     quitManualFlashingThread();
-    if (nPosition == kSteadyPosition)
+    if (nPosition == vellux::kSteadyPosition)
         displayVelluxColor(static_cast<std::int32_t>(indexOfManualModeColorList));
-    const FlashSpeed* const pSpeed = manualFlashSpeed(nPosition);
+    const vellux::FlashSpeed* const pSpeed = vellux::manualFlashSpeed(nPosition);
     if (pSpeed != nullptr)
         flManualFlashTimeInterval = pSpeed->flHalfPeriod;
-    if (nPosition == kSteadyPosition || indexOfManualModeColorList == kColourOff)
+    if (nPosition == vellux::kSteadyPosition || indexOfManualModeColorList == vellux::kColourOff)
         return;
 
-    const std::uint8_t byType = deviceTypeAt(0);
-    if (isV30Type(byType)) {
+    const LightFamily family = vellux::familyAt(0);
+    if (family == LightFamily::Levels)
         startHardwareFlash(pSpeed);
-    } else if (byType == 1 || byType == 2) {
+    else if (vellux::takesCodes(family))
         startManualFlashing();
-    }
 }
 
 void VelluxWindowUi::onSyncModeFlashSpeedListSelection(ComboBox& sender) {
     const std::int64_t nPosition = sender.indexOfSelectedItem();
     indexOfSyncModeFlashSpeedList = nPosition;
     quitSyncFlashingThread();
-    const FlashSpeed* const pSpeed = syncFlashSpeed(nPosition);
+    const vellux::FlashSpeed* const pSpeed = vellux::syncFlashSpeed(nPosition);
     if (pSpeed != nullptr)
         flSyncFlashTimeInterval = pSpeed->flHalfPeriod;
     if (!isToFlashOnCall())
         return;
 
-    const std::uint8_t byType = deviceTypeAt(0);
-    if (isV30Type(byType)) {
+    const LightFamily family = vellux::familyAt(0);
+    if (family == LightFamily::Levels) {
         displayVelluxColor(static_cast<std::int32_t>(indexOfSyncModeColorList));
         startHardwareFlash(pSpeed);
-    } else if (byType == 1 || byType == 2) {
+    } else if (vellux::takesCodes(family)) {
         restartSyncFlashing();
     }
 }

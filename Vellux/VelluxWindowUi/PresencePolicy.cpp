@@ -3,35 +3,37 @@
 #include "VelluxWindowUi/VelluxWindowUi.h"
 
 #include "VelluxHttp/VelluxHttp.h"
-#include "VelluxWindowUi/ColourIndex.h"
+#include "model/Colour.h"
 #include "support/Text.h"
 
 #include <string_view>
 
 namespace {
 
-struct TokenRow {
-    std::string_view strToken;
+struct StatusRow {
+    std::string_view strStatus;
     std::int32_t nColor;
 };
 
-constexpr TokenRow kTokenRows[] = {
-    {"away", kColourYellow},
-    {"berightback", kColourYellow},
-    {"busy", kColourRed},
-    {"idlebusy", kColourRed},
-    {"donotdisturb", kColourPurple},
-    {"online", kColourGreen},
-    {"idleonline", kColourYellow},
-    {"none", kColourOff},
-    {"offline", kColourOff},
+constexpr StatusRow kAway = {"away", vellux::kColourYellow};
+constexpr StatusRow kOnline = {"online", vellux::kColourGreen};
+constexpr StatusRow kStatusRows[] = {
+    kAway,
+    {"berightback", vellux::kColourYellow},
+    {"busy", vellux::kColourRed},
+    {"idlebusy", vellux::kColourRed},
+    {"donotdisturb", vellux::kColourPurple},
+    kOnline,
+    {"idleonline", vellux::kColourYellow},
+    {"none", vellux::kColourOff},
+    {"offline", vellux::kColourOff},
 };
 
 std::int32_t colourOf(const std::optional<std::string>& strStatus) {
-    for (const TokenRow& row : kTokenRows)
-        if (strStatus == row.strToken)
+    for (const StatusRow& row : kStatusRows)
+        if (strStatus == row.strStatus)
             return row.nColor;
-    return kColourOff;
+    return vellux::kColourOff;
 }
 
 std::optional<std::string> lowered(const std::optional<std::string>& strToken) {
@@ -45,49 +47,51 @@ std::optional<std::string> lowered(const std::optional<std::string>& strToken) {
 void VelluxWindowUi::updateVelluxStatusWithPresence(const std::optional<std::string>& strToken) {
     if (controls.buttonSelectSyncMode->state() != Button::kOn)
         return;
-    const bool bOnCall = VelluxHttp::sharedVelluxHttp().IsUserOnCall();
-    const bool bFlashOnCall = controls.buttonFlashOnCall->state() == Button::kOn;
-    const bool bNoCallColour = indexOfSyncModeColorList == kColourOff;
-    if (bOnCall && bFlashOnCall && !bNoCallColour) {
-        onSyncModeFlashSpeedListSelection(*controls.syncModeFlashSpeedList);
-    } else {
-        stopSyncFlashing();
-        updateVelluxStatus(lowered(strToken));
-        if (bOnCall && bFlashOnCall)
-            displayVelluxColor(kColourOff);
-    }
+    showPresence({lowered(strToken), VelluxHttp::sharedVelluxHttp().IsUserOnCall()});
     controls.textFieldLyncStatus->setText(strToken.value_or(""));
+}
+
+void VelluxWindowUi::showPresence(const PresenceReading& reading) {
+    const auto isFlashOnCall = [this] { return controls.buttonFlashOnCall->state() == Button::kOn; };
+    const auto hasNoCallColour = [this] { return indexOfSyncModeColorList == vellux::kColourOff; };
+    if (reading.bOnCall && isFlashOnCall() && !hasNoCallColour()) {
+        onSyncModeFlashSpeedListSelection(*controls.syncModeFlashSpeedList);
+        return;
+    }
+    stopSyncFlashing();
+    updateVelluxStatus(reading.strStatus);
+    // Asked again: the user may have chosen otherwise while the worker ended.
+    if (reading.bOnCall && hasNoCallColour() && isFlashOnCall())
+        displayVelluxColor(vellux::kColourOff);
 }
 
 void VelluxWindowUi::updateVelluxStatus(const std::optional<std::string>& strStatus) {
     lyncStatus.set(strStatus);
     nCurrentVelluxColor = colourOf(strStatus);
-    if (strStatus == "away")
+    // Only these two pass through the boxes; "berightback" and "idleonline" never do.
+    if (strStatus == kAway.strStatus)
         onlightOffOnAway(nullptr);
-    else if (strStatus == "online")
+    else if (strStatus == kOnline.strStatus)
         onlightOffOnAvailable(nullptr);
     else
         displayVelluxColor(nCurrentVelluxColor);
 }
 
-// Only these two exact tokens pass through the boxes; "berightback" and "idleonline" never do.
-
 void VelluxWindowUi::onlightOffOnAway(const Button*) {
-    if (lyncStatus.get() != "away")
-        return;
-    const std::int64_t nState = controls.buttonLightOffOnAway->state();
-    if (nState == Button::kOn)
-        displayVelluxColor(kColourOff);
-    else if (nState == Button::kOff)
-        displayVelluxColor(kColourYellow);
+    if (lyncStatus.get() == kAway.strStatus)
+        showUnlessSwitchedOff(*controls.buttonLightOffOnAway, kAway.nColor);
 }
 
 void VelluxWindowUi::onlightOffOnAvailable(const Button*) {
-    if (lyncStatus.get() != "online")
-        return;
-    const std::int64_t nState = controls.buttonLightOffOnAvailable->state();
+    if (lyncStatus.get() == kOnline.strStatus)
+        showUnlessSwitchedOff(*controls.buttonLightOffOnAvailable, kOnline.nColor);
+}
+
+// A box that is neither on nor off shows nothing.
+void VelluxWindowUi::showUnlessSwitchedOff(const Button& box, std::int32_t nColor) {
+    const std::int64_t nState = box.state();
     if (nState == Button::kOn)
-        displayVelluxColor(kColourOff);
+        displayVelluxColor(vellux::kColourOff);
     else if (nState == Button::kOff)
-        displayVelluxColor(kColourGreen);
+        displayVelluxColor(nColor);
 }

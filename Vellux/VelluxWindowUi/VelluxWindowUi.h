@@ -1,8 +1,9 @@
 // The light controller: owner of the main window's controls and of what the light shows.
 //
-// One class in seven rooms:
-//   Window.cpp           shared instance, controls, start-up, small window actions, device notices, ending
-//   Display.cpp          colour lists, displayVelluxColor
+// One class in eight rooms:
+//   Controls.cpp         shared instance, controls, start-up, small window actions
+//   Devices.cpp          device notices, the first light as a view shows it
+//   Display.cpp          colour lists, displayVelluxColor, the lamp
 //   Modes.cpp            manual and sync mode, the lists' and the flash-on-call box's actions
 //   FlashWorkers.cpp     the two flashing workers and their stop protocol
 //   PresencePolicy.cpp   from a presence token to a colour
@@ -14,6 +15,7 @@
 // main thread's role.
 #pragma once
 
+#include "model/Colour.h"
 #include "model/Controls.h"
 #include "model/ViewState.h"
 #include "ports/Desktop.h"
@@ -35,6 +37,10 @@
 
 class AboutDialog;
 
+namespace vellux {
+struct FlashSpeed;
+}
+
 class VelluxWindowUi : public vellux::Listener {
 public:
     /// The one instance. Any thread. Its fourteen controls exist from the start, as the window design has
@@ -48,7 +54,7 @@ public:
     using TextField = vellux::TextField;
     template <typename T> using Ref = std::shared_ptr<T>;
 
-    // ---- Window.cpp: controls ----
+    // ---- Controls.cpp ----
     // Getters on any thread. Setters are for whoever builds the window, before initConfig; never null.
 
     Ref<Button> buttonSelectSyncMode() const { return controls.buttonSelectSyncMode; }
@@ -91,7 +97,7 @@ public:
         controls.manualModeFlashSpeedList = std::move(control);
     }
 
-    // ---- Display.cpp, Window.cpp: beside the controls, for the view to read ----
+    // ---- Display.cpp, Devices.cpp: beside the controls, for the view to read ----
     // Any thread reads them; nothing here depends on them.
 
     /// What the light shows. Doesn't alternate while a light is being flashed.
@@ -99,7 +105,7 @@ public:
     /// The first light as the last discovery found it. Written by main.
     vellux::Observable<vellux::LightState>& light() { return m_light; }
 
-    // ---- Window.cpp: start-up, window actions, device notices, ending ----
+    // ---- Controls.cpp: start-up, window actions ----
 
     /// Start-up: lists, defaults, placeholders, both files; connects by itself when the files say so.
     void initConfig();
@@ -113,24 +119,21 @@ public:
     /// Hides the window and answers false: it is never closed, and the light goes on following.
     bool windowShouldClose(vellux::Window& window);
 
+    // ---- Devices.cpp ----
+
     /// A light arrived: lists the lights anew, shows the colour asked for last, re-applies the mode and
     /// refills the colour lists. May wait for a flashing worker's cycle.
     void devicePlugged() override;
     /// A light left: lists the lights anew and asks both flashing workers to stop; waits for nothing.
     void deviceUnplugged() override;
 
-    /// First step of ending: from now on no sync flashing worker is started, so that a status monitor still
-    /// at work can't start one that nobody stops. Waits for the end of a worker being replaced.
-    void beginTermination();
-    /// Shows off, and no colour ever after, whoever asks; colour requests are still recorded.
-    void switchOffForGood();
-
     // ---- Display.cpp ----
 
-    /// Records a colour index (0 red, 1 green, 2 yellow, 3 purple, 4 cyan, 5 blue, 6 white, 7 orange, 8 off)
-    /// and shows it on the first light. Returns the driver's result code; 0 where there is nothing to send.
+    /// Records a colour index (see model/Colour.h) and shows it on the first light. Returns the driver's result code; 0 where there is nothing to send.
     /// Any thread; under the display lock, so it may wait for another colour's reports.
     std::int32_t displayVelluxColor(std::int32_t nColor);
+    /// Shows off, and no colour ever after, whoever asks; colour requests are still recorded.
+    void switchOffForGood();
 
     // ---- Modes.cpp ----
 
@@ -172,6 +175,9 @@ public:
     /// Wait until a running worker has ended; no time-out.
     void waitForManualFlashingThreadToExit();
     void waitForSyncFlashingThreadToExit();
+    /// First step of ending: from now on no sync flashing worker is started, so that a status monitor still
+    /// at work can't start one that nobody stops. Waits for the end of a worker being replaced.
+    void beginTermination();
 
     // ---- PresencePolicy.cpp ----
     // On the thread of whoever brings the presence: main, or the status monitor. May wait for the sync worker.
@@ -207,31 +213,40 @@ public:
 
 private:
     VelluxWindowUi();
+    ~VelluxWindowUi() override;
 
-    // Window.cpp
+    // Devices.cpp
     void describeLight() VELLUX_REQUIRES(vellux::mainThreadRole);
 
     // Display.cpp
+    void makeColorArrays() VELLUX_REQUIRES(vellux::mainThreadRole);
     void fillColorLists() VELLUX_REQUIRES(vellux::mainThreadRole);
     std::int32_t sendVelluxColor(std::int32_t nColor);
     void showOnLamp(std::int32_t nColor, std::int32_t nResult) VELLUX_REQUIRES(displayLock);
+
+    // FlashWorkers.cpp
     // What can make the light flash: itself, or one of the workers.
     enum Flasher : unsigned { kLight = 1, kManualWorker = 2, kSyncWorker = 4 };
     void setFlashing(Flasher flasher, bool bFlashing);
-
-    // FlashWorkers.cpp
     void flash(Flasher worker, const std::atomic<bool>& bQuit, const std::atomic<float>& flInterval,
                const std::atomic<std::int64_t>& nColor);
-    void startHardwareFlash(const struct FlashSpeed* pSpeed);
+    void startHardwareFlash(const vellux::FlashSpeed* pSpeed);
     void stopHardwareFlash();
+    void startManualFlashing() VELLUX_REQUIRES(vellux::mainThreadRole);
+    void restartSyncFlashing();
+    void stopSyncFlashing();
 
     // Modes.cpp
     void clampToItems(std::atomic<std::int64_t>& nIndex, const ComboBox& list) const;
     bool isToFlashOnCall() const;
 
-    void startManualFlashing() VELLUX_REQUIRES(vellux::mainThreadRole);
-    void restartSyncFlashing();
-    void stopSyncFlashing();
+    // PresencePolicy.cpp
+    struct PresenceReading {
+        std::optional<std::string> strStatus; // lower case
+        bool bOnCall;
+    };
+    void showPresence(const PresenceReading& reading);
+    void showUnlessSwitchedOff(const Button& box, std::int32_t nColor);
 
     // Settings.cpp
     void findOrCreateDirectory() VELLUX_REQUIRES(vellux::mainThreadRole);
@@ -254,7 +269,7 @@ private:
     std::atomic<bool> bQuitManualFlashing{false};
     // The one started last.
     vellux::WorkerThreadRef threadForLyncStatusMonitor VELLUX_GUARDED_BY(vellux::mainThreadRole);
-    std::atomic<std::int32_t> nCurrentVelluxColor{8};
+    std::atomic<std::int32_t> nCurrentVelluxColor{vellux::kColourOff};
     std::string strVelluxDirectory VELLUX_GUARDED_BY(vellux::mainThreadRole);
     std::string strConfigFile VELLUX_GUARDED_BY(vellux::mainThreadRole);
     std::string strUiStateFile VELLUX_GUARDED_BY(vellux::mainThreadRole);

@@ -1,14 +1,17 @@
 // What a window shows beside its controls: values that the modules keep and a view only reads.
 #pragma once
 
+#include "model/Colour.h"
+#include "model/LightFamily.h"
+
 #include <cstdint>
 
 namespace vellux {
 
 /// What the light shows; without a light, what one would show.
 struct LampState {
-    /// Colour index, 0 red to 7 orange, 8 off. While the light flashes, the colour that it flashes in.
-    std::int32_t nColor = 8;
+    /// Colour index. While the light flashes, the colour that it flashes in.
+    std::int32_t nColor = kColourOff;
     bool bFlashing = false;
 
     bool operator==(const LampState&) const = default;
@@ -23,8 +26,7 @@ struct LightState {
         NotUsable,    ///< found, but it can't be opened for another reason
     };
     Access access = Access::NoLight;
-    /// Device type, which tells the family: 1 framed code, 2 plain code, 3, 4, 6 and 7 levels. 0 without a light.
-    std::uint8_t byType = 0;
+    LightFamily family = LightFamily::None;
     /// USB identity; 0 without a light.
     std::uint16_t nVendorID = 0;
     std::uint16_t nProductID = 0;

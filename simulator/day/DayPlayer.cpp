@@ -3,6 +3,7 @@
 #include "day/DayPlayer.h"
 
 #include "VelluxWindowUi/VelluxWindowUi.h"
+#include "model/ConnectTitle.h"
 #include "threads/Shared.h"
 
 #include <cstdio>
@@ -112,9 +113,9 @@ DayPlayer::Failure DayPlayer::waitUntilConnected(std::size_t nAlertsBefore) {
         if (!button->isEnabled())
             return false;
         const std::string strTitle = button->title();
-        if (strTitle == "Disconnect")
+        if (strTitle == kTitleDisconnect)
             return m_dependencies.server.isPolling();
-        return strTitle == "Connect" && m_dependencies.desktop.alerts().size() > nAlertsBefore;
+        return strTitle == kTitleConnect && m_dependencies.desktop.alerts().size() > nAlertsBefore;
     });
 }
 

@@ -3,6 +3,7 @@
 #include "day/DayPlayer.h"
 
 #include "VelluxWindowUi/VelluxWindowUi.h"
+#include "model/ConnectTitle.h"
 #include "support/Text.h"
 
 #include <algorithm>
@@ -41,14 +42,14 @@ DayPlayer::Failure DayPlayer::play(const ConnectStep& step) {
     const std::size_t nAlertsBefore = m_dependencies.desktop.alerts().size();
     Failure failure = onMain([credentials](VelluxWindowUi& controller) {
         Refusal refusal = enterCredentials(controller, credentials);
-        return refusal ? refusal : pressConnect(controller, "Connect");
+        return refusal ? refusal : pressConnect(controller, kTitleConnect);
     });
     return failure || !step.bWait ? failure : waitUntilConnected(nAlertsBefore);
 }
 
 DayPlayer::Failure DayPlayer::play(const DisconnectStep&) {
     Failure failure =
-        onMain([](VelluxWindowUi& controller) { return pressConnect(controller, "Disconnect"); });
+        onMain([](VelluxWindowUi& controller) { return pressConnect(controller, kTitleDisconnect); });
     return failure ? failure : waitUntilNotPolling();
 }
 
@@ -63,7 +64,7 @@ DayPlayer::Failure DayPlayer::play(const SelectStep& step) {
 
 DayPlayer::Failure DayPlayer::play(const ModeStep& step) {
     const std::size_t nAlertsBefore = m_dependencies.desktop.alerts().size();
-    const bool bConnected = m_dependencies.controller.buttonConnect()->title() == "Disconnect";
+    const bool bConnected = isConnected(*m_dependencies.controller.buttonConnect());
     Failure failure =
         onMain([step](VelluxWindowUi& controller) { return selectMode(controller, step.bManual); });
     if (failure)

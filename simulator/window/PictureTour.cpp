@@ -2,6 +2,7 @@
 
 #include "VelluxWindowUi/VelluxWindowUi.h"
 #include "day/UserActions.h"
+#include "model/ConnectTitle.h"
 
 #include <QApplication>
 #include <QPixmap>
@@ -88,11 +89,11 @@ bool PictureTour::takes(const std::string& strName) const {
 
 bool PictureTour::connected() {
     VelluxWindowUi& controller = m_dependencies.controller;
-    does([&controller] { pressConnect(controller, "Connect"); });
+    does([&controller] { pressConnect(controller, kTitleConnect); });
     return when([&] {
         return m_dependencies.light->record().state.text() == "Green" &&
-               controller.buttonConnect()->isEnabled() &&
-               controller.buttonConnect()->title() == "Disconnect" && m_dependencies.server.isPolling();
+               controller.buttonConnect()->isEnabled() && isConnected(*controller.buttonConnect()) &&
+               m_dependencies.server.isPolling();
     });
 }
 
@@ -142,15 +143,14 @@ bool PictureTour::all() {
     });
     bGood = bGood && when([&] {
                 return controller.light().get().access == vellux::LightState::Access::NotPermitted &&
-                       controller.buttonConnect()->title() == "Disconnect" &&
-                       controller.buttonConnect()->isEnabled();
+                       isConnected(*controller.buttonConnect()) && controller.buttonConnect()->isEnabled();
             });
     bGood = bGood && takes("light-not-permitted");
 
     does([&] {
-        pressConnect(controller, "Disconnect");
+        pressConnect(controller, kTitleDisconnect);
         controller.textFieldPassword()->setText("another-password");
-        pressConnect(controller, "Connect");
+        pressConnect(controller, kTitleConnect);
     });
     const auto isAlertOpen = [this] {
         bool bOpen = false;

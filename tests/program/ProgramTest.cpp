@@ -1,6 +1,6 @@
 // The program itself, as a process of its own: how it starts by itself, and every way to end it.
 
-#include "adapters/dbus/ApplicationId.h"
+#include "adapters/ApplicationId.h"
 #include "desktop/ChildProcess.h"
 #include "desktop/ProgramHome.h"
 #include "fakes/Watchdog.h"

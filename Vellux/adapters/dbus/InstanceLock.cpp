@@ -1,6 +1,6 @@
 #include "adapters/dbus/InstanceLock.h"
 
-#include "adapters/dbus/ApplicationId.h"
+#include "adapters/ApplicationId.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,6 +1,6 @@
 #include "adapters/dbus/InstanceName.h"
 
-#include "adapters/dbus/ApplicationId.h"
+#include "adapters/ApplicationId.h"
 
 #include <QDBusMessage>
 #include <QDBusReply>

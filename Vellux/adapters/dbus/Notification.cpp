@@ -1,6 +1,6 @@
 #include "adapters/dbus/Notification.h"
 
-#include "adapters/dbus/ApplicationId.h"
+#include "adapters/ApplicationId.h"
 #include "adapters/dbus/Buses.h"
 
 #include <QDBusMessage>

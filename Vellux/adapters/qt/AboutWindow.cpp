@@ -1,13 +1,10 @@
 #include "adapters/qt/AboutWindow.h"
 
 #include "adapters/qt/WindowActions.h"
+#include "model/Colour.h"
 #include "ui_AboutDialog.h"
 
 namespace vellux {
-
-namespace {
-constexpr std::int32_t kColourGreen = 1;
-} // namespace
 
 AboutWindow::AboutWindow(WindowController& controller, const std::function<void()>& openLink)
     : m_controller(controller) {

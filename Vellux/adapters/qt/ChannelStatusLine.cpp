@@ -2,6 +2,7 @@
 
 #include "VelluxHttp/VelluxHttp.h"
 #include "VelluxWindowUi/VelluxWindowUi.h"
+#include "model/ConnectTitle.h"
 #include "ui_MainWindow.h"
 
 #include <utility>
@@ -32,7 +33,7 @@ void ChannelStatusLine::show() {
     const bool bSettled = button->isEnabled();
     const ChannelState channel = m_dependencies.client.channel().get();
     const std::string strTitle = button->title();
-    const bool bConnected = strTitle == "Disconnect";
+    const bool bConnected = strTitle == kTitleDisconnect;
     const bool bSyncMode = m_dependencies.controller.buttonSelectSyncMode()->state() == Button::kOn;
     const bool bWasLost = std::exchange(m_bLost, bConnected && bSettled && channel == ChannelState::Ended);
     QString strLine;
@@ -40,7 +41,7 @@ void ChannelStatusLine::show() {
         strLine = MainWindow::tr("Your presence is no longer followed.");
     else if (bConnected && channel == ChannelState::Open)
         strLine = MainWindow::tr("Following your presence.");
-    else if (bSyncMode && strTitle == "Connect")
+    else if (bSyncMode && strTitle == kTitleConnect)
         strLine = MainWindow::tr("Not connected.");
     m_form.labelFollowing->setText(strLine);
     m_form.buttonReconnect->setVisible(m_bLost);

@@ -16,28 +16,13 @@ namespace {
 
 enum class Shape { Bar, Tick, Clock, Slash, Plus, Diamond, Dot, Exclamation };
 
-struct Lamp {
-    const char* strName;
-    QRgb colour;
-    Shape shape;
-};
-
 // By colour index.
-constexpr std::array<Lamp, 8> kLamps{{
-    {"Red", 0xffe0342b, Shape::Bar},
-    {"Green", 0xff3fb950, Shape::Tick},
-    {"Yellow", 0xffffd335, Shape::Clock},
-    {"Purple", 0xff9a45cf, Shape::Slash},
-    {"Cyan", 0xff2cc5d8, Shape::Plus},
-    {"Blue", 0xff2d67e0, Shape::Diamond},
-    {"White", 0xfff7f7f7, Shape::Dot},
-    {"Orange", 0xfff58220, Shape::Exclamation},
-}};
+constexpr std::array kShapes{Shape::Bar,  Shape::Tick,    Shape::Clock, Shape::Slash,
+                             Shape::Plus, Shape::Diamond, Shape::Dot,   Shape::Exclamation};
+static_assert(kShapes.size() == kColourOff);
 
-/// Null for a lamp that is off.
-const Lamp* lampOf(const LampState& lamp) {
-    const auto nColor = static_cast<std::size_t>(lamp.nColor);
-    return lamp.nColor >= 0 && nColor < kLamps.size() ? &kLamps[nColor] : nullptr;
+bool isLit(const LampState& lamp) {
+    return isColour(lamp.nColor) && lamp.nColor != kColourOff;
 }
 
 /// Relative luminance and contrast as the Web Content Accessibility Guidelines define them.
@@ -124,8 +109,7 @@ void paintRays(QPainter& painter, qreal r, qreal dHalfSide, qreal w, const QColo
 } // namespace
 
 QString lampColourName(const LampState& lamp) {
-    const Lamp* const pLamp = lampOf(lamp);
-    return QString::fromLatin1(pLamp != nullptr ? pLamp->strName : "Off");
+    return QString::fromLatin1(isLit(lamp) ? kColours[lamp.nColor].strName : "Off");
 }
 
 QString lampDescription(const LampState& lamp) {
@@ -133,11 +117,11 @@ QString lampDescription(const LampState& lamp) {
 }
 
 void paintLamp(QPainter& painter, const QRectF& square, const LampState& lamp, const QColor& outline) {
-    const Lamp* const pLamp = lampOf(lamp);
+    const bool bLit = isLit(lamp);
     const qreal dSide = std::min(square.width(), square.height());
     // A hollow disc is seen by its outline alone.
     const qreal dOutline =
-        pLamp != nullptr ? std::max(1.0, std::round(dSide / 18)) : std::max(2.0, std::round(dSide / 12));
+        bLit ? std::max(1.0, std::round(dSide / 18)) : std::max(2.0, std::round(dSide / 12));
     const qreal dStroke = std::max(2.0, std::round(dSide / 9));
     // A flashing one leaves its rays room.
     const qreal dRadius = (lamp.bFlashing ? std::floor(0.42 * dSide) : std::floor(dSide / 2)) - dOutline / 2;
@@ -147,8 +131,8 @@ void paintLamp(QPainter& painter, const QRectF& square, const LampState& lamp, c
     painter.translate(square.center());
     painter.setPen(QPen(outline, dOutline));
     painter.setBrush(Qt::NoBrush);
-    if (pLamp != nullptr) {
-        const QColor colour = QColor::fromRgb(pLamp->colour);
+    const QColor colour = QColor::fromRgb(bLit ? kColours[lamp.nColor].nDrawn : 0);
+    if (bLit) {
         QRadialGradient fill(QPointF(-0.35, -0.45) * dRadius, 1.7 * dRadius);
         fill.setColorAt(0.0, colour.lighter(118));
         fill.setColorAt(0.55, colour);
@@ -156,9 +140,9 @@ void paintLamp(QPainter& painter, const QRectF& square, const LampState& lamp, c
         painter.setBrush(fill);
     }
     painter.drawEllipse(QPointF(0, 0), dRadius, dRadius);
-    if (pLamp != nullptr)
-        paintShape(painter, pLamp->shape, dRadius, dStroke,
-                   shapeColour(QColor::fromRgb(pLamp->colour), outline));
+    if (bLit)
+        paintShape(painter, kShapes[static_cast<std::size_t>(lamp.nColor)], dRadius, dStroke,
+                   shapeColour(colour, outline));
     if (lamp.bFlashing)
         paintRays(painter, dRadius + dOutline / 2, dSide / 2, std::max(2.0, std::round(dSide / 12)), outline);
     painter.restore();

@@ -11,24 +11,20 @@ namespace vellux {
 
 namespace {
 
-// How lights of a device type are told what to show; "" for a type that no light has.
-QString familyOf(std::uint8_t byType) {
-    switch (byType) {
-    case 1:
+// How lights of a family are told what to show; "" without one.
+QString familyName(LightFamily family) {
+    switch (family) {
+    case LightFamily::FramedCode:
         return MainWindow::tr("framed colour codes");
-    case 2:
+    case LightFamily::PlainCode:
         return MainWindow::tr("plain colour codes");
-    case 3:
-    case 4:
-    case 6:
-    case 7:
+    case LightFamily::Levels:
         return MainWindow::tr("red, green and blue levels");
-    default:
-        return {};
+    case LightFamily::None:
+        break;
     }
+    return {};
 }
-
-constexpr std::uint8_t kOneTypePerFamily[] = {1, 2, 3};
 
 QString lightLine(const LightState& light) {
     switch (light.access) {
@@ -41,7 +37,7 @@ QString lightLine(const LightState& light) {
     case LightState::Access::Usable:
         break;
     }
-    const QString strFamily = familyOf(light.byType);
+    const QString strFamily = familyName(light.family);
     return strFamily.isEmpty() ? MainWindow::tr("Light found.")
                                : MainWindow::tr("Light found (%1).").arg(strFamily);
 }
@@ -61,8 +57,8 @@ LightHeader::LightHeader(const MainWindow::Dependencies& dependencies, Ui::MainW
 
 void LightHeader::reserveRoom() {
     int nWidth = 0;
-    for (const std::uint8_t byType : kOneTypePerFamily) {
-        const QString strLine = lightLine({LightState::Access::Usable, byType, 0, 0});
+    for (const LightFamily family : {LightFamily::FramedCode, LightFamily::PlainCode, LightFamily::Levels}) {
+        const QString strLine = lightLine({LightState::Access::Usable, family, 0, 0});
         nWidth = qMax(nWidth, m_form.labelLight->fontMetrics().horizontalAdvance(strLine));
     }
     m_form.labelLight->setMinimumWidth(nWidth);

@@ -7,6 +7,7 @@
 #include "adapters/qt/LightHeader.h"
 #include "adapters/qt/TextFieldBinding.h"
 #include "adapters/qt/WindowActions.h"
+#include "model/ConnectTitle.h"
 #include "ui_MainWindow.h"
 
 #include <QCloseEvent>
@@ -135,7 +136,7 @@ void MainWindow::View::connectActions() {
          {m_form.textFieldLyncServerName, m_form.textFieldUsername, m_form.textFieldPassword})
         connect(pField, &QLineEdit::returnPressed, m_form.buttonConnect, [this] {
             if (m_dependencies.controller.buttonConnect()->title() ==
-                "Connect") // never by mistake the other one
+                kTitleConnect) // never by mistake the other one
                 m_form.buttonConnect->click();
         });
 }
@@ -181,7 +182,7 @@ void MainWindow::View::fit() {
     for (QLineEdit* const pField : fields)
         pField->setMinimumHeight(nHeight);
     m_head->reserveRoom();
-    reserveWidth(*m_form.buttonConnect, {"Connect", "Connecting...", "Disconnect"});
+    reserveWidth(*m_form.buttonConnect, {kTitleConnect, kTitleConnecting, kTitleDisconnect});
     // What belongs to a mode, or to a box, stands under its words; what belongs together stands closer.
     const QStyle& style = *m_window.style();
     const int nIndent = style.pixelMetric(QStyle::PM_ExclusiveIndicatorWidth) +

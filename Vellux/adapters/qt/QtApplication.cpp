@@ -1,8 +1,9 @@
 #include "adapters/qt/QtApplication.h"
 
-#include "adapters/dbus/ApplicationId.h"
+#include "adapters/ApplicationId.h"
 #include "adapters/qt/LampDrawing.h"
 #include "adapters/qt/MainWindow.h"
+#include "model/Colour.h"
 #include "threads/Shared.h"
 
 #include <QEventLoop>
@@ -57,7 +58,7 @@ QtApplication::QtApplication(int& nArguments, char** arguments)
     setApplicationName("Vellux");
     setApplicationVersion(VELLUX_VERSION);
     setDesktopFileName(kApplicationId);
-    setWindowIcon(QIcon::fromTheme(kApplicationId, lampIcon({/*nColor=*/1, /*bFlashing=*/false})));
+    setWindowIcon(QIcon::fromTheme(kApplicationId, lampIcon({kColourGreen, /*bFlashing=*/false})));
     setQuitOnLastWindowClosed(false);
     setCursorFlashTime(0); // a caret that blinks wakes the process twice a second
 }

@@ -1,11 +1,11 @@
-// The shared instance with its controls, start-up, the small window actions and the device notices.
+// The shared instance with its controls, start-up, and the small window actions.
 
 #include "VelluxWindowUi/VelluxWindowUi.h"
 
 #include "AboutDialog.h"
-#include "VelluxControl/VelluxControl.h"
 #include "VelluxHttp/VelluxHttp.h"
-#include "VelluxWindowUi/ColourIndex.h"
+#include "model/Colour.h"
+#include "model/ConnectTitle.h"
 #include "ports/Platform.h"
 
 vellux::SharedInstanceSlot<VelluxWindowUi> sharedVelluxWindowUiInstance;
@@ -43,21 +43,22 @@ VelluxWindowUi::VelluxWindowUi() {
     controls.buttonLightOffOnAvailable = button("Light off while available");
     controls.syncModeColorList = comboBox();
     controls.syncModeFlashSpeedList = comboBox({"Slow", "Medium", "Fast"});
-    controls.buttonConnect = button("Connect");
+    controls.buttonConnect = button(vellux::kTitleConnect);
     controls.textFieldLyncStatus = textField();
     controls.buttonSelectManualMode = button("Set the light myself");
     controls.manualModeColorList = comboBox();
     controls.manualModeFlashSpeedList = comboBox({"Steady", "Slow", "Medium", "Fast"});
 }
 
+VelluxWindowUi::~VelluxWindowUi() = default; // where AboutDialog is known
+
 void VelluxWindowUi::initConfig() {
     vellux::assertMainThread();
-    colorArray1 = {"Red", "Green", "Yellow", "Purple", "Cyan", "Blue", "White", "None"};
-    colorArray2 = {"Red", "Green", "Yellow", "Purple", "Cyan", "Blue", "White", "Orange", "None"};
+    makeColorArrays();
     describeLight();
     fillColorLists();
     aesKey = "k4mpr8vtxw2nbq6z";
-    nCurrentVelluxColor = kColourOff;
+    nCurrentVelluxColor = vellux::kColourOff;
     strFQDN.set("");
     strUserName.set("");
     strPassword.set("");
@@ -102,58 +103,4 @@ bool VelluxWindowUi::windowShouldClose(vellux::Window& window) {
     vellux::assertMainThread();
     window.orderOut();
     return false;
-}
-
-void VelluxWindowUi::devicePlugged() {
-    vellux::assertMainThread();
-    std::int32_t nCount = 0;
-    VelluxFindDevices(nCount);
-    nNumberOfVelluxDevices = nCount;
-    describeLight();
-    if (nCount <= 0)
-        return;
-    if (m_light.get().access != vellux::LightState::Access::Usable) {
-        const vellux::ScopedLock lock(displayLock);
-        m_lamp.set({}); // it refuses what follows and stays as dark as it came
-    }
-    VelluxTurnOffLight(0);
-    displayVelluxColor(nCurrentVelluxColor);
-    if (controls.buttonSelectSyncMode->state() == Button::kOn)
-        setSyncMode(*controls.buttonSelectSyncMode);
-    else
-        setManualMode(*controls.buttonSelectManualMode);
-    fillColorLists();
-}
-
-void VelluxWindowUi::deviceUnplugged() {
-    vellux::assertMainThread();
-    std::int32_t nCount = 0;
-    VelluxFindDevices(nCount);
-    nNumberOfVelluxDevices = nCount;
-    describeLight();
-    bQuitManualFlashing = true;
-    bQuitSyncFlashing = true;
-}
-
-void VelluxWindowUi::describeLight() {
-    vellux::LightState light;
-    const auto list = gDeviceCFArrayRef.get();
-    if (list != nullptr && !list->empty()) {
-        using Access = vellux::LightState::Access;
-        const vellux::HidDeviceRef& first = list->front();
-        vellux::HidManager& manager = vellux::platform().hidManager;
-        const vellux::HidResult result = manager.deviceOpenResult(first);
-        if (result == kIOReturnSuccess)
-            light.access = Access::Usable;
-        else
-            light.access = manager.isPermissionRefusal(result) ? Access::NotPermitted : Access::NotUsable;
-        std::int64_t nVendorID = 0;
-        std::int64_t nProductID = 0;
-        IOHIDDevice_GetLongProperty(first, "VendorID", nVendorID);
-        IOHIDDevice_GetLongProperty(first, "ProductID", nProductID);
-        light.byType = deviceTypeAt(0);
-        light.nVendorID = static_cast<std::uint16_t>(nVendorID);
-        light.nProductID = static_cast<std::uint16_t>(nProductID);
-    }
-    m_light.set(light);
 }

@@ -1,0 +1,17 @@
+// The titles of the Connect button. What a press does is decided by the title, so they are a state as much as a text.
+#pragma once
+
+#include "model/Controls.h"
+
+namespace vellux {
+
+inline constexpr const char* kTitleConnect = "Connect";
+inline constexpr const char* kTitleConnecting = "Connecting...";
+inline constexpr const char* kTitleDisconnect = "Disconnect";
+
+/// Whether the button says that there is a connection to leave. Any thread.
+inline bool isConnected(const Button& button) {
+    return button.title() == kTitleDisconnect;
+}
+
+} // namespace vellux
