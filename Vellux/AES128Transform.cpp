@@ -1,12 +1,12 @@
 #include "AES128Transform.h"
 
-#include <openssl/crypto.h>
 #include <openssl/evp.h>
 
 #include <algorithm>
 #include <array>
 #include <limits>
 #include <memory>
+#include <new>
 
 namespace {
 
@@ -31,12 +31,12 @@ struct FreeContext {
 std::optional<vellux::ByteBuffer> AES128Operation(AES128Direction operation,
                                                   std::span<const std::uint8_t> data,
                                                   std::optional<std::string_view> key,
-                                                  std::optional<std::string_view> iv) {
+                                                  std::optional<std::string_view> iv) try {
     constexpr auto kLongest = static_cast<std::size_t>(std::numeric_limits<int>::max()) - kBlockSize;
     if (data.size() > kLongest)
         return std::nullopt;
 
-    TextBuffer keyBuffer = paddedText(key);
+    const TextBuffer keyBuffer = paddedText(key);
     const TextBuffer ivBuffer = paddedText(iv);
     vellux::ByteBuffer output(data.size() + kBlockSize);
     int nUpdated = 0;
@@ -49,13 +49,12 @@ std::optional<vellux::ByteBuffer> AES128Operation(AES128Direction operation,
         EVP_CipherUpdate(context.get(), output.data(), &nUpdated, data.data(),
                          static_cast<int>(data.size())) == 1 &&
         EVP_CipherFinal_ex(context.get(), output.data() + nUpdated, &nFinished) == 1;
-    OPENSSL_cleanse(keyBuffer.data(), keyBuffer.size());
-    if (!bDone) {
-        OPENSSL_cleanse(output.data(), output.size());
+    if (!bDone)
         return std::nullopt;
-    }
     output.resize(static_cast<std::size_t>(nUpdated) + static_cast<std::size_t>(nFinished));
     return output;
+} catch (const std::bad_alloc&) {
+    return std::nullopt;
 }
 
 std::optional<vellux::ByteBuffer> AES128EncryptedDataWithKey(std::span<const std::uint8_t> data,

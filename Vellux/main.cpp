@@ -26,6 +26,8 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
+#include <new>
 
 namespace {
 
@@ -34,10 +36,25 @@ int failure(const char* strText) {
     return EXIT_FAILURE;
 }
 
+/// Where no memory is left the program can only say so; all else that is thrown and not caught is a fault of ours.
+[[noreturn]] void endOnException() {
+    try {
+        if (const auto thrown = std::current_exception())
+            std::rethrow_exception(thrown);
+    } catch (const std::bad_alloc&) {
+        std::fputs("vellux: no memory is left\n", stderr);
+        std::_Exit(EXIT_FAILURE);
+    } catch (...) {
+        std::abort();
+    }
+    std::abort();
+}
+
 } // namespace
 
 int main(int nArguments, char** arguments) {
     vellux::catchTerminationSignals();
+    std::set_terminate(endOnException);
     std::signal(SIGPIPE, SIG_IGN);
     if (const char* const strMissing = vellux::missingResource())
         return failure(strMissing);

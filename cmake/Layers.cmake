@@ -7,7 +7,7 @@ set(layers
   "threads            | support                                    |"
   "model              | threads support                            |"
   "ports              | threads support                            |"
-  "AES128Transform    | support                                    | openssl/crypto.h openssl/evp.h"
+  "AES128Transform    | support                                    | openssl/evp.h"
   "MF_Base64Additions | support                                    |"
   "AlertPopup         | ports threads                              |"
   "AboutDialog        | ports                                      |"

@@ -1,6 +1,8 @@
-// The Base64 codec: RFC 4648, leniency, and the log line of a failure.
+// The Base64 codec: RFC 4648, leniency, and the log line of a failure. What becomes of it and its like without memory.
 
+#include "AES128Transform.h"
 #include "MF_Base64Additions.h"
+#include "fakes/ScarceMemory.h"
 
 #include <gtest/gtest.h>
 
@@ -67,6 +69,25 @@ TEST(Base64, FailuresAreLogged) {
     EXPECT_TRUE(strLog.starts_with("WARNING: error occured while tring to encode base 32 data: ")) << strLog;
     EXPECT_NE(strLog.find("\nWARNING: error occured while decoding base 32 string: "), std::string::npos)
         << strLog;
+}
+
+// An exception where memory runs out, instead of a failure.
+TEST(Memory, ThatRunsOutIsAFailure) {
+    const std::vector<std::uint8_t> bytes(100, 'x');
+    int nFailures = 0, nPieces = 0;
+    for (bool bAll = false; !bAll; ++nPieces) {
+        testing::internal::CaptureStderr();
+        scarce_memory::nPiecesLeft = nPieces;
+        const auto strText = base64String(bytes);
+        const auto data = dataWithBase64String("Zm9v");
+        const auto encrypted = AES128EncryptedDataWithKey(bytes, "key");
+        scarce_memory::nPiecesLeft = -1;
+        testing::internal::GetCapturedStderr();
+        bAll = strText && data && encrypted;
+        nFailures += bAll ? 0 : 1;
+        ASSERT_LT(nPieces, 1000);
+    }
+    EXPECT_GE(nFailures, 3);
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <new>
 #include <utility>
 
 namespace vellux {
@@ -69,7 +70,7 @@ std::optional<std::string> textAt(const Json* pValue, JsonBody::KeyPath path) {
 
 JsonBody::JsonBody(std::shared_ptr<const Document> document) : m_document(std::move(document)) {}
 
-std::optional<JsonBody> JsonBody::parse(std::string_view strBody) {
+std::optional<JsonBody> JsonBody::parse(std::string_view strBody) try {
     // The library takes a NUL for the end of the text.
     if (strBody.find('\0') != std::string_view::npos || wouldFillMemory(strBody))
         return std::nullopt;
@@ -78,6 +79,8 @@ std::optional<JsonBody> JsonBody::parse(std::string_view strBody) {
     if (!document->root.is_object()) // a failed parse is "discarded", which is no object either
         return std::nullopt;
     return JsonBody(std::move(document));
+} catch (const std::bad_alloc&) {
+    return std::nullopt;
 }
 
 std::optional<std::string> JsonBody::text(KeyPath path) const {

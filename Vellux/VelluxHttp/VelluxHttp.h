@@ -78,8 +78,8 @@ public:
     /// Replaces the token. Any thread.
     void setPresenceStatus(const std::optional<std::string>& strToken) { presenceStatus.set(strToken); }
 
-    /// Opens the next long poll, which 15 seconds at most; nothing when no URL is known. Sixteen are
-    /// held at most: another closes the oldest, which calls nobody back. Main thread.
+    /// Opens the next long poll, which fails after 15 seconds without a word from the server; does nothing when no
+    /// URL is known. At most sixteen are held: another closes the oldest, which calls nobody back. Main thread.
     void httpGet_EventChannels();
 
     /// Cancels the long poll opened last, then those that were let go, and forgets the presence. A sign-in that is

@@ -5,6 +5,7 @@
 
 #include <sys/socket.h>
 
+#include <new>
 #include <utility>
 
 namespace vellux {
@@ -152,7 +153,11 @@ std::size_t CurlTransfer::onBytes(char* bytes, std::size_t nSize, std::size_t nC
         transfer.m_bTooLarge = true;
         return 0; // anything but nBytes ends the transfer
     }
-    transfer.m_bytes.append(bytes, nBytes);
+    try {
+        transfer.m_bytes.append(bytes, nBytes);
+    } catch (const std::bad_alloc&) { // the library that called can't be thrown through
+        return 0;
+    }
     transfer.m_nTotal += nBytes;
     transfer.m_lastArrival = Clock::now();
     return nBytes;
