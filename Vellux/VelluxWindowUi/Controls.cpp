@@ -4,6 +4,7 @@
 
 #include "AboutDialog.h"
 #include "VelluxHttp/VelluxHttp.h"
+#include "VelluxWindowUi/FlashSpeeds.h"
 #include "model/Colour.h"
 #include "model/ConnectTitle.h"
 #include "ports/Platform.h"
@@ -27,27 +28,32 @@ VelluxWindowUi& VelluxWindowUi::sharedVelluxWindowUi() {
 }
 
 VelluxWindowUi::VelluxWindowUi() {
-    const auto button = [](const char* strTitle, std::int64_t nState = Button::kOff) {
-        return std::make_shared<Button>(strTitle, nState);
+    // Their words are the form's, but for the one title that decides what a press does.
+    const auto button = [](std::int64_t nState = Button::kOff) {
+        return std::make_shared<Button>("", nState);
     };
     const auto textField = [] { return std::make_shared<TextField>(); };
     const auto comboBox = [](std::vector<std::string> items = {}) {
         return std::make_shared<ComboBox>(std::move(items));
     };
-    controls.buttonSelectSyncMode = button("Follow my presence", Button::kOn);
+    controls.buttonSelectSyncMode = button(Button::kOn);
     controls.textFieldLyncServerName = textField();
     controls.textFieldUsername = textField();
     controls.textFieldPassword = textField();
-    controls.buttonFlashOnCall = button("Flash while on a call");
-    controls.buttonLightOffOnAway = button("Light off while away");
-    controls.buttonLightOffOnAvailable = button("Light off while available");
+    controls.buttonFlashOnCall = button();
+    controls.buttonLightOffOnAway = button();
+    controls.buttonLightOffOnAvailable = button();
     controls.syncModeColorList = comboBox();
-    controls.syncModeFlashSpeedList = comboBox({"Slow", "Medium", "Fast"});
-    controls.buttonConnect = button(vellux::kTitleConnect);
+    std::vector<std::string> speeds;
+    for (const vellux::FlashSpeed& speed : vellux::kFlashSpeeds)
+        speeds.emplace_back(speed.strName);
+    controls.syncModeFlashSpeedList = comboBox(speeds);
+    controls.buttonConnect = std::make_shared<Button>(vellux::kTitleConnect, Button::kOff);
     controls.textFieldLyncStatus = textField();
-    controls.buttonSelectManualMode = button("Set the light myself");
+    controls.buttonSelectManualMode = button();
     controls.manualModeColorList = comboBox();
-    controls.manualModeFlashSpeedList = comboBox({"Steady", "Slow", "Medium", "Fast"});
+    speeds.insert(speeds.begin() + vellux::kSteadyPosition, vellux::kSteadyName);
+    controls.manualModeFlashSpeedList = comboBox(speeds);
 }
 
 VelluxWindowUi::~VelluxWindowUi() = default; // where AboutDialog is known

@@ -7,14 +7,16 @@
 namespace vellux {
 
 struct FlashSpeed {
+    const char* strName;          // as the lists show it
     float flHalfPeriod;           // seconds, single precision: lights of type 1 and 2 are flashed by a worker
     std::uint8_t byHardwareSpeed; // for SelectLightFlashSpeed: V30 lights flash by themselves
 };
 
-inline constexpr FlashSpeed kFlashSpeeds[] = {{0.75F, 0}, {0.35F, 1}, {0.1F, 2}};
+inline constexpr FlashSpeed kFlashSpeeds[] = {{"Slow", 0.75F, 0}, {"Medium", 0.35F, 1}, {"Fast", 0.1F, 2}};
 
 /// Position of the manual list that means a steady light; the speeds come after it.
 inline constexpr std::int64_t kSteadyPosition = 0;
+inline constexpr const char* kSteadyName = "Steady";
 
 /// The speed at a position of the sync list; null when there is none.
 inline const FlashSpeed* syncFlashSpeed(std::int64_t nPosition) {

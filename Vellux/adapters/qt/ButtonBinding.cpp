@@ -57,9 +57,11 @@ void ButtonBinding::press() {
 }
 
 void ButtonBinding::showContent() {
-    const QString strText = marked(m_model->title(), m_strMnemonic);
-    if (m_widget.text() != strText)
-        m_widget.setText(strText);
+    if (const std::string strTitle = m_model->title(); !strTitle.empty()) {
+        const QString strText = marked(strTitle, m_strMnemonic);
+        if (m_widget.text() != strText)
+            m_widget.setText(strText);
+    }
     if (m_widget.isCheckable())
         showState();
 }
