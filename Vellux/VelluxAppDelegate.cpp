@@ -31,7 +31,7 @@ void VelluxAppDelegate::applicationWillTerminate() {
     vellux::assertMainThread();
     VelluxWindowUi& controller = VelluxWindowUi::sharedVelluxWindowUi();
     AlertPopup::sharedAlertPopup().endWaiting();
-    controller.beginTermination();
+    controller.beginShutdown();
     controller.quitManualFlashingThread();
     controller.waitForManualFlashingThreadToExit();
     controller.quitSyncFlashingThread();

@@ -30,8 +30,8 @@ std::optional<std::string> readingOf(std::string_view strBody) {
             strReading += sender.events ? "[" : "-";
             for (const vellux::ChannelEvent& event :
                  sender.events.value_or(std::vector<vellux::ChannelEvent>())) {
-                add(event.rel);
-                add(event.type);
+                add(event.strRel);
+                add(event.strType);
             }
         }
     }

@@ -21,8 +21,8 @@ bool contains(const std::string& strText, const char* strPart) {
 }
 
 bool isPresenceNews(const vellux::ChannelEvent& event) {
-    return contains(*event.rel, "presence") &&
-           (contains(*event.type, "added") || contains(*event.type, "updated"));
+    return contains(*event.strRel, "presence") &&
+           (contains(*event.strType, "added") || contains(*event.strType, "updated"));
 }
 
 } // namespace
@@ -95,7 +95,7 @@ void VelluxHttp::connectionDidReceiveData(vellux::HttpConnection&, std::string_v
         if (!sender.events)
             return;
         for (const vellux::ChannelEvent& event : *sender.events) {
-            if (!event.rel || !event.type)
+            if (!event.strRel || !event.strType)
                 return;
             if (!isPresenceNews(event))
                 continue;

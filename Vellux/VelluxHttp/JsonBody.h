@@ -12,8 +12,8 @@ namespace vellux {
 
 /// One event of a batch.
 struct ChannelEvent {
-    std::optional<std::string> rel;  // "link" then "rel"
-    std::optional<std::string> type; // "type"
+    std::optional<std::string> strRel;  // "link" then "rel"
+    std::optional<std::string> strType; // "type"
 };
 
 /// One entry of a batch's "sender": its events, absent when it has no such list.

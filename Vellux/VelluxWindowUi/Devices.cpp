@@ -14,7 +14,7 @@ void VelluxWindowUi::devicePlugged() {
     if (nCount <= 0)
         return;
     if (m_light.get().access != vellux::LightState::Access::Usable) {
-        const vellux::ScopedLock lock(displayLock);
+        const vellux::ScopedLock lock(m_displayLock);
         m_lamp.set({}); // it refuses what follows and stays as dark as it came
     }
     VelluxTurnOffLight(0);

@@ -20,7 +20,7 @@ static_assert(std::size(kColourFunctions) == vellux::kColourCount);
 } // namespace
 
 std::int32_t VelluxWindowUi::displayVelluxColor(std::int32_t nColor) {
-    const vellux::ScopedLock lock(displayLock);
+    const vellux::ScopedLock lock(m_displayLock);
     const std::int32_t nResult = sendVelluxColor(nColor);
     showOnLamp(nColor, nResult);
     return nResult;
@@ -28,9 +28,9 @@ std::int32_t VelluxWindowUi::displayVelluxColor(std::int32_t nColor) {
 
 // Without the lamp, for the dark half of a worker's cycle: the lamp does not alternate.
 std::int32_t VelluxWindowUi::sendVelluxColor(std::int32_t nColor) {
-    const vellux::ScopedLock lock(displayLock);
+    const vellux::ScopedLock lock(m_displayLock);
     nCurrentVelluxColor = nColor;
-    if (nNumberOfVelluxDevices == 0 || bDisplayClosed)
+    if (nNumberOfVelluxDevices == 0 || m_bDisplayClosed)
         return static_cast<std::int32_t>(kIOReturnNoDevice);
     if (!vellux::canShow(nColor, vellux::familyAt(0)))
         return static_cast<std::int32_t>(kIOReturnSuccess);
@@ -40,7 +40,7 @@ std::int32_t VelluxWindowUi::sendVelluxColor(std::int32_t nColor) {
 // Under the display lock, so that the lamp has the light's order. A light that refused shows what it showed.
 void VelluxWindowUi::showOnLamp(std::int32_t nColor, std::int32_t nResult) {
     const bool bLight = nNumberOfVelluxDevices != 0;
-    if (bDisplayClosed || !vellux::isColour(nColor))
+    if (m_bDisplayClosed || !vellux::isColour(nColor))
         return;
     if (bLight && (nResult != static_cast<std::int32_t>(kIOReturnSuccess) ||
                    !vellux::canShow(nColor, vellux::familyAt(0))))
@@ -52,9 +52,9 @@ void VelluxWindowUi::showOnLamp(std::int32_t nColor, std::int32_t nResult) {
 }
 
 void VelluxWindowUi::switchOffForGood() {
-    const vellux::ScopedLock lock(displayLock);
+    const vellux::ScopedLock lock(m_displayLock);
     displayVelluxColor(vellux::kColourOff);
-    bDisplayClosed = true;
+    m_bDisplayClosed = true;
 }
 
 void VelluxWindowUi::makeColorArrays() {

@@ -104,10 +104,10 @@ void VelluxWindowUi::startManualFlashing() {
 // Replaces the sync worker, whose stop has been asked for. Under the gate the request is repeated, since the
 // other side may have started a new worker in between, and so is the question, since it may have left the call.
 void VelluxWindowUi::restartSyncFlashing() {
-    const vellux::ScopedLock gate(syncFlashGate);
+    const vellux::ScopedLock gate(m_syncFlashGate);
     bQuitSyncFlashing = true;
     waitForSyncFlashingThreadToExit();
-    if (bTerminating || !isToFlashOnCall())
+    if (m_bTerminating || !isToFlashOnCall())
         return;
     auto thread = std::make_shared<vellux::WorkerThread>([this] { syncFlashingThreadMainMethod(); },
                                                          vellux::WorkerThread::kHighestPriority);
@@ -118,12 +118,12 @@ void VelluxWindowUi::restartSyncFlashing() {
 
 void VelluxWindowUi::stopSyncFlashing() {
     quitSyncFlashingThread();
-    const vellux::ScopedLock gate(syncFlashGate);
+    const vellux::ScopedLock gate(m_syncFlashGate);
     bQuitSyncFlashing = true;
     waitForSyncFlashingThreadToExit();
 }
 
-void VelluxWindowUi::beginTermination() {
-    const vellux::ScopedLock gate(syncFlashGate);
-    bTerminating = true;
+void VelluxWindowUi::beginShutdown() {
+    const vellux::ScopedLock gate(m_syncFlashGate);
+    m_bTerminating = true;
 }

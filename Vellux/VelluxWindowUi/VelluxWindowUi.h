@@ -177,7 +177,7 @@ public:
     void waitForSyncFlashingThreadToExit();
     /// First step of ending: from now on no sync flashing worker is started, so that a status monitor still
     /// at work can't start one that nobody stops. Waits for the end of a worker being replaced.
-    void beginTermination();
+    void beginShutdown();
 
     // ---- PresencePolicy.cpp ----
     // On the thread of whoever brings the presence: main, or the status monitor. May wait for the sync worker.
@@ -222,7 +222,7 @@ private:
     void makeColorArrays() VELLUX_REQUIRES(vellux::mainThreadRole);
     void fillColorLists() VELLUX_REQUIRES(vellux::mainThreadRole);
     std::int32_t sendVelluxColor(std::int32_t nColor);
-    void showOnLamp(std::int32_t nColor, std::int32_t nResult) VELLUX_REQUIRES(displayLock);
+    void showOnLamp(std::int32_t nColor, std::int32_t nResult) VELLUX_REQUIRES(m_displayLock);
 
     // FlashWorkers.cpp
     // What can make the light flash: itself, or one of the workers.
@@ -309,14 +309,14 @@ private:
     std::atomic<unsigned> m_nFlashers{0}; // set of Flasher
 
     // The display lock, first in the order of locks.
-    vellux::RecursiveMutex displayLock;
-    bool bDisplayClosed VELLUX_GUARDED_BY(displayLock) = false;
+    vellux::RecursiveMutex m_displayLock;
+    bool m_bDisplayClosed VELLUX_GUARDED_BY(m_displayLock) = false;
 
     // Makes each stop, wait, create, clear, start sequence of the sync worker whole: main and the status
     // monitor both reach it, and without the gate one could wait forever for a worker whose stop flag the
     // other has just cleared. Its holder waits for nothing but the worker's end, and takes innermost locks only.
-    vellux::Mutex syncFlashGate;
-    bool bTerminating VELLUX_GUARDED_BY(syncFlashGate) = false;
+    vellux::Mutex m_syncFlashGate;
+    bool m_bTerminating VELLUX_GUARDED_BY(m_syncFlashGate) = false;
 };
 
 /// Where the shared instance is kept.
