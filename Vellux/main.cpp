@@ -10,7 +10,7 @@
 #include "adapters/dbus/ProcessActivity.h"
 #include "adapters/dbus/ResumeNotice.h"
 #include "adapters/dbus/SingleInstance.h"
-#include "adapters/hidapi/HidrawManager.h"
+#include "adapters/hidraw/HidrawManager.h"
 #include "adapters/linux/Resources.h"
 #include "adapters/linux/StandardDirectories.h"
 #include "adapters/linux/SystemClock.h"

@@ -2,7 +2,7 @@
 
 #include "FuzzWorld.h"
 
-#include "adapters/hidapi/HidrawCatalogue.h"
+#include "adapters/hidraw/HidrawCatalogue.h"
 
 using fuzzing::require;
 

@@ -10,7 +10,7 @@ die() {
 build_packages=(
     g++ cmake ninja-build pkg-config
     libssl-dev uuid-dev nlohmann-json3-dev
-    libcurl4-openssl-dev libhidapi-dev libudev-dev
+    libcurl4-openssl-dev libudev-dev
     libcpp-httplib-dev ca-certificates
     qt6-base-dev qt6-wayland libxcb1-dev
 )

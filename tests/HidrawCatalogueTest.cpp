@@ -1,6 +1,6 @@
 // Which devices are listed, and which notices the difference of two listings gives.
 
-#include "adapters/hidapi/HidrawCatalogue.h"
+#include "adapters/hidraw/HidrawCatalogue.h"
 
 #include <gtest/gtest.h>
 

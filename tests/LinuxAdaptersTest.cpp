@@ -1,6 +1,6 @@
 // The adapters to Linux as far as any machine shows them, whatever devices it has.
 
-#include "adapters/hidapi/HidrawManager.h"
+#include "adapters/hidraw/HidrawManager.h"
 #include "adapters/linux/StandardDirectories.h"
 #include "adapters/linux/SystemClock.h"
 #include "adapters/linux/TerminationWatch.h"

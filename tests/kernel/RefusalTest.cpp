@@ -1,7 +1,7 @@
 // Lights that refuse reports, hang, or leave in the middle of one.
 
 #include "World.h"
-#include "adapters/hidapi/HidrawManager.h"
+#include "adapters/hidraw/HidrawManager.h"
 #include "threads/CallQueue.h"
 
 #include <cerrno>

@@ -1,25 +1,26 @@
-// The HID port on hidapi's hidraw backend.
+// The HID port on the kernel's hidraw nodes.
 #pragma once
 
+#include "adapters/hidraw/HidrawListing.h"
 #include "ports/HidManager.h"
 #include "threads/MainThread.h"
 #include "threads/Shared.h"
 
+#include <atomic>
 #include <memory>
 #include <vector>
 
 namespace vellux {
 
-class HidrawHandles;
 class HidrawWatch;
 
-/// The process's one HID manager. Everything that is global in hidapi happens on its device-watch thread,
-/// which runs from open() to close(); reports are written on the threads that send them. No lock is held
-/// while a notice is delivered.
+/// The process's one HID manager. Its device-watch thread, which runs from open() to close(), lists and opens
+/// the devices; reports are written on the threads that send them. No lock is held while a notice is
+/// delivered.
 class HidrawManager : public HidManager {
 public:
     /// `mainThread` must outlive the manager; notices are posted to it.
-    explicit HidrawManager(MainThread& mainThread);
+    explicit HidrawManager(MainThread& mainThread, HidrawSystem system = {});
     /// Closes the manager. Main thread.
     ~HidrawManager() override;
     HidrawManager(const HidrawManager&) = delete;
@@ -35,8 +36,8 @@ public:
     /// Notices that are due while the manager is not scheduled are dropped, not kept.
     void unscheduleFromRunLoop() override;
     /// Waits until each device has been listed and opened. Without a udev daemon the devices that are there
-    /// are found, but later changes are not noticed. Without a descriptor or a thread for the watch there are no
-    /// lights; standard error says so.
+    /// are found, but later changes are not noticed. Without a descriptor or a thread for the watch there are
+    /// no lights; standard error says so.
     HidResult open() override;
     /// Waits for the device-watch thread, which takes as long as the opening of a device under way.
     void close() override;
@@ -51,8 +52,9 @@ public:
     /// From now on a device whose last send timed out gets no further report: its sends answer ETIMEDOUT at once.
     void beginShutdown() override;
     /// errno of the failure; EACCES and the like for a device that may not be opened, ENODEV for one that is
-    /// gone or not of this manager, EIO when a part of the report was taken. ETIMEDOUT for a device that hangs:
-    /// after 5 s, or at once for the 5 s that follow the second time in a row.
+    /// gone or not of this manager, EIO when a part of the report was taken, EINVAL for any but an output
+    /// report. ETIMEDOUT for a device that hangs: after 5 s, or at once for the 5 s that follow the second
+    /// time in a row.
     HidResult deviceSetReport(const HidDeviceRef& device, HidReportType type, std::uint8_t byReportID,
                               std::span<const std::uint8_t> payload) override;
 
@@ -65,7 +67,8 @@ private:
 
     MainThread& m_mainThread;
     const std::shared_ptr<Notices> m_notices;
-    const std::shared_ptr<HidrawHandles> m_handles;
+    const HidrawSystem m_system;
+    const std::shared_ptr<std::atomic<bool>> m_hurry = std::make_shared<std::atomic<bool>>(false);
     std::vector<HidMatching> m_matching VELLUX_GUARDED_BY(mainThreadRole);
     Shared<std::shared_ptr<HidrawWatch>> m_watch; // null while not open; set by the main thread
 };

@@ -1,7 +1,7 @@
-#include "adapters/hidapi/HidrawManager.h"
+#include "adapters/hidraw/HidrawManager.h"
 
-#include "adapters/hidapi/HidrawDevice.h"
-#include "adapters/hidapi/HidrawWatch.h"
+#include "adapters/hidraw/HidrawDevice.h"
+#include "adapters/hidraw/HidrawWatch.h"
 #include "ports/Platform.h"
 
 #include <cerrno>
@@ -33,9 +33,8 @@ struct HidrawManager::Notices {
     }
 };
 
-HidrawManager::HidrawManager(MainThread& mainThread)
-    : m_mainThread(mainThread), m_notices(std::make_shared<Notices>()),
-      m_handles(std::make_shared<HidrawHandles>()) {}
+HidrawManager::HidrawManager(MainThread& mainThread, HidrawSystem system)
+    : m_mainThread(mainThread), m_notices(std::make_shared<Notices>()), m_system(std::move(system)) {}
 
 HidrawManager::~HidrawManager() {
     HidrawManager::close();
@@ -87,7 +86,7 @@ HidResult HidrawManager::open() {
         for (const HidDeviceRef& device : changes.arrived)
             mainThread.post(Notices::call(notices, nSession, &Notices::arrival, device));
     };
-    auto watch = std::make_shared<HidrawWatch>(m_handles, m_matching, std::move(report));
+    auto watch = std::make_shared<HidrawWatch>(m_system, m_matching, m_hurry, std::move(report));
     const HidResult result = watch->start();
     if (result == 0)
         m_watch.set(std::move(watch));
@@ -141,7 +140,7 @@ HidResult HidrawManager::deviceSetReport(const HidDeviceRef& device, HidReportTy
 }
 
 void HidrawManager::beginShutdown() {
-    m_handles->beginShutdown();
+    *m_hurry = true;
 }
 
 void HidrawManager::redeliver() {

@@ -1,5 +1,5 @@
-// What the listed devices are, which of them belong to the manager's set, and what changed from one listing to
-// the next. Plain logic: no device library, no thread, no lock.
+// What the listed devices are, which of them belong to the manager's set, and what changed from one listing
+// to the next. Plain logic: no device library, no thread, no lock.
 #pragma once
 
 #include "ports/HidManager.h"
@@ -31,8 +31,9 @@ struct HidrawEntry {
 /// The numeric property of a device, as HidManager::deviceGetProperty names them.
 std::optional<std::int64_t> hidrawProperty(const HidrawEntry& entry, std::string_view strKey);
 
-/// The usage of the first top-level collection of a report descriptor, without its page (Device Class Definition
-/// for HID 1.11, 6.2.2); 0, which no device has, when the descriptor has no collection or is broken before it.
+/// The usage of the first top-level collection of a report descriptor, without its page (Device Class
+/// Definition for HID 1.11, 6.2.2); 0, which no device has, when the descriptor has no collection or is
+/// broken before it.
 std::uint16_t primaryUsage(std::span<const std::uint8_t> descriptor);
 
 /// The devices that match any of the entries, in listing order.
@@ -47,7 +48,7 @@ struct HidrawOpened {
 };
 
 /// Devices that have left and devices that have come, each in the order of their notices. Every removal is
-/// told before the first arrival.
+/// delivered before the first arrival.
 struct HidrawChanges {
     HidDeviceList removed;
     HidDeviceList arrived;

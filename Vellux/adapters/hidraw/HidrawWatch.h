@@ -1,10 +1,10 @@
 // The device watch: the thread that lists the devices, opens them and follows their coming and going.
 #pragma once
 
-#include "adapters/hidapi/HidrawCatalogue.h"
-#include "adapters/hidapi/HidrawDevice.h"
-#include "adapters/hidapi/HotplugSource.h"
-#include "adapters/hidapi/WakeUp.h"
+#include "adapters/hidraw/HidrawCatalogue.h"
+#include "adapters/hidraw/HidrawListing.h"
+#include "adapters/hidraw/HotplugSource.h"
+#include "adapters/hidraw/WakeUp.h"
 #include "threads/Shared.h"
 
 #include <atomic>
@@ -23,34 +23,37 @@ public:
     /// to date by then.
     using Report = std::function<void(const HidrawChanges&)>;
 
-    HidrawWatch(std::shared_ptr<HidrawHandles> handles, std::vector<HidMatching> matching, Report report);
+    /// `hurry` is for the devices: see HidrawDevice.
+    HidrawWatch(HidrawSystem system, std::vector<HidMatching> matching,
+                std::shared_ptr<const std::atomic<bool>> hurry, Report report);
     /// Stops the watch.
     ~HidrawWatch();
     HidrawWatch(const HidrawWatch&) = delete;
     HidrawWatch& operator=(const HidrawWatch&) = delete;
 
-    /// Starts the thread and waits until the devices have been listed, opened and reported for the first time.
-    /// 0, or the platform's code.
+    /// Starts the thread and waits until the devices have been listed, opened and reported for the first
+    /// time. 0, or the platform's code.
     HidResult start();
     /// Ends the thread and waits for it, which takes as long as the opening of a device under way. Nothing is
     /// reported any more after that, and devices() is empty. The thread that called start().
     void stop();
 
-    /// Lists anew and reports each present device as gone and come. Any thread; returns at once.
+    /// Lists again and reports each present device as gone and come. Any thread; returns at once.
     void redeliver();
     /// The present devices. Any thread.
     HidDeviceList devices() const { return m_devices.get(); }
 
 private:
-    void run(std::promise<HidResult> listed);
+    void run(std::promise<void> listed);
     void settle();
     void refresh(bool bRedeliver);
     HidrawOpened open(const HidrawEntry& entry);
 
-    const std::shared_ptr<HidrawHandles> m_handles;
+    const HidrawSystem m_system;
     const std::vector<HidMatching> m_matching;
+    const std::shared_ptr<const std::atomic<bool>> m_hurry;
     const Report m_report;
-    const std::shared_ptr<WakeUp> m_wake = std::make_shared<WakeUp>();
+    WakeUp m_wake;
     std::atomic<bool> m_bStop{false};
     std::atomic<bool> m_bRedeliver{false};
     Shared<HidDeviceList> m_devices;

@@ -1,4 +1,4 @@
-#include "adapters/hidapi/HidrawCatalogue.h"
+#include "adapters/hidraw/HidrawCatalogue.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,15 +1,15 @@
-// hidapi would list devices, too, but its 0.13 ends the program when one leaves while it is being listed: it
-// takes the length of an attribute that can no longer be read. Bad contacts and a resume from sleep do just
-// that, so this asks udev itself.
+#include "adapters/hidraw/HidrawListing.h"
 
-#include "adapters/hidapi/HidrawListing.h"
-
-#include "adapters/hidapi/Udev.h"
+#include "adapters/hidraw/HotplugSource.h" // UdevPtr
 
 #include <array>
+#include <cerrno>
 #include <cstdio>
+#include <fcntl.h>
 #include <fstream>
+#include <linux/hidraw.h>
 #include <string>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -25,15 +25,15 @@ std::uint16_t primaryUsageOf(const std::string& strPlace) {
         {reinterpret_cast<const std::uint8_t*>(bytes.data()), static_cast<std::size_t>(file.gcount())});
 }
 
-// The kernel numbers the HID devices that it meets, and the number is part of their place in sysfs; the node's
-// inode is new whenever a driver takes a device up anew.
+// The kernel numbers the HID devices that it meets, and the number is part of their place in sysfs; the
+// node's inode is new whenever a driver takes a device up again.
 std::string instanceOf(const char* strPlace, const char* strPath) {
     struct stat node {};
     const bool bNode = ::stat(strPath, &node) == 0;
     return std::string(strPlace) + '#' + (bNode ? std::to_string(node.st_ino) : "");
 }
 
-// Whatever is null has left.
+// Null means the device is gone.
 std::optional<HidrawEntry> describe(udev* pUdev, const char* strPlace) {
     const UdevPtr<udev_device> node(udev_device_new_from_syspath(pUdev, strPlace));
     if (node == nullptr)
@@ -53,7 +53,7 @@ std::optional<HidrawEntry> describe(udev* pUdev, const char* strPlace) {
                        static_cast<std::uint16_t>(nProductID), primaryUsageOf(strHidPlace)};
 }
 
-// By the socket through which udevd is told what to do.
+// By the socket through which udevd is controlled.
 bool isUdevRunning() {
     return ::access("/run/udev/control", F_OK) == 0;
 }
@@ -68,7 +68,8 @@ std::vector<HidrawEntry> listHidrawDevices() {
     const UdevPtr<udev_enumerate> enumeration(udev_enumerate_new(context.get()));
     if (enumeration == nullptr || udev_enumerate_add_match_subsystem(enumeration.get(), "hidraw") < 0)
         return devices;
-    // A node that udev has not finished with has not got its permissions yet; udev's word that it has will come.
+    // A node that udev has not finished with has not got its permissions yet; udev's word that it has will
+    // come.
     if (isUdevRunning() && udev_enumerate_add_match_is_initialized(enumeration.get()) < 0)
         return devices;
     if (udev_enumerate_scan_devices(enumeration.get()) < 0)
@@ -79,6 +80,21 @@ std::vector<HidrawEntry> listHidrawDevices() {
             devices.push_back(std::move(*entry));
     }
     return devices;
+}
+
+HidrawNode openHidrawNode(const std::string& strPath) {
+    const int nDescriptor = ::open(strPath.c_str(), O_RDWR | O_CLOEXEC);
+    if (nDescriptor < 0)
+        return {-1, static_cast<HidResult>(errno)};
+    // A light that is unplugged while the kernel powers it up opens all the same. Only a node that answers as
+    // one of hidraw's has a device behind it.
+    int nDescriptorSize = 0;
+    if (::ioctl(nDescriptor, HIDIOCGRDESCSIZE, &nDescriptorSize) < 0) {
+        const auto nRefusal = static_cast<HidResult>(errno);
+        ::close(nDescriptor);
+        return {-1, nRefusal};
+    }
+    return {nDescriptor, 0};
 }
 
 } // namespace vellux

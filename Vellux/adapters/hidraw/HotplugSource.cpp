@@ -1,4 +1,4 @@
-#include "adapters/hidapi/HotplugSource.h"
+#include "adapters/hidraw/HotplugSource.h"
 
 #include <array>
 #include <cerrno>
@@ -86,7 +86,7 @@ bool HotplugSource::wait(const WakeUp& wake, std::optional<std::chrono::millisec
     if (sources[kRefused].revents != 0)
         bChanged = drainRefused() || bChanged;
     if ((sources[kMonitor].revents & (POLLHUP | POLLNVAL)) != 0)
-        m_monitor.reset(); // it would be ready for ever
+        m_monitor.reset(); // else it would stay readable
     return bChanged;
 }
 

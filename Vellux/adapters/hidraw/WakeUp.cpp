@@ -1,4 +1,4 @@
-#include "adapters/hidapi/WakeUp.h"
+#include "adapters/hidraw/WakeUp.h"
 
 #include <sys/eventfd.h>
 #include <unistd.h>

@@ -1,0 +1,35 @@
+// The hidraw nodes of the system: which there are, and how one is opened.
+#pragma once
+
+#include "adapters/hidraw/HidrawCatalogue.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace vellux {
+
+/// Every device with a hidraw node, in the order of their places in sysfs; one that leaves meanwhile may be
+/// left out. Opens no device and waits for none. Any thread.
+std::vector<HidrawEntry> listHidrawDevices();
+
+/// What opening a node gives.
+struct HidrawNode {
+    /// The caller's to close; -1 when the node was refused.
+    int nDescriptor = -1;
+    /// errno of the refusal; 0 for an open node.
+    HidResult nRefusal = 0;
+};
+
+/// Opens a node for writing, close-on-exec: ENODEV for one whose device has just left, ENOTTY for a file that
+/// is no hidraw node. Blocks while the kernel powers the device up, or while a report is under way to any
+/// device. Any thread.
+HidrawNode openHidrawNode(const std::string& strPath);
+
+/// Where a device watch finds its devices. Both are called on its thread.
+struct HidrawSystem {
+    std::function<std::vector<HidrawEntry>()> list = listHidrawDevices;
+    std::function<HidrawNode(const std::string& strPath)> open = openHidrawNode;
+};
+
+} // namespace vellux
