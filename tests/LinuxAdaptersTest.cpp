@@ -10,13 +10,11 @@
 
 #include <gtest/gtest.h>
 
-#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <semaphore>
 #include <sys/resource.h>
-#include <system_error>
 #include <thread>
 #include <unistd.h>
 
@@ -85,70 +83,6 @@ TEST(TerminationWatch, OnlyALaterRequestOfAUserEndsAtOnce) {
             std::raise(SIGINT);
         },
         testing::ExitedWithCode(128 + SIGINT), "asked once");
-}
-
-// A watch that can't be ended or started again, and notices for nobody.
-TEST(HidrawManager, OpensAndClosesAgainAndAgain) {
-    const Watchdog watchdog("device watch");
-    CallQueue mainThread;
-    HidrawManager manager(mainThread);
-    int nNotices = 0;
-    EXPECT_FALSE(manager.copyDevices());
-    manager.redeliver();
-    manager.close();
-    for (int n = 0; n < 3; ++n) {
-        ASSERT_TRUE(manager.create());
-        manager.setDeviceMatchingMultiple({{{"VendorID", -1}}}); // no device has it
-        manager.registerDeviceMatchingCallback([&](const HidDeviceRef&) { ++nNotices; });
-        manager.registerDeviceRemovalCallback([&](const HidDeviceRef&) { ++nNotices; });
-        manager.scheduleWithRunLoop();
-        ASSERT_EQ(manager.open(), 0U);
-        EXPECT_EQ(manager.copyDevices(), HidDeviceList{});
-        manager.redeliver();
-        mainThread.runPending();
-        manager.close();
-        EXPECT_FALSE(manager.copyDevices());
-    }
-    mainThread.runPending();
-    EXPECT_EQ(nNotices, 0);
-}
-
-// A start that hangs or aborts, or a manager that is lost for good, when descriptors run out on the way.
-TEST(HidrawManager, OpensOrRefusesWithFewDescriptors) {
-    const Watchdog watchdog("device watch");
-    CallQueue mainThread;
-    HidrawManager manager(mainThread);
-    rlimit usual{};
-    ::getrlimit(RLIMIT_NOFILE, &usual);
-    const auto openAndClose = [&manager] {
-        EXPECT_TRUE(manager.create());
-        const HidResult result = manager.open();
-        manager.redeliver();
-        manager.close();
-        return result;
-    };
-    // What a sanitizer meets for the first time may cost it a descriptor.
-    EXPECT_EQ(openAndClose(), 0U);
-    EXPECT_NE(std::generic_category().message(EMFILE), "");
-    const int nFirstFree = ::dup(0);
-    ::close(nFirstFree);
-    for (int nFree = 0; nFree <= 6; ++nFree) {
-        const rlimit few{static_cast<rlim_t>(nFirstFree + nFree), usual.rlim_max};
-        ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
-        EXPECT_EQ(openAndClose(), nFree == 0 ? HidResult{EMFILE} : 0U) << nFree;
-    }
-    ::setrlimit(RLIMIT_NOFILE, &usual);
-    EXPECT_EQ(manager.open(), 0U);
-}
-
-TEST(HidrawManager, ReferencesOfOthersAreNoDevicesOfTheManager) {
-    CallQueue mainThread;
-    HidrawManager manager(mainThread);
-    const std::uint8_t byPayload = 0;
-    for (const HidDeviceRef& device : {HidDeviceRef(), std::make_shared<HidDevice>()}) {
-        EXPECT_EQ(manager.deviceSetReport(device, HidReportType::Output, 0, {&byPayload, 1}), ENODEV);
-        EXPECT_EQ(manager.deviceGetProperty(device, "VendorID"), std::nullopt);
-    }
 }
 
 } // namespace

@@ -1,0 +1,187 @@
+// What a light gets, and what its sender hears.
+
+#include "adapters/hidraw/HidrawDevice.h"
+#include "fakes/KernelWrites.h"
+#include "fakes/SocketLight.h"
+#include "fakes/Watchdog.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <numeric>
+#include <semaphore>
+#include <thread>
+
+using namespace vellux;
+using namespace std::chrono_literals;
+
+namespace {
+
+using Bytes = SocketLight::Bytes;
+
+class HidrawDeviceTest : public testing::Test {
+protected:
+    HidrawDeviceTest() { std::signal(SIGPIPE, SIG_IGN); } // as the program does
+    ~HidrawDeviceTest() override { kernel_writes::answer = {}; }
+
+    std::shared_ptr<HidrawDevice> open(HidrawNode node) {
+        return std::make_shared<HidrawDevice>(HidrawEntry{}, node, m_hurry, [this] { return m_now; });
+    }
+    static HidResult send(HidrawDevice& device, const Bytes& payload = {1, 2, 3, 4, 5, 6, 7, 8}) {
+        return device.send(HidReportType::Output, 0, payload);
+    }
+
+    const Watchdog m_watchdog{"a report"};
+    const std::shared_ptr<std::atomic<bool>> m_hurry = std::make_shared<std::atomic<bool>>(false);
+    CircuitBreaker::Time m_now;
+    SocketLight m_light;
+};
+
+// A report without its ID, which the kernel takes for one with the first byte as its ID; one that is cut,
+// padded or split in two; a feature report that goes out as an output report.
+TEST_F(HidrawDeviceTest, AReportIsOneWriteOfIdAndPayload) {
+    const auto device = open(m_light.node());
+    EXPECT_EQ(device->refusal(), 0U);
+    Bytes plain(64);
+    std::iota(plain.begin(), plain.end(), std::uint8_t{0x60});
+    const struct {
+        std::uint8_t byReportID;
+        Bytes payload;
+    } rows[] = {{0, {0x55, 0x53, 0x42, 0x43, 0x00, 0x40, 0x02, 0xEF}}, {0, plain}, {7, {0, 9}}, {0, {}}};
+    for (const auto& row : rows) {
+        EXPECT_EQ(device->send(HidReportType::Output, row.byReportID, row.payload), 0U);
+        Bytes report = row.payload;
+        report.insert(report.begin(), row.byReportID);
+        EXPECT_EQ(m_light.reports(), std::vector<Bytes>{report});
+    }
+    for (const auto type : {HidReportType::Input, HidReportType::Feature})
+        EXPECT_EQ(device->send(type, 0, plain), static_cast<HidResult>(EINVAL));
+    EXPECT_EQ(m_light.reports(), std::vector<Bytes>());
+}
+
+// A failure taken for success or for another one, or one that lasts.
+TEST_F(HidrawDeviceTest, AFailureIsTheErrnoOfItsReportAlone) {
+    const auto device = open(m_light.node());
+    for (const int nError : {ENODEV, EPIPE, ETIMEDOUT, EPROTO, EIO, EINTR, EAGAIN}) {
+        kernel_writes::answer = [nError] { return nError; };
+        EXPECT_EQ(send(*device), static_cast<HidResult>(nError));
+        kernel_writes::answer = {};
+        EXPECT_EQ(send(*device), 0U) << nError;
+    }
+    kernel_writes::nMost = 8;
+    EXPECT_EQ(send(*device), static_cast<HidResult>(EIO));
+    kernel_writes::nMost = SIZE_MAX;
+    EXPECT_EQ(m_light.reports().size(), 8U); // the last one is short
+    m_light.unplug();
+    EXPECT_EQ(send(*device), static_cast<HidResult>(EPIPE));
+
+    const auto refused = open({-1, EACCES});
+    EXPECT_EQ(refused->refusal(), static_cast<HidResult>(EACCES));
+    EXPECT_EQ(send(*refused), static_cast<HidResult>(EACCES));
+}
+
+// A light that hangs and is waited for each time, that is given up for good or by mistake, or that is not
+// left alone for as long as it was waited for.
+TEST_F(HidrawDeviceTest, ALightThatHangsIsLeftAlone) {
+    constexpr HidResult hangs = ETIMEDOUT, refuses = EPIPE;
+    constexpr bool bAsked = true, bLeftAlone = false, bHurry = true;
+    const struct {
+        std::chrono::milliseconds pause;
+        HidResult answer, result;
+        bool bAsked;
+        bool bHurry = false;
+    } steps[] = {
+        {0s, hangs, hangs, bAsked}, // not in a row
+        {0s, 0, 0, bAsked},
+        {0s, hangs, hangs, bAsked},
+        {0s, refuses, refuses, bAsked},
+        {0s, hangs, hangs, bAsked}, // in a row
+        {0s, hangs, hangs, bAsked},
+        {0s, 0, hangs, bLeftAlone},
+        {4999ms, 0, hangs, bLeftAlone},
+        {1ms, hangs, hangs, bAsked}, // a trial that fails
+        {4999ms, 0, hangs, bLeftAlone},
+        {1ms, 0, 0, bAsked}, // and one that does not
+        {0s, hangs, hangs, bAsked},
+        {0s, 0, 0, bAsked},
+        {0s, 0, 0, bAsked, bHurry},
+        {0s, refuses, refuses, bAsked, bHurry},
+        {0s, hangs, hangs, bAsked, bHurry},
+        {0s, 0, hangs, bLeftAlone, bHurry},
+        {1h, 0, hangs, bLeftAlone, bHurry},
+    };
+    const auto device = open(m_light.node());
+    for (const auto& step : steps) {
+        SCOPED_TRACE(&step - steps);
+        m_now += step.pause;
+        *m_hurry = step.bHurry;
+        bool bReached = false;
+        kernel_writes::answer = [&] {
+            bReached = true;
+            m_now += step.answer == hangs ? 5s : 0s; // as the kernel waits
+            return static_cast<int>(step.answer);
+        };
+        EXPECT_EQ(send(*device), step.result);
+        EXPECT_EQ(bReached, step.bAsked);
+    }
+}
+
+// Two reports under way at once to a light that takes one after the other.
+TEST_F(HidrawDeviceTest, SendsToOneDeviceWaitForEachOther) {
+    const auto device = open(m_light.node());
+    std::atomic<int> nInside = 0, nMost = 0;
+    kernel_writes::answer = [&] {
+        nMost = std::max(nMost.load(), ++nInside);
+        std::this_thread::sleep_for(1ms);
+        --nInside;
+        return 0;
+    };
+    const auto sendTen = [&] {
+        for (int n = 0; n < 10; ++n)
+            EXPECT_EQ(send(*device), 0U);
+    };
+    std::thread other(sendTen);
+    sendTen();
+    other.join();
+    EXPECT_EQ(nMost, 1);
+    EXPECT_EQ(m_light.reports().size(), 20U);
+}
+
+// A descriptor that is closed, and taken by the next file, under a report that still waits; or one that is
+// never closed.
+TEST_F(HidrawDeviceTest, TheLastReferenceClosesTheNode) {
+    int nReports = 1;
+    while (::send(m_light.node().nDescriptor, "", 1, MSG_DONTWAIT) == 1)
+        ++nReports; // until the next one has to wait
+    auto device = open(m_light.node());
+    std::binary_semaphore entered(0);
+    kernel_writes::answer = [&] {
+        entered.release();
+        return 0;
+    };
+    std::thread sender([device] { EXPECT_EQ(send(*device), 0U); });
+    entered.acquire();
+    device.reset();
+    EXPECT_EQ(m_light.waitUntilClosed(), nReports);
+    sender.join();
+}
+
+// What is no node written to as if it were one; a descriptor that each try leaves.
+TEST(HidrawListing, OnlyHidrawNodesOpen) {
+    const int nFirstFree = ::dup(0);
+    ::close(nFirstFree);
+    const struct {
+        const char* strPath;
+        HidResult refusal;
+    } rows[] = {{"/dev/null", ENOTTY}, {"/", EISDIR}, {"/dev/hidraw-none", ENOENT}};
+    for (const auto& row : rows) {
+        const HidrawNode node = openHidrawNode(row.strPath);
+        EXPECT_EQ(node.nDescriptor, -1) << row.strPath;
+        EXPECT_EQ(node.nRefusal, row.refusal) << row.strPath;
+    }
+    const int nStillFree = ::dup(0);
+    ::close(nStillFree);
+    EXPECT_EQ(nStillFree, nFirstFree);
+}
+
+} // namespace

@@ -1,0 +1,262 @@
+// The manager and its device watch, on nodes that a test lists and opens.
+
+#include "adapters/hidraw/HidrawManager.h"
+#include "fakes/KernelWrites.h"
+#include "fakes/SocketLight.h"
+#include "fakes/Watchdog.h"
+#include "threads/CallQueue.h"
+
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <sys/resource.h>
+#include <system_error>
+
+using namespace vellux;
+
+namespace {
+
+using Names = std::vector<std::string>;
+
+class HidrawManagerTest : public testing::Test {
+protected:
+    HidrawManagerTest() { std::filesystem::create_directory(m_directory); }
+    ~HidrawManagerTest() override {
+        kernel_writes::answer = {};
+        m_manager.close();
+        std::filesystem::remove_all(m_directory);
+    }
+
+    /// A manager as the program makes it.
+    void create() {
+        ASSERT_TRUE(m_manager.create());
+        m_manager.setDeviceMatchingMultiple({{{"VendorID", kVendor}}});
+        m_manager.registerDeviceMatchingCallback([this](const auto& device) { note("+", device); });
+        m_manager.registerDeviceRemovalCallback([this](const auto& device) { note("-", device); });
+        m_manager.scheduleWithRunLoop();
+    }
+    /// What is plugged from now on, by product.
+    void plug(const std::vector<std::uint16_t>& products, std::uint16_t nVendor = kVendor) {
+        std::vector<HidrawEntry> entries;
+        for (const std::uint16_t nProduct : products)
+            entries.push_back({node(nProduct), "", nVendor, nProduct, 1});
+        m_listed.set(entries);
+    }
+    /// The next openings of a node are refused.
+    void refuse(std::uint16_t nProduct, int nTimes) {
+        m_refusals.update([&](auto& refusals) { refusals[node(nProduct)] = nTimes; });
+    }
+    /// As when its permissions change.
+    void touch(std::uint16_t nProduct) {
+        std::ofstream(node(nProduct)).put(' ');
+        std::filesystem::permissions(node(nProduct), std::filesystem::perms::owner_all);
+    }
+    /// The light behind a node that has been opened.
+    std::shared_ptr<SocketLight> light(std::uint16_t nProduct) {
+        return m_opened.with([&](const auto& opened) { return opened.at(node(nProduct)); });
+    }
+
+    /// The notices since the last call, as soon as there are so many.
+    Names notices(std::size_t nExpected) {
+        while (m_notices.size() < nExpected)
+            m_mainThread.runPending();
+        m_mainThread.runPending();
+        return std::exchange(m_notices, {});
+    }
+    /// Waits until so many calls have been posted since the last call, and leaves them queued.
+    void waitUntilPosted(int nCalls) {
+        while (m_nPosted < nCalls)
+            std::this_thread::yield();
+        m_nPosted -= nCalls;
+    }
+    HidDeviceList devices() { return m_manager.copyDevices().value(); }
+    Names present() {
+        Names names;
+        for (const HidDeviceRef& device : devices())
+            names.push_back(name(device));
+        return names;
+    }
+    HidResult send(const HidDeviceRef& device) {
+        return m_manager.deviceSetReport(device, HidReportType::Output, 0, kReport);
+    }
+
+    static constexpr std::uint16_t kVendor = 0x1130;
+    const std::vector<std::uint8_t> kReport = {1, 2, 3};
+    const Watchdog m_watchdog{"device watch"};
+    std::atomic<int> m_nPosted = 0;
+    CallQueue m_mainThread{[this] { ++m_nPosted; }};
+    HidrawManager m_manager{
+        m_mainThread, {[this] { return m_listed.get(); }, [this](const auto& str) { return open(str); }}};
+
+private:
+    HidrawNode open(const std::string& strPath) {
+        if (m_refusals.with([&](const auto& refusals) {
+                const auto it = refusals.find(strPath);
+                return it != refusals.end() && it->second > 0;
+            })) {
+            m_refusals.update([&](auto& refusals) { --refusals[strPath]; });
+            return {-1, EACCES};
+        }
+        const auto light = std::make_shared<SocketLight>();
+        m_opened.update([&](auto& opened) { opened[strPath] = light; });
+        return light->node();
+    }
+    std::string node(std::uint16_t nProduct) const { return m_directory / std::to_string(nProduct); }
+    std::string name(const HidDeviceRef& device) {
+        return std::to_string(m_manager.deviceGetProperty(device, "ProductID").value_or(-1));
+    }
+    void note(const char* strWhat, const HidDeviceRef& device) {
+        m_notices.push_back(strWhat + name(device));
+    }
+
+    const std::filesystem::path m_directory =
+        std::filesystem::temp_directory_path() / ("vellux-nodes-" + std::to_string(::getpid()));
+    Names m_notices;
+    Shared<std::vector<HidrawEntry>> m_listed;
+    Shared<std::map<std::string, int>> m_refusals;
+    Shared<std::map<std::string, std::shared_ptr<SocketLight>>> m_opened;
+};
+
+// Notices in the wrong order, from within open(), or of other makers' devices; a light that is opened at each
+// listing; a node that stays open after its light has left.
+TEST_F(HidrawManagerTest, NoticesAreTheDifferenceOfTwoListings) {
+    create();
+    plug({1, 2});
+    ASSERT_EQ(m_manager.open(), 0U);
+    EXPECT_EQ(present(), (Names{"1", "2"}));
+    waitUntilPosted(2);
+    EXPECT_EQ(notices(2), (Names{"+1", "+2"}));
+    const auto first = light(1);
+    const auto second = light(2);
+
+    plug({2, 3});
+    m_manager.redeliver();
+    EXPECT_EQ(notices(4), (Names{"-1", "-2", "+2", "+3"}));
+    EXPECT_EQ(present(), (Names{"2", "3"}));
+    EXPECT_EQ(first->waitUntilClosed(), 0);
+    EXPECT_EQ(light(2), second);
+    EXPECT_EQ(send(devices().back()), 0U);
+    EXPECT_TRUE(second->reports().empty());
+    EXPECT_EQ(light(3)->reports().size(), 1U);
+
+    plug({4}, 0x046D);
+    m_manager.redeliver();
+    EXPECT_EQ(notices(2), (Names{"-2", "-3"}));
+}
+
+// A light that nobody can ask about, since it may not be opened; one that stays dark after its permissions
+// came, or because they came while it was looked at.
+TEST_F(HidrawManagerTest, ALightThatMayNotBeOpenedIsListedUntilItMay) {
+    create();
+    plug({1, 2});
+    constexpr int kTries = 2; // at each listing
+    refuse(1, 3 * kTries);
+    refuse(2, 1);
+    ASSERT_EQ(m_manager.open(), 0U);
+    EXPECT_EQ(notices(2), (Names{"+1", "+2"}));
+    const HidDeviceList listed = devices();
+    EXPECT_EQ(m_manager.deviceOpenResult(listed[0]), static_cast<HidResult>(EACCES));
+    EXPECT_TRUE(m_manager.isPermissionRefusal(EACCES) && m_manager.isPermissionRefusal(EPERM));
+    EXPECT_FALSE(m_manager.isPermissionRefusal(ENODEV));
+    EXPECT_EQ(send(listed[0]), static_cast<HidResult>(EACCES));
+    EXPECT_EQ(m_manager.deviceOpenResult(listed[1]), 0U);
+    EXPECT_EQ(send(listed[1]), 0U);
+
+    while (m_nPosted < 4) // until it is let in, at the fourth listing at the latest
+        touch(1);
+    EXPECT_EQ(notices(2), (Names{"-1", "+1"}));
+    EXPECT_EQ(present(), (Names{"1", "2"}));
+    EXPECT_EQ(send(listed[0]), static_cast<HidResult>(EACCES));
+    EXPECT_EQ(send(devices().front()), 0U);
+    EXPECT_EQ(light(1)->reports().size(), 1U);
+}
+
+// Notices for nobody, or of another session; a watch that can't be ended or started again.
+TEST_F(HidrawManagerTest, NoticesAreForTheSessionThatListens) {
+    EXPECT_FALSE(m_manager.copyDevices());
+    m_manager.redeliver();
+    m_manager.close();
+    create();
+    plug({1});
+    for (int nSession = 0; nSession < 3; ++nSession) {
+        ASSERT_EQ(m_manager.open(), 0U);
+        ASSERT_EQ(m_manager.open(), 0U); // changes nothing
+        waitUntilPosted(1);
+        if (nSession == 1) {
+            EXPECT_EQ(notices(1), Names{"+1"});
+            m_manager.unscheduleFromRunLoop();
+            m_manager.redeliver();
+            waitUntilPosted(2);
+            EXPECT_EQ(notices(0), Names{});
+            m_manager.scheduleWithRunLoop();
+        }
+        const auto device = devices().front();
+        m_manager.close();
+        EXPECT_FALSE(m_manager.copyDevices());
+        EXPECT_EQ(send(device), 0U);
+    }
+    EXPECT_EQ(notices(0), Names{});
+
+    create();
+    ASSERT_EQ(m_manager.open(), 0U);
+    waitUntilPosted(1);
+    ASSERT_TRUE(m_manager.create());
+    EXPECT_FALSE(m_manager.copyDevices());
+    m_manager.scheduleWithRunLoop();
+    ASSERT_EQ(m_manager.open(), 0U);
+    EXPECT_EQ(present(), Names{}); // nothing matched
+    EXPECT_EQ(notices(0), Names{});
+}
+
+// A program whose end waits for a light that hangs.
+TEST_F(HidrawManagerTest, AHurryReachesEachLight) {
+    create();
+    plug({1});
+    ASSERT_EQ(m_manager.open(), 0U);
+    const auto device = devices().front();
+    int nWrites = 0;
+    kernel_writes::answer = [&nWrites] { return ++nWrites, ETIMEDOUT; };
+    m_manager.hurry();
+    for (int nAttempt = 0; nAttempt < 3; ++nAttempt)
+        EXPECT_EQ(send(device), static_cast<HidResult>(ETIMEDOUT));
+    EXPECT_EQ(nWrites, 1);
+}
+
+TEST_F(HidrawManagerTest, ReferencesOfOthersAreNoDevicesOfTheManager) {
+    for (const HidDeviceRef& device : {HidDeviceRef(), std::make_shared<HidDevice>()}) {
+        EXPECT_EQ(send(device), static_cast<HidResult>(ENODEV));
+        EXPECT_EQ(m_manager.deviceOpenResult(device), static_cast<HidResult>(ENODEV));
+        EXPECT_EQ(m_manager.deviceGetProperty(device, "VendorID"), std::nullopt);
+    }
+}
+
+// A start that hangs or aborts, or a manager that is lost for good, when descriptors run out on the way.
+TEST(HidrawManager, OpensOrRefusesWithFewDescriptors) {
+    const Watchdog watchdog("device watch");
+    CallQueue mainThread;
+    HidrawManager manager(mainThread);
+    rlimit usual{};
+    ::getrlimit(RLIMIT_NOFILE, &usual);
+    const auto openAndClose = [&manager] {
+        EXPECT_TRUE(manager.create());
+        const HidResult result = manager.open();
+        manager.redeliver();
+        manager.close();
+        return result;
+    };
+    // What a sanitizer meets for the first time may cost it a descriptor.
+    EXPECT_EQ(openAndClose(), 0U);
+    EXPECT_NE(std::generic_category().message(EMFILE), "");
+    const int nFirstFree = ::dup(0);
+    ::close(nFirstFree);
+    for (int nFree = 0; nFree <= 6; ++nFree) {
+        const rlimit few{static_cast<rlim_t>(nFirstFree + nFree), usual.rlim_max};
+        ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
+        EXPECT_EQ(openAndClose(), nFree == 0 ? HidResult{EMFILE} : 0U) << nFree;
+    }
+    ::setrlimit(RLIMIT_NOFILE, &usual);
+    EXPECT_EQ(manager.open(), 0U);
+}
+
+} // namespace
