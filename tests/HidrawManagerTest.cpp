@@ -28,13 +28,18 @@ protected:
         std::filesystem::remove_all(m_directory);
     }
 
-    /// A manager as the program makes it.
-    void create() {
+    enum class Step { Match, Register, Schedule };
+    /// A fresh manager, made as the program does, or with a step left out.
+    void create(std::optional<Step> leftOut = std::nullopt) {
         ASSERT_TRUE(m_manager.create());
-        m_manager.setDeviceMatchingMultiple({{{"VendorID", kVendor}}});
-        m_manager.registerDeviceMatchingCallback([this](const auto& device) { note("+", device); });
-        m_manager.registerDeviceRemovalCallback([this](const auto& device) { note("-", device); });
-        m_manager.scheduleWithRunLoop();
+        if (leftOut != Step::Match)
+            m_manager.setDeviceMatchingMultiple({{{"VendorID", kVendor}}});
+        if (leftOut != Step::Register) {
+            m_manager.registerDeviceMatchingCallback([this](const auto& device) { note("+", device); });
+            m_manager.registerDeviceRemovalCallback([this](const auto& device) { note("-", device); });
+        }
+        if (leftOut != Step::Schedule)
+            m_manager.scheduleWithRunLoop();
     }
     /// What is plugged from now on, by product.
     void plug(const std::vector<std::uint16_t>& products, std::uint16_t nVendor = kVendor) {
@@ -198,15 +203,14 @@ TEST_F(HidrawManagerTest, NoticesAreForTheSessionThatListens) {
     }
     EXPECT_EQ(notices(0), Names{});
 
-    create();
-    ASSERT_EQ(m_manager.open(), 0U);
-    waitUntilPosted(1);
-    ASSERT_TRUE(m_manager.create());
-    EXPECT_FALSE(m_manager.copyDevices());
-    m_manager.scheduleWithRunLoop();
-    ASSERT_EQ(m_manager.open(), 0U);
-    EXPECT_EQ(present(), Names{}); // nothing matched
-    EXPECT_EQ(notices(0), Names{});
+    // Nothing is left of the manager before.
+    for (const Step leftOut : {Step::Match, Step::Register, Step::Schedule}) {
+        create(leftOut);
+        EXPECT_FALSE(m_manager.copyDevices());
+        ASSERT_EQ(m_manager.open(), 0U);
+        EXPECT_EQ(present().size(), leftOut == Step::Match ? 0U : 1U);
+        EXPECT_EQ(notices(0), Names{});
+    }
 }
 
 // A program whose end waits for a light that hangs.
@@ -231,7 +235,8 @@ TEST_F(HidrawManagerTest, ReferencesOfOthersAreNoDevicesOfTheManager) {
     }
 }
 
-// A start that hangs or aborts, or a manager that is lost for good, when descriptors run out on the way.
+// A start that hangs or aborts, or a manager that is lost for good, when descriptors run out on the way; one
+// that leaves descriptors open.
 TEST(HidrawManager, OpensOrRefusesWithFewDescriptors) {
     const Watchdog watchdog("device watch");
     CallQueue mainThread;
@@ -248,14 +253,19 @@ TEST(HidrawManager, OpensOrRefusesWithFewDescriptors) {
     // What a sanitizer meets for the first time may cost it a descriptor.
     EXPECT_EQ(openAndClose(), 0U);
     EXPECT_NE(std::generic_category().message(EMFILE), "");
-    const int nFirstFree = ::dup(0);
-    ::close(nFirstFree);
+    const auto firstFree = [] {
+        const int nFree = ::dup(0);
+        ::close(nFree);
+        return nFree;
+    };
+    const int nFirstFree = firstFree();
     for (int nFree = 0; nFree <= 6; ++nFree) {
         const rlimit few{static_cast<rlim_t>(nFirstFree + nFree), usual.rlim_max};
         ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
         EXPECT_EQ(openAndClose(), nFree == 0 ? HidResult{EMFILE} : 0U) << nFree;
     }
     ::setrlimit(RLIMIT_NOFILE, &usual);
+    EXPECT_EQ(firstFree(), nFirstFree);
     EXPECT_EQ(manager.open(), 0U);
 }
 

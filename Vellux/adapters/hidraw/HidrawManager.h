@@ -66,7 +66,7 @@ private:
     struct Notices;
 
     MainThread& m_mainThread;
-    const std::shared_ptr<Notices> m_notices;
+    const std::shared_ptr<Notices> m_notices VELLUX_GUARDED_BY(mainThreadRole);
     const HidrawSystem m_system;
     const std::shared_ptr<std::atomic<bool>> m_hurry = std::make_shared<std::atomic<bool>>(false);
     std::vector<HidMatching> m_matching VELLUX_GUARDED_BY(mainThreadRole);
