@@ -68,10 +68,12 @@ TEST_F(HidrawDeviceTest, AFailureIsTheErrnoOfItsReportAlone) {
         kernel_writes::answer = {};
         EXPECT_EQ(send(*device), 0U) << nError;
     }
-    kernel_writes::nMost = 8;
-    EXPECT_EQ(send(*device), static_cast<HidResult>(EIO));
+    for (const std::size_t nMost : {8U, 0U}) {
+        kernel_writes::nMost = nMost;
+        EXPECT_EQ(send(*device), static_cast<HidResult>(EIO));
+    }
     kernel_writes::nMost = SIZE_MAX;
-    EXPECT_EQ(m_light.reports().size(), 8U); // the last one is short
+    EXPECT_EQ(m_light.reports().size(), 8U); // and an empty one
     m_light.unplug();
     EXPECT_EQ(send(*device), static_cast<HidResult>(EPIPE));
 
