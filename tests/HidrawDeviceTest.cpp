@@ -25,14 +25,14 @@ protected:
     ~HidrawDeviceTest() override { kernel_writes::answer = {}; }
 
     std::shared_ptr<HidrawDevice> open(HidrawNode node) {
-        return std::make_shared<HidrawDevice>(HidrawEntry{}, node, m_hurry, [this] { return m_now; });
+        return std::make_shared<HidrawDevice>(HidrawEntry{}, node, m_shuttingDown, [this] { return m_now; });
     }
     static HidResult send(HidrawDevice& device, const Bytes& payload = {1, 2, 3, 4, 5, 6, 7, 8}) {
-        return device.send(HidReportType::Output, 0, payload);
+        return device.send(0, payload);
     }
 
     const Watchdog m_watchdog{"a report"};
-    const std::shared_ptr<std::atomic<bool>> m_hurry = std::make_shared<std::atomic<bool>>(false);
+    const std::shared_ptr<std::atomic<bool>> m_shuttingDown = std::make_shared<std::atomic<bool>>(false);
     CircuitBreaker::Time m_now;
     SocketLight m_light;
 };
@@ -49,13 +49,11 @@ TEST_F(HidrawDeviceTest, AReportIsOneWriteOfIdAndPayload) {
         Bytes payload;
     } rows[] = {{0, {0x55, 0x53, 0x42, 0x43, 0x00, 0x40, 0x02, 0xEF}}, {0, plain}, {7, {0, 9}}, {0, {}}};
     for (const auto& row : rows) {
-        EXPECT_EQ(device->send(HidReportType::Output, row.byReportID, row.payload), 0U);
+        EXPECT_EQ(device->send(row.byReportID, row.payload), 0U);
         Bytes report = row.payload;
         report.insert(report.begin(), row.byReportID);
         EXPECT_EQ(m_light.reports(), std::vector<Bytes>{report});
     }
-    for (const auto type : {HidReportType::Input, HidReportType::Feature})
-        EXPECT_EQ(device->send(type, 0, plain), static_cast<HidResult>(EINVAL));
     EXPECT_EQ(m_light.reports(), std::vector<Bytes>());
 }
 
@@ -86,12 +84,12 @@ TEST_F(HidrawDeviceTest, AFailureIsTheErrnoOfItsReportAlone) {
 // left alone for as long as it was waited for.
 TEST_F(HidrawDeviceTest, ALightThatHangsIsLeftAlone) {
     constexpr HidResult hangs = ETIMEDOUT, refuses = EPIPE;
-    constexpr bool bAsked = true, bLeftAlone = false, bHurry = true;
+    constexpr bool bAsked = true, bLeftAlone = false, bShuttingDown = true;
     const struct {
         std::chrono::milliseconds pause;
         HidResult answer, result;
         bool bAsked;
-        bool bHurry = false;
+        bool bShuttingDown = false;
     } steps[] = {
         {0s, hangs, hangs, bAsked}, // not in a row
         {0s, 0, 0, bAsked},
@@ -106,17 +104,17 @@ TEST_F(HidrawDeviceTest, ALightThatHangsIsLeftAlone) {
         {1ms, 0, 0, bAsked}, // and one that does not
         {0s, hangs, hangs, bAsked},
         {0s, 0, 0, bAsked},
-        {0s, 0, 0, bAsked, bHurry},
-        {0s, refuses, refuses, bAsked, bHurry},
-        {0s, hangs, hangs, bAsked, bHurry},
-        {0s, 0, hangs, bLeftAlone, bHurry},
-        {1h, 0, hangs, bLeftAlone, bHurry},
+        {0s, 0, 0, bAsked, bShuttingDown},
+        {0s, refuses, refuses, bAsked, bShuttingDown},
+        {0s, hangs, hangs, bAsked, bShuttingDown},
+        {0s, 0, hangs, bLeftAlone, bShuttingDown},
+        {1h, 0, hangs, bLeftAlone, bShuttingDown},
     };
     const auto device = open(m_light.node());
     for (const auto& step : steps) {
         SCOPED_TRACE(&step - steps);
         m_now += step.pause;
-        *m_hurry = step.bHurry;
+        *m_shuttingDown = step.bShuttingDown;
         bool bReached = false;
         kernel_writes::answer = [&] {
             bReached = true;

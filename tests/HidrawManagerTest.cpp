@@ -49,7 +49,7 @@ protected:
             m_manager.registerDeviceRemovalCallback([this](const auto& device) { note("-", device); });
         }
         if (leftOut != Step::Schedule)
-            m_manager.scheduleWithRunLoop();
+            m_manager.setScheduled(true);
     }
     /// What is plugged from now on, by product.
     void plug(const std::vector<std::uint16_t>& products, std::uint16_t nVendor = kVendor) {
@@ -58,6 +58,8 @@ protected:
             entries.push_back({node(nProduct), "", nVendor, nProduct, 1});
         m_listed.set(entries);
     }
+    /// The system can't tell what is plugged, until plug().
+    void fail() { m_listed.set(std::nullopt); }
     /// The next openings of a node are refused.
     void refuse(std::uint16_t nProduct, int nTimes) {
         m_refusals.update([&](auto& refusals) { refusals[node(nProduct)] = nTimes; });
@@ -92,16 +94,19 @@ protected:
             names.push_back(name(device));
         return names;
     }
-    HidResult send(const HidDeviceRef& device) {
-        return m_manager.deviceSetReport(device, HidReportType::Output, 0, kReport);
-    }
+    HidResult send(const HidDeviceRef& device) { return m_manager.deviceSetReport(device, 0, kReport); }
 
     static constexpr std::uint16_t kVendor = 0x1130;
     const std::vector<std::uint8_t> kReport = {1, 2, 3};
     const Watchdog m_watchdog{"device watch"};
     CountingQueue m_mainThread;
-    HidrawManager m_manager{
-        m_mainThread, {[this] { return m_listed.get(); }, [this](const auto& str) { return open(str); }}};
+    std::atomic<int> m_nListings = 0;
+    HidrawManager m_manager{m_mainThread,
+                            {[this] {
+                                 ++m_nListings;
+                                 return m_listed.get();
+                             },
+                             [this](const auto& str) { return open(str); }}};
 
 private:
     HidrawNode open(const std::string& strPath) {
@@ -127,7 +132,7 @@ private:
     const std::filesystem::path m_directory =
         std::filesystem::temp_directory_path() / ("vellux-nodes-" + std::to_string(::getpid()));
     Names m_notices;
-    Shared<std::vector<HidrawEntry>> m_listed;
+    Shared<std::optional<std::vector<HidrawEntry>>> m_listed{std::vector<HidrawEntry>()};
     Shared<std::map<std::string, int>> m_refusals;
     Shared<std::map<std::string, std::shared_ptr<SocketLight>>> m_opened;
 };
@@ -157,6 +162,23 @@ TEST_F(HidrawManagerTest, NoticesAreTheDifferenceOfTwoListings) {
     plug({4}, 0x046D);
     m_manager.redeliver();
     EXPECT_EQ(notices(2), (Names{"-2", "-3"}));
+}
+
+// Lights that leave because the system could not tell which there are, and what was asked for meanwhile forgotten.
+TEST_F(HidrawManagerTest, AListingThatFailsSaysNothingAndIsRepeated) {
+    fail();
+    create();
+    ASSERT_EQ(m_manager.open(), 0U);
+    plug({1});
+    EXPECT_EQ(notices(1), Names{"+1"});
+    fail();
+    const int nListings = m_nListings;
+    m_manager.redeliver();
+    while (m_nListings == nListings)
+        std::this_thread::yield();
+    EXPECT_EQ(present(), Names{"1"});
+    plug({1, 2});
+    EXPECT_EQ(notices(3), (Names{"-1", "+1", "+2"}));
 }
 
 // A light that nobody can ask about, since it may not be opened; one that stays dark after its permissions
@@ -199,11 +221,11 @@ TEST_F(HidrawManagerTest, NoticesAreForTheSessionThatListens) {
         waitUntilPosted(1);
         if (nSession == 1) {
             EXPECT_EQ(notices(1), Names{"+1"});
-            m_manager.unscheduleFromRunLoop();
+            m_manager.setScheduled(false);
             m_manager.redeliver();
             waitUntilPosted(2);
             EXPECT_EQ(notices(0), Names{});
-            m_manager.scheduleWithRunLoop();
+            m_manager.setScheduled(true);
         }
         const auto device = devices().front();
         m_manager.close();
@@ -232,7 +254,7 @@ TEST_F(HidrawManagerTest, AHurryReachesEachLight) {
     const auto device = devices().front();
     int nWrites = 0;
     kernel_writes::answer = [&nWrites] { return ++nWrites, ETIMEDOUT; };
-    m_manager.hurry();
+    m_manager.beginShutdown();
     for (int nAttempt = 0; nAttempt < 3; ++nAttempt)
         EXPECT_EQ(send(device), static_cast<HidResult>(ETIMEDOUT));
     EXPECT_EQ(nWrites, 1);

@@ -91,7 +91,7 @@ bool VelluxFindDevices(std::int32_t& nDeviceCount) {
         manager.setDeviceMatchingMultiple(matchingEntries());
         manager.registerDeviceMatchingCallback(Handle_DeviceMatchingCallback);
         manager.registerDeviceRemovalCallback(Handle_DeviceRemovalCallback);
-        manager.scheduleWithRunLoop();
+        manager.setScheduled(true);
         if (manager.open() != kIOReturnSuccess)
             return false;
     }
@@ -118,7 +118,7 @@ void VelluxReleaseDevices() {
     if (gIOHIDManagerRef != nullptr) {
         gIOHIDManagerRef->registerDeviceMatchingCallback({});
         gIOHIDManagerRef->registerDeviceRemovalCallback({});
-        gIOHIDManagerRef->unscheduleFromRunLoop();
+        gIOHIDManagerRef->setScheduled(false);
         gIOHIDManagerRef->close();
         gIOHIDManagerRef = nullptr;
     }

@@ -58,7 +58,7 @@ template <typename Fill> VelluxResult sendWithRetries(const HidDeviceRef& device
             ScopedLock lock(reportLock);
             const std::size_t nLength = fill(gabyVelluxOutputReportBuffer, shadow);
             result = vellux::platform().hidManager.deviceSetReport(
-                device, vellux::HidReportType::Output, kReportID,
+                device, kReportID,
                 std::span<const std::uint8_t>(gabyVelluxOutputReportBuffer).first(nLength));
         }
         if (nAttempt == kAttempts)

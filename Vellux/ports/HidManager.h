@@ -43,8 +43,6 @@ using HidDeviceList = std::vector<HidDeviceRef>;
 /// has the given value ("VendorID", "ProductID", "PrimaryUsage").
 using HidMatching = std::map<std::string, std::int32_t, std::less<>>;
 
-enum class HidReportType { Input, Output, Feature };
-
 /// The HID manager. Any thread may call deviceSetReport and isPermissionRefusal; all else is the main thread's.
 class HidManager {
 public:
@@ -62,9 +60,8 @@ public:
     /// Notice of each removal, delivered likewise.
     virtual void registerDeviceRemovalCallback(std::function<void(const HidDeviceRef&)> callback)
         VELLUX_REQUIRES(mainThreadRole) = 0;
-    /// Attaches the notices to the calling (main) thread's loop.
-    virtual void scheduleWithRunLoop() VELLUX_REQUIRES(mainThreadRole) = 0;
-    virtual void unscheduleFromRunLoop() VELLUX_REQUIRES(mainThreadRole) = 0;
+    /// Whether the notices are attached to the calling (main) thread's loop.
+    virtual void setScheduled(bool bScheduled) VELLUX_REQUIRES(mainThreadRole) = 0;
     /// Starts following devices; 0 on success. May block while the devices are listed for the first time.
     virtual HidResult open() VELLUX_REQUIRES(mainThreadRole) = 0;
     /// Stops following devices and forgets them. References that are still held stay valid.
@@ -83,10 +80,10 @@ public:
     virtual HidResult deviceOpenResult(const HidDeviceRef& device) VELLUX_REQUIRES(mainThreadRole) = 0;
     /// Whether a code means that the user may not open the device.
     virtual bool isPermissionRefusal(HidResult result) = 0;
-    /// Sends one report and waits until the device took or refused it (5 s at most on Linux). Report ID 0
+    /// Sends one output report and waits until the device took or refused it (5 s at most on Linux). Report ID 0
     /// means that the payload goes out with no report-ID byte before it. Any thread; the adapter serialises
     /// the sends of one device.
-    virtual HidResult deviceSetReport(const HidDeviceRef& device, HidReportType type, std::uint8_t byReportID,
+    virtual HidResult deviceSetReport(const HidDeviceRef& device, std::uint8_t byReportID,
                                       std::span<const std::uint8_t> payload) = 0;
 };
 

@@ -33,8 +33,7 @@ LightRecord VirtualLight::record() const {
     return m_record;
 }
 
-HidResult VirtualLight::take(HidReportType type, std::uint8_t byReportID,
-                             std::span<const std::uint8_t> payload) {
+HidResult VirtualLight::take(std::uint8_t byReportID, std::span<const std::uint8_t> payload) {
     {
         ScopedLock lock(m_mutex);
         if (!m_bPlugged)
@@ -43,8 +42,8 @@ HidResult VirtualLight::take(HidReportType type, std::uint8_t byReportID,
             return EACCES;
         m_console.print("report " + hexOf(payload));
         DecodedReport decoded = decodeReport(m_model, payload);
-        if (type != HidReportType::Output || byReportID != 0)
-            decoded = {std::nullopt, "not an output report with ID 0"};
+        if (byReportID != 0)
+            decoded = {std::nullopt, "not a report with ID 0"};
         if (decoded.state) {
             show(*decoded.state);
         } else {

@@ -36,7 +36,7 @@ public:
 
     /// One report from its owner; ENODEV when the light is not plugged, EACCES when the user may not open it, 0
     /// otherwise, decodable or not: a light has no way to object.
-    HidResult take(HidReportType type, std::uint8_t byReportID, std::span<const std::uint8_t> payload);
+    HidResult take(std::uint8_t byReportID, std::span<const std::uint8_t> payload);
 
     /// Whether the user may open the light, which then takes reports. To be set before it is plugged.
     void setPermitted(bool bPermitted);

@@ -76,14 +76,9 @@ void VirtualLights::registerDeviceRemovalCallback(Notice callback) {
     m_onRemoval = std::move(callback);
 }
 
-void VirtualLights::scheduleWithRunLoop() {
+void VirtualLights::setScheduled(bool bScheduled) {
     ScopedLock lock(m_mutex);
-    m_bScheduled = true;
-}
-
-void VirtualLights::unscheduleFromRunLoop() {
-    ScopedLock lock(m_mutex);
-    m_bScheduled = false;
+    m_bScheduled = bScheduled;
 }
 
 HidResult VirtualLights::open() {
@@ -132,9 +127,9 @@ bool VirtualLights::isPermissionRefusal(HidResult result) {
     return result == EACCES;
 }
 
-HidResult VirtualLights::deviceSetReport(const HidDeviceRef& device, HidReportType type,
-                                         std::uint8_t byReportID, std::span<const std::uint8_t> payload) {
-    return static_cast<VirtualLight&>(*device).take(type, byReportID, payload);
+HidResult VirtualLights::deviceSetReport(const HidDeviceRef& device, std::uint8_t byReportID,
+                                         std::span<const std::uint8_t> payload) {
+    return static_cast<VirtualLight&>(*device).take(byReportID, payload);
 }
 
 } // namespace vellux::simulator

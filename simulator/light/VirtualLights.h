@@ -32,8 +32,7 @@ public:
     void setDeviceMatchingMultiple(const std::vector<HidMatching>& matching) override;
     void registerDeviceMatchingCallback(std::function<void(const HidDeviceRef&)> callback) override;
     void registerDeviceRemovalCallback(std::function<void(const HidDeviceRef&)> callback) override;
-    void scheduleWithRunLoop() override;
-    void unscheduleFromRunLoop() override;
+    void setScheduled(bool bScheduled) override;
     HidResult open() override;
     void close() override;
     std::optional<HidDeviceList> copyDevices() override;
@@ -42,7 +41,7 @@ public:
     HidResult deviceOpenResult(const HidDeviceRef& device) override;
     bool isPermissionRefusal(HidResult result) override;
     void beginShutdown() override {}
-    HidResult deviceSetReport(const HidDeviceRef& device, HidReportType type, std::uint8_t byReportID,
+    HidResult deviceSetReport(const HidDeviceRef& device, std::uint8_t byReportID,
                               std::span<const std::uint8_t> payload) override;
 
 private:

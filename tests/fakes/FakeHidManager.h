@@ -96,8 +96,9 @@ public:
         m_journal.add(callback ? "hid register removal" : "hid unregister removal");
         m_removal = std::move(callback);
     }
-    void scheduleWithRunLoop() override { m_journal.add("hid schedule"); }
-    void unscheduleFromRunLoop() override { m_journal.add("hid unschedule"); }
+    void setScheduled(bool bScheduled) override {
+        m_journal.add(bScheduled ? "hid schedule" : "hid unschedule");
+    }
     vellux::HidResult open() override {
         m_journal.add("hid open");
         if (bOpenFails)
@@ -124,8 +125,7 @@ public:
     }
     bool isPermissionRefusal(vellux::HidResult result) override { return result == 13; }
     void beginShutdown() override {}
-    vellux::HidResult deviceSetReport(const vellux::HidDeviceRef& device, vellux::HidReportType type,
-                                      std::uint8_t byReportID,
+    vellux::HidResult deviceSetReport(const vellux::HidDeviceRef& device, std::uint8_t byReportID,
                                       std::span<const std::uint8_t> payload) override {
         using vellux::simulator::hexOf;
         const std::string& strName = static_cast<const FakeHidDevice&>(*device).strName;
@@ -133,9 +133,9 @@ public:
         if (payload.size() == 64 &&
             std::all_of(payload.begin() + 1, payload.end(), [](auto by) { return by == 0; }))
             strHex = hexOf(payload.first(1)) + "..00";
-        const bool bPlain = type == vellux::HidReportType::Output && byReportID == 0;
+        const bool bPlain = byReportID == 0;
         m_journal.add("report " + (strName.empty() ? "" : strName + " ") + strHex +
-                      (bPlain ? "" : " not an output report with ID 0"));
+                      (bPlain ? "" : " not a report with ID 0"));
         if (const auto result = onReport ? onReport() : std::nullopt)
             return *result;
         const std::lock_guard lock(m_mutex);

@@ -102,9 +102,7 @@ TEST_F(Hanging, FailuresAreResultCodes) {
     ASSERT_TRUE(devices && devices->size() == 1);
     EXPECT_NE(root("ls -l /proc/self/fd | grep -q hidraw"), 0); // programs that this one starts do not get it
     const Bytes report = {255, 50, 125, 0, 0, 0, 0xFF, 0xFF};   // white
-    const auto send = [&] {
-        return manager.deviceSetReport(devices->front(), vellux::HidReportType::Output, 0, report);
-    };
+    const auto send = [&] { return manager.deviceSetReport(devices->front(), 0, report); };
     EXPECT_EQ(send(), 0U);
     EXPECT_EQ(light->shown(), report);
     light->answer(Answer::Refuse);

@@ -13,28 +13,26 @@ void CircuitBreaker::record(HidResult result, Time now) {
     m_lastResult = now;
 }
 
-HidrawDevice::HidrawDevice(HidrawEntry entry, HidrawNode node, std::shared_ptr<const std::atomic<bool>> hurry,
-                           Now now)
-    : m_entry(std::move(entry)), m_node(node), m_hurry(std::move(hurry)), m_now(std::move(now)) {}
+HidrawDevice::HidrawDevice(HidrawEntry entry, HidrawNode node,
+                           std::shared_ptr<const std::atomic<bool>> shuttingDown, Now now)
+    : m_entry(std::move(entry)), m_node(node), m_shuttingDown(std::move(shuttingDown)),
+      m_now(std::move(now)) {}
 
 HidrawDevice::~HidrawDevice() {
     if (m_node.nDescriptor >= 0)
         ::close(m_node.nDescriptor);
 }
 
-HidResult HidrawDevice::send(HidReportType type, std::uint8_t byReportID,
-                             std::span<const std::uint8_t> payload) {
+HidResult HidrawDevice::send(std::uint8_t byReportID, std::span<const std::uint8_t> payload) {
     if (m_node.nDescriptor < 0)
         return m_node.nRefusal;
-    if (type != HidReportType::Output)
-        return EINVAL; // write() sends no others
     // The kernel takes the report ID as the first byte, which the count includes, and keeps a 0 to itself.
     std::vector<std::uint8_t> report(payload.size() + 1);
     report[0] = byReportID;
     std::copy(payload.begin(), payload.end(), report.begin() + 1);
 
     ScopedLock lock(m_sending);
-    if (m_breaker.isOpen(m_now(), *m_hurry))
+    if (m_breaker.isOpen(m_now(), *m_shuttingDown))
         return ETIMEDOUT;
     const ssize_t nTaken = ::write(m_node.nDescriptor, report.data(), report.size());
     HidResult result = 0;

@@ -25,9 +25,9 @@ public:
     static constexpr int kTripAfter = 2;
     static constexpr std::chrono::seconds kCooldown{5}; // as long as the kernel waits
 
-    /// `bHurry`: one time-out is enough, and the breaker stays open.
-    bool isOpen(Time now, bool bHurry) const {
-        return bHurry ? m_nTimeouts > 0 : m_nTimeouts >= kTripAfter && now - m_lastResult < kCooldown;
+    /// `bShuttingDown`: one time-out is enough, and the breaker stays open.
+    bool isOpen(Time now, bool bShuttingDown) const {
+        return bShuttingDown ? m_nTimeouts > 0 : m_nTimeouts >= kTripAfter && now - m_lastResult < kCooldown;
     }
     /// What the device answered to a report, and when.
     void record(HidResult result, Time now);
@@ -43,9 +43,9 @@ class HidrawDevice : public HidDevice {
 public:
     using Now = std::function<CircuitBreaker::Time()>;
 
-    /// Owns the descriptor of `node`; sends to a node that was refused all answer its code. `hurry` is read
+    /// Owns the descriptor of `node`; sends to a node that was refused all answer its code. `shuttingDown` is read
     /// at each send: when set, a device whose last report timed out gets no other.
-    HidrawDevice(HidrawEntry entry, HidrawNode node, std::shared_ptr<const std::atomic<bool>> hurry,
+    HidrawDevice(HidrawEntry entry, HidrawNode node, std::shared_ptr<const std::atomic<bool>> shuttingDown,
                  Now now = std::chrono::steady_clock::now);
     ~HidrawDevice() override;
 
@@ -55,12 +55,12 @@ public:
 
     /// As HidrawManager::deviceSetReport. Any thread; waits for another thread's send to the same device
     /// first.
-    HidResult send(HidReportType type, std::uint8_t byReportID, std::span<const std::uint8_t> payload);
+    HidResult send(std::uint8_t byReportID, std::span<const std::uint8_t> payload);
 
 private:
     const HidrawEntry m_entry;
     const HidrawNode m_node; // written to under m_sending
-    const std::shared_ptr<const std::atomic<bool>> m_hurry;
+    const std::shared_ptr<const std::atomic<bool>> m_shuttingDown;
     const Now m_now;
     Mutex m_sending;
     CircuitBreaker m_breaker VELLUX_GUARDED_BY(m_sending);

@@ -6,23 +6,41 @@
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
-#include <fstream>
 #include <linux/hidraw.h>
 #include <string>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
+#include <variant>
 
 namespace vellux {
 
 namespace {
 
-std::uint16_t primaryUsageOf(const std::string& strPlace) {
-    std::array<char, 4096> bytes{}; // the kernel takes none that is longer
-    std::ifstream file(strPlace + "/report_descriptor", std::ios::binary);
-    file.read(bytes.data(), bytes.size());
-    return primaryUsage(
-        {reinterpret_cast<const std::uint8_t*>(bytes.data()), static_cast<std::size_t>(file.gcount())});
+// Of what the system was asked: it was not there, or the system could not say.
+struct Failure {
+    bool bUnknown = false;
+};
+
+// After a call that failed: whether that says nothing about the device. One that has left is no failure.
+Failure failure() {
+    return {errno != ENOENT && errno != ENODEV && errno != ENXIO};
+}
+
+// Absent when the descriptor can't be read.
+std::optional<std::uint16_t> primaryUsageOf(const std::string& strPlace) {
+    std::array<std::uint8_t, 4096> bytes{}; // the kernel takes none that is longer
+    const int nFile = ::open((strPlace + "/report_descriptor").c_str(), O_RDONLY | O_CLOEXEC);
+    if (nFile < 0)
+        return std::nullopt;
+    const ssize_t nRead = ::read(nFile, bytes.data(), bytes.size());
+    const int nError = errno;
+    ::close(nFile);
+    errno = nError;
+    if (nRead < 0)
+        return std::nullopt;
+    return primaryUsage({bytes.data(), static_cast<std::size_t>(nRead)});
 }
 
 // The kernel numbers the HID devices that it meets, and the number is part of their place in sysfs; the
@@ -33,24 +51,28 @@ std::string instanceOf(const char* strPlace, const char* strPath) {
     return std::string(strPlace) + '#' + (bNode ? std::to_string(node.st_ino) : "");
 }
 
-// Null means the device is gone.
-std::optional<HidrawEntry> describe(udev* pUdev, const char* strPlace) {
+// What the system says of a device; else whether it could say anything.
+std::variant<HidrawEntry, Failure> describe(udev* pUdev, const char* strPlace) {
+    errno = 0;
     const UdevPtr<udev_device> node(udev_device_new_from_syspath(pUdev, strPlace));
     if (node == nullptr)
-        return std::nullopt;
+        return failure();
     const char* strPath = udev_device_get_devnode(node.get());
     udev_device* pHid = udev_device_get_parent_with_subsystem_devtype(node.get(), "hid", nullptr); // node's
     if (strPath == nullptr || pHid == nullptr)
-        return std::nullopt;
+        return Failure{};
     const char* strHidPlace = udev_device_get_syspath(pHid);
     const char* strID = udev_device_get_property_value(pHid, "HID_ID"); // bus:vendor:product
     unsigned nVendorID = 0;
     unsigned nProductID = 0;
     if (strHidPlace == nullptr || strID == nullptr ||
         std::sscanf(strID, "%*4x:%8x:%8x", &nVendorID, &nProductID) != 2)
-        return std::nullopt;
+        return Failure{};
+    const auto nUsage = primaryUsageOf(strHidPlace);
+    if (!nUsage)
+        return failure();
     return HidrawEntry{strPath, instanceOf(strPlace, strPath), static_cast<std::uint16_t>(nVendorID),
-                       static_cast<std::uint16_t>(nProductID), primaryUsageOf(strHidPlace)};
+                       static_cast<std::uint16_t>(nProductID), *nUsage};
 }
 
 // By the socket through which udevd is controlled.
@@ -60,24 +82,27 @@ bool isUdevRunning() {
 
 } // namespace
 
-std::vector<HidrawEntry> listHidrawDevices() {
-    std::vector<HidrawEntry> devices;
+std::optional<std::vector<HidrawEntry>> listHidrawDevices() {
     const UdevPtr<udev> context(udev_new());
     if (context == nullptr)
-        return devices;
+        return std::nullopt;
     const UdevPtr<udev_enumerate> enumeration(udev_enumerate_new(context.get()));
     if (enumeration == nullptr || udev_enumerate_add_match_subsystem(enumeration.get(), "hidraw") < 0)
-        return devices;
+        return std::nullopt;
     // A node that udev has not finished with has not got its permissions yet; udev's word that it has will
     // come.
     if (isUdevRunning() && udev_enumerate_add_match_is_initialized(enumeration.get()) < 0)
-        return devices;
+        return std::nullopt;
     if (udev_enumerate_scan_devices(enumeration.get()) < 0)
-        return devices;
+        return std::nullopt;
+    std::vector<HidrawEntry> devices;
     udev_list_entry* pEntry = nullptr;
     udev_list_entry_foreach(pEntry, udev_enumerate_get_list_entry(enumeration.get())) {
-        if (auto entry = describe(context.get(), udev_list_entry_get_name(pEntry)))
-            devices.push_back(std::move(*entry));
+        auto described = describe(context.get(), udev_list_entry_get_name(pEntry));
+        if (auto* const pDevice = std::get_if<HidrawEntry>(&described))
+            devices.push_back(std::move(*pDevice));
+        else if (std::get<Failure>(described).bUnknown)
+            return std::nullopt;
     }
     return devices;
 }

@@ -4,14 +4,16 @@
 #include "adapters/hidraw/HidrawCatalogue.h"
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace vellux {
 
 /// Every device with a hidraw node, in the order of their places in sysfs; one that leaves meanwhile may be
-/// left out. Opens no device and waits for none. Any thread.
-std::vector<HidrawEntry> listHidrawDevices();
+/// left out. Absent when the system can't tell, for instance without a free descriptor. Opens no device and waits for
+/// none. Any thread.
+std::optional<std::vector<HidrawEntry>> listHidrawDevices();
 
 /// What opening a node gives.
 struct HidrawNode {
@@ -28,7 +30,7 @@ HidrawNode openHidrawNode(const std::string& strPath);
 
 /// Where a device watch finds its devices. Both are called on its thread.
 struct HidrawSystem {
-    std::function<std::vector<HidrawEntry>()> list = listHidrawDevices;
+    std::function<std::optional<std::vector<HidrawEntry>>()> list = listHidrawDevices;
     std::function<HidrawNode(const std::string& strPath)> open = openHidrawNode;
 };
 

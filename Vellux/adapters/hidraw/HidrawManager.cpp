@@ -65,14 +65,9 @@ void HidrawManager::registerDeviceRemovalCallback(std::function<void(const HidDe
     m_notices->removal = std::move(callback);
 }
 
-void HidrawManager::scheduleWithRunLoop() {
+void HidrawManager::setScheduled(bool bScheduled) {
     assertMainThread(m_mainThread);
-    m_notices->bScheduled = true;
-}
-
-void HidrawManager::unscheduleFromRunLoop() {
-    assertMainThread(m_mainThread);
-    m_notices->bScheduled = false;
+    m_notices->bScheduled = bScheduled;
 }
 
 HidResult HidrawManager::open() {
@@ -86,7 +81,7 @@ HidResult HidrawManager::open() {
         for (const HidDeviceRef& device : changes.arrived)
             mainThread.post(Notices::call(notices, nSession, &Notices::arrival, device));
     };
-    auto watch = std::make_shared<HidrawWatch>(m_system, m_matching, m_hurry, std::move(report));
+    auto watch = std::make_shared<HidrawWatch>(m_system, m_matching, m_shuttingDown, std::move(report));
     const HidResult result = watch->start();
     if (result == 0)
         m_watch.set(std::move(watch));
@@ -133,14 +128,14 @@ bool HidrawManager::isPermissionRefusal(HidResult result) {
     return result == EACCES || result == EPERM;
 }
 
-HidResult HidrawManager::deviceSetReport(const HidDeviceRef& device, HidReportType type,
-                                         std::uint8_t byReportID, std::span<const std::uint8_t> payload) {
+HidResult HidrawManager::deviceSetReport(const HidDeviceRef& device, std::uint8_t byReportID,
+                                         std::span<const std::uint8_t> payload) {
     auto* const pDevice = dynamic_cast<HidrawDevice*>(device.get());
-    return pDevice != nullptr ? pDevice->send(type, byReportID, payload) : ENODEV;
+    return pDevice != nullptr ? pDevice->send(byReportID, payload) : ENODEV;
 }
 
 void HidrawManager::beginShutdown() {
-    *m_hurry = true;
+    *m_shuttingDown = true;
 }
 
 void HidrawManager::redeliver() {

@@ -32,9 +32,7 @@ public:
     void setDeviceMatchingMultiple(const std::vector<HidMatching>& matching) override;
     void registerDeviceMatchingCallback(std::function<void(const HidDeviceRef&)> callback) override;
     void registerDeviceRemovalCallback(std::function<void(const HidDeviceRef&)> callback) override;
-    void scheduleWithRunLoop() override;
-    /// Notices that are due while the manager is not scheduled are dropped, not kept.
-    void unscheduleFromRunLoop() override;
+    void setScheduled(bool bScheduled) override;
     /// Waits until each device has been listed and opened. Without a udev daemon the devices that are there
     /// are found, but later changes are not noticed. Without a descriptor or a thread for the watch there are
     /// no lights; standard error says so.
@@ -52,10 +50,9 @@ public:
     /// From now on a device whose last send timed out gets no further report: its sends answer ETIMEDOUT at once.
     void beginShutdown() override;
     /// errno of the failure; EACCES and the like for a device that may not be opened, ENODEV for one that is
-    /// gone or not of this manager, EIO when a part of the report was taken, EINVAL for any but an output
-    /// report. ETIMEDOUT for a device that hangs: after 5 s, or at once for the 5 s that follow the second
+    /// gone or not of this manager, EIO when a part of the report was taken. ETIMEDOUT for a device that hangs: after 5 s, or at once for the 5 s that follow the second
     /// time in a row.
-    HidResult deviceSetReport(const HidDeviceRef& device, HidReportType type, std::uint8_t byReportID,
+    HidResult deviceSetReport(const HidDeviceRef& device, std::uint8_t byReportID,
                               std::span<const std::uint8_t> payload) override;
 
     /// Delivers a removal and an arrival for every device that is there: lights lose their state while the
@@ -68,7 +65,7 @@ private:
     MainThread& m_mainThread;
     const std::shared_ptr<Notices> m_notices VELLUX_GUARDED_BY(mainThreadRole);
     const HidrawSystem m_system;
-    const std::shared_ptr<std::atomic<bool>> m_hurry = std::make_shared<std::atomic<bool>>(false);
+    const std::shared_ptr<std::atomic<bool>> m_shuttingDown = std::make_shared<std::atomic<bool>>(false);
     std::vector<HidMatching> m_matching VELLUX_GUARDED_BY(mainThreadRole);
     Shared<std::shared_ptr<HidrawWatch>> m_watch; // null while not open; set by the main thread
 };

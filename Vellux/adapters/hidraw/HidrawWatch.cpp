@@ -17,12 +17,14 @@ using namespace std::chrono_literals;
 // for the one time, or after this many of them.
 constexpr auto kSettlingTime = 50ms;
 constexpr int kMostSettlingRounds = 10;
+// After this time the system is asked again when it could not tell which devices there are.
+constexpr auto kListAgainAfter = 1000ms;
 
 } // namespace
 
 HidrawWatch::HidrawWatch(HidrawSystem system, std::vector<HidMatching> matching,
-                         std::shared_ptr<const std::atomic<bool>> hurry, Report report)
-    : m_system(std::move(system)), m_matching(std::move(matching)), m_hurry(std::move(hurry)),
+                         std::shared_ptr<const std::atomic<bool>> shuttingDown, Report report)
+    : m_system(std::move(system)), m_matching(std::move(matching)), m_shuttingDown(std::move(shuttingDown)),
       m_report(std::move(report)) {}
 
 HidrawWatch::~HidrawWatch() {
@@ -63,12 +65,13 @@ void HidrawWatch::run(std::promise<void> listed) {
     listed.set_value();
 
     while (!m_bStop) {
-        const bool bChanged = m_hotplug->wait(m_wake);
+        const bool bChanged =
+            m_hotplug->wait(m_wake, m_bListed ? std::nullopt : std::optional(kListAgainAfter));
         if (bChanged)
             settle();
         m_wake.clear(); // before what was asked for is read, so that nothing asked for later is missed
         const bool bRedeliver = m_bRedeliver.exchange(false);
-        if (!m_bStop && (bChanged || bRedeliver))
+        if (!m_bStop && (bChanged || bRedeliver || !m_bListed))
             refresh(bRedeliver);
     }
 
@@ -84,8 +87,14 @@ void HidrawWatch::settle() {
 }
 
 void HidrawWatch::refresh(bool bRedeliver) {
+    const auto listed = m_system.list();
+    m_bListed = listed.has_value();
+    if (!m_bListed) { // what was there counts as there
+        m_bRedeliver = m_bRedeliver || bRedeliver;
+        return;
+    }
     m_hotplug->forgetRefused();
-    const std::vector<HidrawEntry> present = matchingDevices(m_system.list(), m_matching);
+    const std::vector<HidrawEntry> present = matchingDevices(*listed, m_matching);
     const HidrawChanges changes = m_catalogue.update(
         present, [this](const HidrawEntry& entry) { return open(entry); }, bRedeliver);
     m_devices.set(m_catalogue.devices());
@@ -99,7 +108,7 @@ HidrawOpened HidrawWatch::open(const HidrawEntry& entry) {
         m_hotplug->watchRefused(entry.strPath);
         node = m_system.open(entry.strPath);
     }
-    return {std::make_shared<HidrawDevice>(entry, node, m_hurry), node.nDescriptor >= 0};
+    return {std::make_shared<HidrawDevice>(entry, node, m_shuttingDown), node.nDescriptor >= 0};
 }
 
 } // namespace vellux

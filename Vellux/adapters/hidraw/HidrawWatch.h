@@ -16,16 +16,17 @@
 
 namespace vellux {
 
-/// Started once, stopped once. Idle, it sleeps without a timer.
+/// Started once, stopped once. Idle, it sleeps without a timer, unless the system could not list the devices: then it
+/// asks again each second.
 class HidrawWatch {
 public:
     /// Called on the watch's thread after each listing with what changed; the list that devices() gives is up
     /// to date by then.
     using Report = std::function<void(const HidrawChanges&)>;
 
-    /// `hurry` is for the devices: see HidrawDevice.
+    /// `shuttingDown` is for the devices: see HidrawDevice.
     HidrawWatch(HidrawSystem system, std::vector<HidMatching> matching,
-                std::shared_ptr<const std::atomic<bool>> hurry, Report report);
+                std::shared_ptr<const std::atomic<bool>> shuttingDown, Report report);
     /// Stops the watch.
     ~HidrawWatch();
     HidrawWatch(const HidrawWatch&) = delete;
@@ -51,7 +52,7 @@ private:
 
     const HidrawSystem m_system;
     const std::vector<HidMatching> m_matching;
-    const std::shared_ptr<const std::atomic<bool>> m_hurry;
+    const std::shared_ptr<const std::atomic<bool>> m_shuttingDown;
     const Report m_report;
     WakeUp m_wake;
     std::atomic<bool> m_bStop{false};
@@ -61,6 +62,7 @@ private:
     // The watch's thread only.
     std::unique_ptr<HotplugSource> m_hotplug;
     HidrawCatalogue m_catalogue;
+    bool m_bListed = true; // the last listing succeeded
 
     std::thread m_thread;
 };

@@ -5,9 +5,14 @@
 #include <filesystem>
 #include <poll.h>
 #include <sys/inotify.h>
+#include <thread>
 #include <unistd.h>
 
 namespace vellux {
+
+namespace {
+constexpr std::chrono::milliseconds kPauseAfterFailure{100}; // what fails at once must not spin
+} // namespace
 
 HotplugSource::HotplugSource() : m_udev(udev_new()) {
     if (m_udev == nullptr)
@@ -78,6 +83,8 @@ bool HotplugSource::wait(const WakeUp& wake, std::optional<std::chrono::millisec
     sources[kMonitor] = {m_monitor != nullptr ? udev_monitor_get_fd(m_monitor.get()) : -1, POLLIN, 0};
     sources[kRefused] = {m_nRefused, POLLIN, 0};
     const int nReady = ::poll(sources.data(), sources.size(), limit ? static_cast<int>(limit->count()) : -1);
+    if (nReady < 0 && errno != EINTR)
+        std::this_thread::sleep_for(kPauseAfterFailure);
     if (nReady <= 0)
         return false; // the limit passed, or a signal came
     bool bChanged = false;
