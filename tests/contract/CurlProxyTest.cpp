@@ -2,44 +2,32 @@
 
 #include "adapters/curl/CurlTransport.h"
 #include "contract/RawServer.h"
+#include "fakes/Journal.h"
 #include "threads/CallQueue.h"
 
 #include <gtest/gtest.h>
-
-#include <mutex>
-#include <string>
-#include <vector>
 
 using vellux::HttpRequest;
 
 namespace {
 
 class CurlProxyTest : public testing::Test {
-    std::mutex m_mutex;
-    std::vector<std::string> m_noted;
-
 protected:
     bool succeeds(const HttpRequest& request) {
         return transport.sendSynchronousRequest(request).succeeded();
     }
-    void note(const std::string& strLine) {
-        const std::lock_guard lock(m_mutex); // the transport's thread notes, too
-        m_noted.push_back(strLine);
-    }
-    std::vector<std::string> noted() {
-        const std::lock_guard lock(m_mutex);
-        return m_noted;
-    }
 
+    Journal journal; // the transport's thread writes, too
     std::string strProxy;
     vellux::CallQueue mainThread;
-    vellux::CurlTransport transport{mainThread,
-                                    {std::nullopt, true,
-                                     [this](const std::string& strUrl, bool bAsk) {
-                                         note((bAsk ? "ask " : "use ") + strUrl);
-                                         return std::optional(strProxy);
-                                     },
-                                     [this](const std::string& strUrl) { note("unconnected " + strUrl); }}};
+    vellux::CurlTransport transport{
+        mainThread,
+        {std::nullopt, true,
+         [this](const std::string& strUrl, bool bAsk) {
+             journal.add((bAsk ? "ask " : "use ") + strUrl);
+             return std::optional(strProxy);
+         },
+         [this](const std::string& strUrl) { journal.add("unconnected " + strUrl); }}};
 };
 
 } // namespace
@@ -68,9 +56,9 @@ TEST_F(CurlProxyTest, LooksAgainAtASignInAndAfterAConnectionThatFailed) {
     strProxy = "";
     EXPECT_TRUE(succeeds({"GET", server.origin() + "/", {}, {}, {}}));
     EXPECT_FALSE(succeeds({"POST", server.origin() + "/broken", {}, "", {}})); // after it was connected
-    EXPECT_EQ(noted(),
-              (std::vector<std::string>{
-                  "ask https://elsewhere.example/token", "unconnected https://elsewhere.example/token",
-                  "use https://elsewhere.example/me", "unconnected https://elsewhere.example/me",
-                  "ask " + server.origin() + "/", "ask " + server.origin() + "/broken"}));
+    EXPECT_EQ(
+        journal.lines(),
+        (Journal::Lines{"ask https://elsewhere.example/token", "unconnected https://elsewhere.example/token",
+                        "use https://elsewhere.example/me", "unconnected https://elsewhere.example/me",
+                        "ask " + server.origin() + "/", "ask " + server.origin() + "/broken"}));
 }

@@ -1,4 +1,4 @@
-// The HTTP adapter against plain sockets: what goes out byte by byte, and what is made of what comes back.
+// The HTTP adapter against sockets: what goes out byte by byte, to whom, and what is made of what comes back.
 
 #include "adapters/curl/CurlTransport.h"
 #include "adapters/curl/CurlPolicy.h"
@@ -61,20 +61,21 @@ protected:
         connection->start();
         return connection;
     }
-    void runUntil(const std::function<bool()>& condition) {
+    void waitFor(const std::function<bool()>& condition) { // main's calls are left alone
         const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
         while (!condition()) {
             ASSERT_LT(std::chrono::steady_clock::now(), deadline) << testing::PrintToString(heard);
-            mainThread.runPending();
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
     }
-    static void waitFor(const std::function<bool()>& condition) { // main's calls are left alone
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-        while (!condition()) {
-            ASSERT_LT(std::chrono::steady_clock::now(), deadline);
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        }
+    void runUntil(const std::function<bool()>& condition) {
+        waitFor([&] {
+            mainThread.runPending();
+            return condition();
+        });
+    }
+    void runUntilTheEnd() {
+        runUntil([&] { return !heard.empty() && (heard.back() == "complete" || heard.back() == "failed"); });
     }
     void runUntilHeard(std::size_t nCount) {
         runUntil([&] { return heard.size() >= nCount; });
@@ -103,73 +104,73 @@ protected:
 // Guards against fields that curl adds, reorders or repeats: servers are particular about this wire form.
 TEST_F(CurlTransportTest, SendsExactlyTheseBytes) {
     RawServer server({RawServer::answer("{}"), RawServer::answer("{}"), RawServer::answer("{}")}, secure());
-    const std::string strOrigin = server.origin();
-    EXPECT_TRUE(send({"POST",
-                      strOrigin + "/WebTicket/oauthtoken",
-                      {{"Content-Type", "application/x-www-form-urlencoded"}, {"Content-Length", "47"}},
-                      "grant_type=password&username=C\\p&password=\xC3\xA9+&=",
-                      {},
-                      strOrigin})
-                    .succeeded());
-    EXPECT_TRUE(
-        send({"POST",
-              strOrigin + "/a/./../b?ack=1",
-              {{"Content-Type", "application/json"}, {"Authorization", "  "}, {"Content-Length", "2"}},
-              "{}",
-              {},
-              strOrigin})
-            .succeeded());
-    EXPECT_TRUE(send(authorized(strOrigin + "/p")).succeeded());
-    const std::string strHost = "Host: " + server.host() + "\r\n";
-    EXPECT_EQ(server.requests(),
-              (Texts{"POST /WebTicket/oauthtoken HTTP/1.1\r\n" + strHost +
-                         "Content-Type: application/x-www-form-urlencoded\r\nContent-Length: 47\r\n\r\n"
-                         "grant_type=password&username=C\\p&password=\xC3\xA9+&=",
-                     "POST /a/./../b?ack=1 HTTP/1.1\r\n" + strHost +
-                         "Content-Type: application/json\r\nAuthorization:\r\nContent-Length: 2\r\n\r\n{}",
-                     "GET /p HTTP/1.1\r\n" + strHost + "Authorization: Bearer T\r\n\r\n"}));
+    const std::string strForm = "grant_type=password&username=C\\p&password=\xC3\xA9+&=";
+    EXPECT_TRUE(send(post(server.origin() + "/WebTicket/oauthtoken", strForm)).succeeded());
+    HttpRequest blank = post(server.origin() + "/a/./../b?ack=1", "{}");
+    blank.headerFields.insert(blank.headerFields.begin() + 1, {"Authorization", "  "});
+    EXPECT_TRUE(send(blank).succeeded());
+    EXPECT_TRUE(send(authorized(server.origin() + "/p")).succeeded());
+    const std::string strHost = " HTTP/1.1\r\nHost: " + server.host() + "\r\n",
+                      strType = "Content-Type: application/json\r\n";
+    EXPECT_EQ(
+        server.requests(),
+        (Texts{"POST /WebTicket/oauthtoken" + strHost + strType + "Content-Length: 47\r\n\r\n" + strForm,
+               "POST /a/./../b?ack=1" + strHost + strType + "Authorization:\r\nContent-Length: 2\r\n\r\n{}",
+               "GET /p" + strHost + "Authorization: Bearer T\r\n\r\n"}));
     EXPECT_EQ(server.connections(), 1) << "all requests ride on one connection";
 }
 
-// Guards against reading the status code, and against taking "no content" for "no body" or the reverse.
+// Guards against reading the status code, against taking "no content" for "no body" or the reverse, and against memory
+// being filled by a server that never ends.
 TEST_F(CurlTransportTest, TellsBodiesFromFailures) {
-    struct {
+    const std::string strHead = "HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\n", strZero("a\0b", 3),
+                      strLargest(16 * 1024 * 1024, 'x');
+    const struct {
         const char* strWhat;
         RawServer::Reply reply;
         std::optional<std::string> body;
-        bool bError;
-    } const cases[] = {
-        {"error page", RawServer::answer("<p>", "500 Oh"), "<p>", false},
-        {"unauthorized", RawServer::answer("x", "401 No", "WWW-Authenticate: Negotiate\r\n"), "x", false},
-        {"no content", {RawServer::send("HTTP/1.1 204 No Content\r\n\r\n")}, "", false},
-        {"empty", RawServer::answer(""), "", false},
-        {"zero bytes inside", RawServer::answer(std::string("a\0b", 3)), std::string("a\0b", 3), false},
-        {"cut in the body",
-         {RawServer::send("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nhalf"), RawServer::close()},
-         "half",
-         true},
-        {"cut before the body",
-         {RawServer::send("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\n"), RawServer::close()},
-         std::nullopt,
-         true},
-        {"no HTTP", {RawServer::send("hello\r\n\r\n"), RawServer::close()}, std::nullopt, true},
+        bool bError = false;
+    } rows[] = {
+        {"error page", RawServer::answer("<p>", "500 Oh"), "<p>"},
+        {"unauthorized", RawServer::answer("x", "401 No", "WWW-Authenticate: Negotiate\r\n"), "x"},
+        {"no content", {RawServer::send("HTTP/1.1 204 No Content\r\n\r\n")}, ""},
+        {"empty", RawServer::answer(""), ""},
+        {"zero bytes inside", RawServer::answer(strZero), strZero},
+        {"the largest", RawServer::answer(strLargest), strLargest},
+        {"cut in the body", {RawServer::send(strHead + "half"), RawServer::close()}, "half", true},
+        {"cut before the body", {RawServer::send(strHead), RawServer::close()}, {}, true},
+        {"no HTTP", {RawServer::send("hello\r\n\r\n"), RawServer::close()}, {}, true},
     };
-    for (const auto& each : cases) {
-        SCOPED_TRACE(each.strWhat);
-        RawServer server({each.reply});
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.strWhat);
+        RawServer server({row.reply});
         const HttpResponse answer = send(get(server.origin() + "/"));
-        EXPECT_EQ(answer.body, each.body);
-        EXPECT_EQ(answer.error.has_value(), each.bError);
+        EXPECT_EQ(answer.error.has_value(), row.bError);
+        EXPECT_TRUE(answer.body == row.body) << testing::PrintToString(answer.body).substr(0, 80);
     }
+    RawServer tooLarge({RawServer::answer(strLargest + "x")});
+    EXPECT_FALSE(send(get(tooLarge.origin() + "/")).succeeded());
 }
 
-// Guards against memory being filled by a server that never ends.
-TEST_F(CurlTransportTest, RefusesBodiesOverSixteenMebibytes) {
-    constexpr std::size_t kLimit = 16 * 1024 * 1024;
-    RawServer server(
-        {RawServer::answer(std::string(kLimit, 'x')), RawServer::answer(std::string(kLimit + 1, 'x'))});
-    EXPECT_TRUE(send(get(server.origin() + "/")).succeeded());
-    EXPECT_FALSE(send(get(server.origin() + "/")).succeeded());
+// Guards against a password being typed into whatever answers: the system's authorities and foreign ones don't vouch for
+// this server, and its own don't under a name that is not its.
+TEST_F(CurlTransportTest, TrustsNobodyButItsAuthorities) {
+    RawServer server({}, secure());
+    const std::string strPort = server.host().substr(server.host().find(':'));
+    const struct {
+        std::optional<std::string> strAuthorities;
+        const char* strName;
+        bool bReached;
+    } rows[] = {{std::nullopt, "127.0.0.1", false},
+                {CertificateAuthority::create()->pem(), "127.0.0.1", false},
+                {authority.pem(), "127.0.0.1", true},
+                {authority.pem(), "localhost", true},
+                {authority.pem(), "other.localhost", false}};
+    for (const auto& row : rows) {
+        vellux::CurlTransport client(mainThread, {row.strAuthorities, false});
+        const auto answer = client.sendSynchronousRequest(get("https://" + (row.strName + strPort) + "/"));
+        EXPECT_EQ(answer.succeeded(), row.bReached) << row.strName;
+    }
 }
 
 // Guards against a token or a link smuggling in a header field, a second request or another protocol.
@@ -269,7 +270,7 @@ TEST_F(CurlTransportTest, GathersPiecesThatBelongTogether) {
     for (int n = 0; n < 10 && nWhole == 0; ++n) {
         heard.clear();
         poll(server.origin() + "/");
-        runUntil([&] { return !heard.empty() && heard.back() == "complete"; });
+        runUntilTheEnd();
         nWhole += heard == Texts{"response", "data abcdefgh", "complete"} ? 1 : 0;
     }
     EXPECT_EQ(nWhole, 1);
@@ -317,7 +318,7 @@ TEST_F(CurlTransportTest, PollsMayFallSilentForSoLongAndRequestsLastForSoLong) {
     std::thread waiting([&] { EXPECT_TRUE(transport.sendSynchronousRequest(request).error); });
     poll(server.origin() + "/", 2);
     waitFor([&] { return server.requests().size() == 2; });
-    runUntil([&] { return !heard.empty() && (heard.back() == "complete" || heard.back() == "failed"); });
+    runUntilTheEnd();
     waiting.join();
     EXPECT_GE(heard.size(), 4U) << "a piece that is followed by silence doesn't wait for the rest";
     EXPECT_EQ(heard.back(), "complete");
@@ -351,25 +352,13 @@ TEST_F(CurlTransportTest, CloseFreesAWaitingThreadAndCallsNobody) {
 // the first request came; and against one that never tries again.
 TEST_F(CurlTransportTest, FailsWhileNothingIsLeftForIt) {
     const Watchdog watchdog("a transport without a wake-up or a thread");
-    const auto withoutDescriptors = [](bool bWithout) {
-        rlimit limit{};
-        getrlimit(RLIMIT_NOFILE, &limit);
-        limit.rlim_cur = bWithout ? 3 : limit.rlim_max; // all of these are taken
-        setrlimit(RLIMIT_NOFILE, &limit);
-    };
-    const auto withoutThreads = [](bool bWithout) {
-        pthread_attr_t attributes;
-        pthread_getattr_default_np(&attributes);
-        static const std::size_t nStack = [&] {
-            std::size_t nSize = 0;
-            pthread_attr_getstacksize(&attributes, &nSize);
-            return nSize;
-        }();
-        pthread_attr_setstacksize(&attributes,
-                                  bWithout ? std::size_t{1} << 46 : nStack); // no memory has room for it
-        pthread_setattr_default_np(&attributes);
-        pthread_attr_destroy(&attributes);
-    };
+    rlimit usual{};
+    getrlimit(RLIMIT_NOFILE, &usual);
+    const rlimit none{3, usual.rlim_max}; // all of these are taken
+    pthread_attr_t usualThread, tooLarge;
+    pthread_getattr_default_np(&usualThread);
+    pthread_getattr_default_np(&tooLarge);
+    pthread_attr_setstacksize(&tooLarge, std::size_t{1} << 46); // no memory has room for it
     const auto attempt = [this](vellux::CurlTransport& itsTransport) {
         vellux::assertMainThread(mainThread);
         const HttpRequest request = get("http://127.0.0.1:1/");
@@ -378,16 +367,16 @@ TEST_F(CurlTransportTest, FailsWhileNothingIsLeftForIt) {
     };
     attempt(transport); // what a sanitizer meets for the first time may cost it a descriptor
     runUntilHeard(1);
-    for (const std::function<void(bool)>& deprive :
-         {std::function<void(bool)>(withoutDescriptors), std::function<void(bool)>(withoutThreads)}) {
+    for (const bool bThreads : {false, true}) {
         heard.clear();
         vellux::CurlTransport deprived(mainThread, {std::nullopt, false});
         auto ended = std::make_unique<vellux::CurlTransport>(mainThread, vellux::CurlTransportOptions{});
-        deprive(true);
+        bThreads ? pthread_setattr_default_np(&tooLarge) : setrlimit(RLIMIT_NOFILE, &none);
         attempt(deprived);
         attempt(*ended);
         ended.reset();
-        deprive(false);
+        setrlimit(RLIMIT_NOFILE, &usual);
+        pthread_setattr_default_np(&usualThread);
         mainThread.runPending();
         EXPECT_EQ(heard, Texts{"failed"}) << "and nobody is called back by the one that has ended";
         RawServer server({RawServer::answer("there")});
