@@ -1,5 +1,7 @@
 #include "fakes/TestWorld.h"
 
+#include "fakes/WindowControls.h"
+
 #include <chrono>
 #include <fstream>
 #include <iterator>
@@ -57,6 +59,8 @@ void TestWorld::observeControls(bool bAllControls) {
     // What a change of a control's own kind says.
     const auto told = [](const auto& control, Change change) -> std::string {
         using Control = std::decay_t<decltype(control)>;
+        if (change == Change::Enabled)
+            return control.isEnabled() ? "enabled" : "disabled";
         if constexpr (std::is_same_v<Control, vellux::Button>)
             return "state " + std::to_string(control.state());
         else if constexpr (std::is_same_v<Control, vellux::TextField>)
@@ -65,27 +69,20 @@ void TestWorld::observeControls(bool bAllControls) {
             return change == Change::Items ? "items " + std::to_string(control.numberOfItems())
                                            : "selected " + std::to_string(control.indexOfSelectedItem());
     };
-    const auto watch = [&](const char* strName, const auto& control) {
-        observations.push_back(
-            control->observe([this, told, strName, pControl = control.get()](Change change) {
-                journal.add("control " + std::string(strName) + ' ' +
-                            (change != Change::Enabled ? told(*pControl, change)
-                             : pControl->isEnabled()   ? "enabled"
-                                                       : "disabled"));
+    const auto watch = [&](const auto& rows) {
+        for (const auto& row : rows) {
+            const auto control = (ui().*row.getter)();
+            const vellux::Control* const pControl = control.get();
+            if (pControl == ui().buttonConnect().get() || pControl == ui().textFieldLyncStatus().get())
+                continue; // have lines of their own
+            observations.push_back(control->observe([this, told, &row, &control = *control](Change change) {
+                journal.add(std::string("control ") + row.pName + ' ' + told(control, change));
             }));
+        }
     };
-    watch("buttonSelectSyncMode", ui().buttonSelectSyncMode());
-    watch("buttonSelectManualMode", ui().buttonSelectManualMode());
-    watch("buttonFlashOnCall", ui().buttonFlashOnCall());
-    watch("buttonLightOffOnAway", ui().buttonLightOffOnAway());
-    watch("buttonLightOffOnAvailable", ui().buttonLightOffOnAvailable());
-    watch("textFieldLyncServerName", ui().textFieldLyncServerName());
-    watch("textFieldUsername", ui().textFieldUsername());
-    watch("textFieldPassword", ui().textFieldPassword());
-    watch("syncModeColorList", ui().syncModeColorList());
-    watch("syncModeFlashSpeedList", ui().syncModeFlashSpeedList());
-    watch("manualModeColorList", ui().manualModeColorList());
-    watch("manualModeFlashSpeedList", ui().manualModeFlashSpeedList());
+    watch(control_rows::kButtons);
+    watch(control_rows::kFields);
+    watch(control_rows::kLists);
 }
 
 // The observer added last, since they are told in order.
