@@ -11,20 +11,14 @@ namespace {
 using Lines = Journal::Lines;
 
 const std::string kRed = "report 55534243004002ef", kOff = "report 55534243004002ff"; // of a light of type 1
-/// The lines, and then the devices' release.
-Lines thenReleased(Lines lines) {
-    lines.insert(lines.end(),
-                 {"hid unregister arrival", "hid unregister removal", "hid unschedule", "hid close"});
-    return lines;
-}
-
-std::atomic<int> nCalls{0}; // to the main thread
+std::atomic<int> nCalls{0};                                                           // to the main thread
 
 class LifecycleTest : public TestWorld {
 protected:
     LifecycleTest() : TestWorld(std::make_unique<vellux::CallQueue>([] { ++nCalls; })) {}
-    /// Starts with the lights present, flashes on a call or by hand, and gives the journal of the shut-down.
-    Lines shutDownWhileFlashing(std::int64_t nVendor, std::int64_t nProduct, bool bManual) {
+    /// Starts with the light present, flashes on a call or by hand, and ends: the journal of the shut-down ends so, with
+    /// the devices' release.
+    void expectAtShutDown(std::int64_t nVendor, std::int64_t nProduct, bool bManual, Lines expected) {
         hid.present(FakeHidManager::light(nVendor, nProduct));
         delegate().applicationDidFinishLaunching();
         runPending();
@@ -35,11 +29,17 @@ protected:
         if (bManual)
             ui().setManualMode(*ui().buttonSelectManualMode());
         journal.clear();
-        if (nVendor == 0x1130)
+        const bool bWorker = nVendor == 0x1130;
+        if (bWorker)
             runUntil([this] { return journal.count(kOff) > 0; }, "the flashing worker");
         delegate().applicationWillTerminate();
         EXPECT_EQ(contentOf(settingsPath("uistate.txt")), bManual ? "0;1;0;0;0;1;0;2" : "1;1;0;0;0;1;0;2");
-        return journal.take({"report", "cancel", "hid"});
+        expected.insert(expected.end(),
+                        {"hid unregister arrival", "hid unregister removal", "hid unschedule", "hid close"});
+        Lines lines = journal.take({"report", "cancel", "hid"});
+        if (bWorker && lines.size() > expected.size()) // what it did before
+            lines.erase(lines.begin(), lines.end() - static_cast<std::ptrdiff_t>(expected.size()));
+        EXPECT_EQ(lines, expected);
     }
 };
 
@@ -74,6 +74,7 @@ TEST_F(LifecycleTest, startsWithoutActivityAndLights) {
     hid.bOpenFails = true;
     delegate().applicationDidFinishLaunching();
     EXPECT_FALSE(delegate().activity());
+    EXPECT_TRUE(delegate().applicationShouldHandleReopen(true)); // there is no window yet
     VelluxReleaseDevices();
     hid.bCreateFails = true;
     delegate().applicationDidFinishLaunching();
@@ -83,20 +84,15 @@ TEST_F(LifecycleTest, startsWithoutActivityAndLights) {
 
 // A worker that lights a light again after the end, a long poll left behind, or devices released too early.
 TEST_F(LifecycleTest, shutDownEndsACallsFlashingOff) {
-    const Lines lines = shutDownWhileFlashing(0x1130, 1, false);
-    ASSERT_GE(lines.size(), 7U);
-    EXPECT_EQ(Lines(lines.end() - 7, lines.end()),
-              thenReleased({kRed, "cancel https://lync.example/ucwa/events?ack=1", kOff}));
+    expectAtShutDown(0x1130, 1, false, {kRed, "cancel https://lync.example/ucwa/events?ack=1", kOff});
 }
 TEST_F(LifecycleTest, shutDownEndsManualFlashingOff) {
-    const Lines lines = shutDownWhileFlashing(0x1130, 1, true);
-    ASSERT_GE(lines.size(), 6U);
-    EXPECT_EQ(Lines(lines.end() - 6, lines.end()), thenReleased({kRed, kOff}));
+    expectAtShutDown(0x1130, 1, true, {kRed, kOff});
 }
 TEST_F(LifecycleTest, shutDownEndsFlashingByTheLightItselfOff) {
-    EXPECT_EQ(shutDownWhileFlashing(0x2C0D, 6, false),
-              thenReleased({"report ff0000100000ffff", "report ff0000100000ffff",
-                            "cancel https://lync.example/ucwa/events?ack=1", "report ff0000110000ffff"}));
+    expectAtShutDown(0x2C0D, 6, false,
+                     {"report ff0000100000ffff", "report ff0000100000ffff",
+                      "cancel https://lync.example/ucwa/events?ack=1", "report ff0000110000ffff"});
 }
 
 // A monitor that shows its colour between the last report and the devices' release.
@@ -108,17 +104,6 @@ TEST_F(LifecycleTest, lightStaysOffOnceSwitchedOffForGood) {
     EXPECT_TRUE(VelluxFindDevices(nCount)); // as if they had not yet been released
     ui().displayVelluxColor(0);
     EXPECT_EQ(journal.take({"report"}), Lines{kOff});
-}
-
-// A second start of the program that shows nothing.
-TEST_F(LifecycleTest, reopenBringsTheWindowToTheFront) {
-    vellux::assertMainThread();
-    EXPECT_TRUE(delegate().applicationShouldHandleReopen(true)); // no window yet
-    delegate().setWindow(&desktop.main);
-    EXPECT_TRUE(delegate().applicationShouldHandleReopen(true));
-    EXPECT_TRUE(delegate().applicationShouldHandleReopen(false));
-    delegate().applicationDidChangeOcclusionState();
-    EXPECT_EQ(journal.take(), (Lines{"window main front", "window main front"}));
 }
 
 // An answer that nobody gave; two failing connections whose alerts pile up, since a modal loop goes on with what is
