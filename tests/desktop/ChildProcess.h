@@ -73,13 +73,7 @@ public:
     /// Its next line, without the line's end; "" after the last. Blocks until there is one.
     std::string readLine() { return m_output.readLine().trimmed().toStdString(); }
     /// Its exit status, -1 after a signal; absent while it runs.
-    std::optional<int> tryWait() {
-        int nStatus = -1;
-        if (m_nPid > 0 && ::waitpid(m_nPid, &nStatus, WNOHANG) == 0)
-            return std::nullopt;
-        m_nPid = -1;
-        return WIFEXITED(nStatus) ? WEXITSTATUS(nStatus) : -1;
-    }
+    std::optional<int> tryWait() { return waitWith(WNOHANG); }
     /// The same. Blocks until it ends, or the time is over.
     std::optional<int> statusWithin(std::chrono::seconds limit) {
         std::optional<int> nStatus;
@@ -87,15 +81,17 @@ public:
         return nStatus;
     }
     /// The same. Blocks until it ends.
-    int wait() {
+    int wait() { return waitWith(0).value_or(-1); }
+
+private:
+    std::optional<int> waitWith(int nOptions) {
         int nStatus = -1;
-        if (m_nPid > 0)
-            ::waitpid(m_nPid, &nStatus, 0);
+        if (m_nPid > 0 && ::waitpid(m_nPid, &nStatus, nOptions) == 0)
+            return std::nullopt;
         m_nPid = -1;
         return WIFEXITED(nStatus) ? WEXITSTATUS(nStatus) : -1;
     }
 
-private:
     pid_t m_nPid = -1;
     QFile m_output;
 };

@@ -50,16 +50,20 @@ public:
 
 class Portal : public DbusMock {
 public:
-    explicit Portal(const char* strCode)
+    explicit Portal(const QString& strInterface)
         : DbusMock(BusKind::Session, "org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop",
-                   "org.freedesktop.portal.Inhibit") {
-        addMethod("Inhibit", "sua{sv}", "o", strCode);
+                   "org.freedesktop.portal." + strInterface) {}
+    void answerInhibit(const char* strCode) { addMethod("Inhibit", "sua{sv}", "o", strCode); }
+    void answerLookup(const std::string& strProxies = "'http://proxy:8'") {
+        addMethod("Lookup", "s", "as",
+                  ("ret = ['direct://'] if 'inside' in args[0] else [" + strProxies + "]").c_str());
     }
 };
 
 // A system that sleeps in the middle of the day, or never again.
 TEST_F(Services, ThePortalInhibitsForAsLongAsAnActivityLives) {
-    Portal portal(
+    Portal portal("Inhibit");
+    portal.answerInhibit(
         "self.AddObject('/request/' + args[2]['handle_token'], 'org.freedesktop.portal.Request', {},"
         " [('Close', '', '', '')]); ret = dbus.ObjectPath('/request/' + args[2]['handle_token'])");
     Logind logind;
@@ -80,7 +84,8 @@ TEST_F(Services, ThePortalInhibitsForAsLongAsAnActivityLives) {
 
 // A desktop without a portal, or with one that can't; and an inhibitor that nobody gives back.
 TEST_F(Services, LogindInhibitsWhereThePortalDoesNot) {
-    const Portal portal(
+    Portal portal("Inhibit");
+    portal.answerInhibit(
         "raise dbus.exceptions.DBusException('no', name='org.freedesktop.DBus.Error.Failed')");
     Logind logind;
     std::optional<ProcessActivity> first = beginProcessActivity("first");
@@ -116,19 +121,6 @@ TEST_F(Services, EachWakeUpIsNoticedAndNoFallingAsleep) {
 
 class Proxies : public Services {
 protected:
-    class Portal : public DbusMock {
-    public:
-        Portal()
-            : DbusMock(BusKind::Session, "org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop",
-                       "org.freedesktop.portal.ProxyResolver") {
-            answer("'http://proxy:8'");
-        }
-        void answer(const std::string& strProxies) {
-            addMethod("Lookup", "s", "as",
-                      ("ret = ['direct://'] if 'inside' in args[0] else [" + strProxies + "]").c_str());
-        }
-    };
-
     Proxies() {
         for (const char* strVariable : {"http_proxy", "https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY"})
             qunsetenv(strVariable);
@@ -143,7 +135,8 @@ protected:
 TEST_F(Proxies, TheDesktopsAreUsedUnlessTheEnvironmentNamesSome) {
     const DesktopProxies proxies = desktopProxies();
     EXPECT_EQ(proxies.proxyOf("https://outside/", true), std::nullopt); // there is no portal yet
-    Portal portal;
+    Portal portal("ProxyResolver");
+    portal.answerLookup();
     EXPECT_TRUE(says(proxies, "https://outside/", "http://proxy:8"));
     EXPECT_TRUE(says(proxies, "https://inside:1/token", ""));
     EXPECT_EQ(portal.calls().last(), "Lookup \"https://inside:1/\""); // not the whole URL
@@ -153,12 +146,13 @@ TEST_F(Proxies, TheDesktopsAreUsedUnlessTheEnvironmentNamesSome) {
 
 // A portal that is asked with every poll; or whose settings of yesterday hold in another network.
 TEST_F(Proxies, AnAnswerHoldsUntilTheNextQuestion) {
-    Portal portal;
+    Portal portal("ProxyResolver");
+    portal.answerLookup();
     const DesktopProxies proxies = desktopProxies();
     proxies.proxyOf("https://outside/a", false); // the first about this host
     EXPECT_TRUE(waitUntil([&] { return portal.calls().contains("Lookup \"https://outside/\""); }));
     EXPECT_TRUE(says(proxies, "https://outside/b", "http://proxy:8"));
-    portal.answer("'socks://proxy:9', 'direct://'");
+    portal.answerLookup("'socks://proxy:9', 'direct://'");
     const qsizetype nCalls = portal.calls().size();
     EXPECT_EQ(proxies.proxyOf("https://outside/c", false), "http://proxy:8");
     EXPECT_EQ(portal.calls().size(), nCalls);
@@ -166,13 +160,14 @@ TEST_F(Proxies, AnAnswerHoldsUntilTheNextQuestion) {
         proxies.askAgain("https://outside/d");
         return proxies.proxyOf("https://outside/e", false) == "socks://proxy:9";
     }));
-    portal.answer("");
+    portal.answerLookup("");
     EXPECT_TRUE(says(proxies, "https://outside/", std::nullopt));
 }
 
 // A portal that hung once and is never asked again; or one whose hanging holds up every poll of a network that is gone.
 TEST_F(Proxies, APortalThatHangsIsAskedAgainAndNotWaitedForAgain) {
-    auto portal = std::make_unique<Portal>();
+    auto portal = std::make_unique<Portal>("ProxyResolver");
+    portal->answerLookup();
     const DesktopProxies proxies = desktopProxies();
     portal->signal(SIGSTOP);
     EXPECT_EQ(proxies.proxyOf("https://outside/", true), std::nullopt);

@@ -12,7 +12,6 @@
 #include <memory>
 #include <ostream>
 #include <sys/file.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -64,6 +63,12 @@ private:
     const Watchdog m_watchdog{"single instance"};
 };
 
+/// A start, which is to take the place.
+std::unique_ptr<ChildProcess> holding(std::unique_ptr<ChildProcess> start) {
+    EXPECT_EQ(start->readLine(), "held");
+    return start;
+}
+
 /// Starts one after the other: the first, third and so on find the one environment, the others the other.
 struct Case {
     const char* strName;
@@ -98,8 +103,7 @@ INSTANTIATE_TEST_SUITE_P(In, SingleInstance,
 
 // Two copies that fight over the light, or a second start that does nothing at all.
 TEST_P(SingleInstance, ASecondStartActivatesTheFirstAndEnds) {
-    const auto first = start("t1");
-    ASSERT_EQ(first->readLine(), "held");
+    const auto first = holding(start("t1"));
     for (const char* strToken : {"t2", "", "t3"}) {
         const auto second = start(strToken);
         EXPECT_EQ(second->readLine(), "passed");
@@ -110,8 +114,7 @@ TEST_P(SingleInstance, ASecondStartActivatesTheFirstAndEnds) {
 
 // A start that waits for a hung copy, or whose activation is lost when the copy was merely busy.
 TEST_P(SingleInstance, AHungHolderIsNotWaitedForLong) {
-    const auto first = start("t1");
-    ASSERT_EQ(first->readLine(), "held");
+    const auto first = holding(start("t1"));
     first->signal(SIGSTOP);
     {
         const Watchdog watchdog("a start beside a hung one", std::chrono::seconds(15));
@@ -123,20 +126,17 @@ TEST_P(SingleInstance, AHungHolderIsNotWaitedForLong) {
 
 // A crash after which the program can't be started again.
 TEST_P(SingleInstance, AKilledHoldersPlaceIsTaken) {
-    auto first = start("t1");
-    ASSERT_EQ(first->readLine(), "held");
+    auto first = holding(start("t1"));
     first->signal(SIGKILL);
     first.reset();
-    const auto second = start("t2");
-    EXPECT_EQ(second->readLine(), "held");
+    const auto second = holding(start("t2"));
     EXPECT_EQ(start("t3")->readLine(), "passed");
     EXPECT_EQ(second->readLine(), "activated t3");
 }
 
 // A place that is kept, or half of it, until the process has ended.
 TEST_P(SingleInstance, APlaceGivenUpIsTaken) {
-    const auto first = start("t1");
-    ASSERT_EQ(first->readLine(), "held");
+    const auto first = holding(start("t1"));
     EXPECT_EQ(start("give-up")->readLine(), "passed");
     EXPECT_EQ(first->readLine(), "activated give-up");
     EXPECT_EQ(first->readLine(), "gave up");
@@ -181,8 +181,7 @@ protected:
 // Two copies on the same light, because a bus has died, or another one has come, since the first started.
 TEST_F(SingleInstanceTest, OnlyOneHoldsItWhateverBecomesOfTheBus) {
     startBus();
-    const auto first = start(kBoth, "t1");
-    ASSERT_EQ(first->readLine(), "held");
+    const auto first = holding(start(kBoth, "t1"));
     endBus();
     expectActivation(*first, kBoth);
     startBus();
@@ -217,15 +216,13 @@ TEST_F(SingleInstanceTest, EitherHalfIsEnough) {
     ASSERT_EQ(::mkdir((directory() + "/org.vellux.Vellux.socket").c_str(), 0700),
               0); // nobody can listen there
     {
-        const auto first = start(kBoth, "t1");
-        ASSERT_EQ(first->readLine(), "held");
+        const auto first = holding(start(kBoth, "t1"));
         expectActivation(*first, kBoth);
         EXPECT_EQ(start(kRuntime, "t3")->readLine(), "passed"); // unheard, but no second copy
     }
     std::filesystem::remove(lockFile());
     ASSERT_EQ(::mkdir(lockFile().c_str(), 0700), 0); // nor can anybody open this
-    const auto first = start(kBoth, "t1");
-    ASSERT_EQ(first->readLine(), "held");
+    const auto first = holding(start(kBoth, "t1"));
     expectActivation(*first, kBoth);
 }
 
@@ -237,19 +234,16 @@ TEST_F(SingleInstanceTest, AHungBusIsNone) {
     ASSERT_TRUE(bus.listen(QString::fromStdString(directory() + "/hung")));
     m_strNoBus = "unix:path=" + bus.fullServerName().toStdString();
     const Watchdog watchdog("a start beside a hung bus", std::chrono::seconds(15));
-    const auto first = start(kRuntime, "t1");
-    EXPECT_EQ(first->readLine(), "held");
+    const auto first = holding(start(kRuntime, "t1"));
     expectActivation(*first, kRuntime);
 }
 
 // Another user's directory, in which that user could listen for us, or keep us from starting.
 TEST_F(SingleInstanceTest, ADirectoryThatOthersMayWriteToIsNotUsed) {
     const std::string strOpen = directory() + "/vellux-" + std::to_string(::getuid());
-    ASSERT_EQ(::mkdir(strOpen.c_str(), 0700), 0);
-    ASSERT_EQ(::chmod(strOpen.c_str(), 0777), 0);
-    const auto first = start(kTemporary, "t1"), second = start(kTemporary, "t2");
-    EXPECT_EQ(first->readLine(), "held");
-    EXPECT_EQ(second->readLine(), "held");
+    std::filesystem::create_directory(strOpen);
+    std::filesystem::permissions(strOpen, std::filesystem::perms::all);
+    const auto first = holding(start(kTemporary, "t1")), second = holding(start(kTemporary, "t2"));
 }
 
 } // namespace
