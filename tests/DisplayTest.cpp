@@ -48,7 +48,7 @@ TEST_F(Display, OnlyTheFirstLight) {
         runPending();
         EXPECT_EQ(reports(), (Lines{"report first 73..00", "report first 73..00"})) << nNothing;
     }
-    hid.scriptResults(std::vector<VelluxResult>(50, 0xE00002ED));
+    hid.onReport = [] { return vellux::HidResult{0xE00002ED}; };
     EXPECT_EQ(ui().displayVelluxColor(0), static_cast<std::int32_t>(0xE00002ED));
 }
 

@@ -6,17 +6,20 @@ namespace {
 
 class Reports : public TestWorld {
 protected:
-    /// Lights that are listed and plugged, and that the controller has not touched.
-    void addLights(const std::vector<std::pair<std::int64_t, std::int64_t>>& ids) {
-        for (const auto& [nVendor, nProduct] : ids)
-            hid.present(FakeHidManager::light(nVendor, nProduct));
+    /// Lights (vendor and product) that are listed and plugged, and that the controller has not touched.
+    void addLights(const std::vector<std::int64_t>& ids) {
+        for (const std::int64_t nId : ids)
+            hid.present(FakeHidManager::light(nId >> 16, nId & 0xFFFF));
         hid.bNoticesAtOpen = false;
         std::int32_t nCount = 0;
         ASSERT_TRUE(VelluxFindDevices(nCount));
         bDevicePlugged = true;
         journal.clear();
     }
-    void refuse(std::size_t nReports) { hid.scriptResults(std::vector<VelluxResult>(nReports, 7)); }
+    /// The coming reports fail with codes from 1001 on.
+    void refuse(unsigned nReports) {
+        hid.onReport = [n = 0U, nReports]() mutable { return n < nReports ? 1000 + ++n : 0; };
+    }
 };
 
 struct Colour {
@@ -43,13 +46,7 @@ bool isOrange(const Colour& colour) {
 // A wrong code or level; the order red, green, blue; the previous colour not shown first; a type left out; off
 // sent once to a plain light, or with a frame left in it; orange not refused by the older lights.
 TEST_F(Reports, EveryColourOnEveryFamily) {
-    addLights({{0x1130, 1},
-               {0x1130, 2},
-               {0x1130, 0x1E00},
-               {0x0E53, 0x2516},
-               {0x0E53, 0x2517},
-               {0x2C0D, 6},
-               {0x2C0D, 3}});
+    addLights({0x1130'0001, 0x1130'0002, 0x1130'1E00, 0x0E53'2516, 0x0E53'2517, 0x2C0D'0006, 0x2C0D'0003});
     for (const Colour& colour : kColours)
         for (std::uint8_t byIndex = 0; byIndex < 7; ++byIndex) {
             SetRedColorBrightnessLevel(byIndex, 0x11);
@@ -67,7 +64,7 @@ TEST_F(Reports, EveryColourOnEveryFamily) {
 // A report to a light that nobody knows, or that lies beyond the type table, or its operations remembered for others;
 // another colour than orange refused.
 TEST_F(Reports, LightsWithoutATypeAreSentNothing) {
-    addLights(std::vector<std::pair<std::int64_t, std::int64_t>>(40, {0x2C0D, 6}));
+    addLights(std::vector<std::int64_t>(40, 0x2C0D'0006));
     asDeviceInfo[0] = 0;
     asDeviceInfo[1] = 5;
     asDeviceInfo[2] = 8;
@@ -91,7 +88,7 @@ TEST_F(Reports, LightsWithoutATypeAreSentNothing) {
 // A control bit that is wrong, or cleared by an operation that is not about it; odd speeds (7 lands beyond the
 // field, where no other speed clears it).
 TEST_F(Reports, ControlByteOfV30Lights) {
-    addLights({{0x2C0D, 6}});
+    addLights({0x2C0D'0006});
     const auto selectSpeeds = [](std::initializer_list<std::uint8_t> speeds) {
         for (const std::uint8_t bySpeed : speeds)
             EXPECT_EQ(SelectLightFlashSpeed(0, bySpeed), kIOReturnSuccess);
@@ -121,10 +118,10 @@ TEST_F(Reports, AllV30LightsShareTheShadow) {
     SetRedColorBrightnessLevel(1, 0xE0);
     EXPECT_EQ(journal.take(), Lines{"report second e0b100040000ffff"});
     refuse(50);
-    EXPECT_EQ(TurnOnRGBLights(0, 1, 2, 3), 7U);
+    EXPECT_EQ(TurnOnRGBLights(0, 1, 2, 3), 1050U);
     EXPECT_EQ(journal.take(), Lines(50, "report first e0b100040000ffff"));
     refuse(50);
-    EXPECT_EQ(SetRedColorBrightnessLevel(0, 0x77), 7U);
+    EXPECT_EQ(SetRedColorBrightnessLevel(0, 0x77), 1050U);
     bDevicePlugged = false;
     EXPECT_EQ(SetGreenColorBrightnessLevel(0, 0x99), kIOReturnNoDevice);
     bDevicePlugged = true;
@@ -136,18 +133,15 @@ TEST_F(Reports, AllV30LightsShareTheShadow) {
 // Too many or too few attempts or pauses; the pause after a success left out; another failure's code returned,
 // or the first of the two results of off on a plain light.
 TEST_F(Reports, RefusedReportsAreTriedAgain) {
-    addLights({{0x1130, 1}, {0x1130, 0x1E00}});
+    addLights({0x1130'0001, 0x1130'1E00});
     refuse(50);
     EXPECT_EQ(VelluxTurnOffLight(1), kIOReturnSuccess);
     refuse(100);
-    EXPECT_EQ(VelluxTurnOffLight(1), 7U);
+    EXPECT_EQ(VelluxTurnOffLight(1), 1100U);
     journal.clear();
     clock.bJournalShortSleeps = true;
     for (const std::uint32_t nFailures : {0U, 1U, 48U, 49U, 50U}) {
-        std::vector<VelluxResult> results;
-        for (std::uint32_t n = 1; n <= nFailures; ++n)
-            results.push_back(1000 + n);
-        hid.scriptResults(results);
+        refuse(nFailures);
         EXPECT_EQ(VelluxTurnOnRedLight(0), nFailures == 50 ? 1050 : 0);
         Lines expected;
         for (std::uint32_t n = 1; n <= std::min(nFailures + 1, 50U); ++n) {
@@ -161,7 +155,7 @@ TEST_F(Reports, RefusedReportsAreTriedAgain) {
 
 // A send without a light, or to the wrong one; the two codes mixed up.
 TEST_F(Reports, ResultCodesWithoutALight) {
-    addLights({{0x1130, 1}, {0x2C0D, 6}});
+    addLights({0x1130'0001, 0x2C0D'0006});
     const auto list = gDeviceCFArrayRef.get();
     const auto expectNoDevice = [](const char* strWhy) {
         EXPECT_EQ(HIDSendVelluxControlCode(0, 0x60), kIOReturnNoDevice) << strWhy;

@@ -7,10 +7,8 @@
 #include "threads/MainThread.h"
 
 #include <algorithm>
-#include <array>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
@@ -68,14 +66,8 @@ public:
     /// Whether devices that are there at open() are noticed, as real managers do.
     bool bNoticesAtOpen = true;
 
-    /// The result of the coming reports, in order; afterwards success.
-    void scriptResults(std::vector<vellux::HidResult> results) {
-        const std::lock_guard lock(m_mutex);
-        m_results = std::move(results);
-        m_nNextResult = 0;
-    }
-    /// Asked for the result of each report first, on the sending thread; nothing leaves it to the script.
-    std::function<std::optional<vellux::HidResult>()> onReport;
+    /// The result of each report, asked for on the sending thread. Without it all succeed.
+    std::function<vellux::HidResult()> onReport;
     const std::vector<vellux::HidMatching>& matching() const { return m_matching; }
 
     // ---- the port ----
@@ -135,11 +127,8 @@ public:
             strHex = hexOf(payload.first(1)) + "..00";
         const bool bPlain = byReportID == 0;
         m_journal.add("report " + (strName.empty() ? "" : strName + " ") + strHex +
-                      (bPlain ? "" : " not a report with ID 0"));
-        if (const auto result = onReport ? onReport() : std::nullopt)
-            return *result;
-        const std::lock_guard lock(m_mutex);
-        return m_nNextResult < m_results.size() ? m_results[m_nNextResult++] : 0;
+                      (bPlain ? "" : " not an output report with ID 0"));
+        return onReport ? onReport() : 0;
     }
 
 private:
@@ -149,7 +138,4 @@ private:
     std::function<void(const vellux::HidDeviceRef&)> m_arrival;
     std::function<void(const vellux::HidDeviceRef&)> m_removal;
     vellux::HidDeviceList m_devices;
-    std::mutex m_mutex;
-    std::vector<vellux::HidResult> m_results;
-    std::size_t m_nNextResult = 0;
 };

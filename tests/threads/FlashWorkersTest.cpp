@@ -101,7 +101,7 @@ TEST_F(FlashWorkers, AReportTriedAgainCarriesWhatIsTrueByThen) {
     ui().displayVelluxColor(0);
     const auto mainThreadId = std::this_thread::get_id();
     std::atomic<bool> bTried = false, bOff = false;
-    hid.onReport = [&]() -> std::optional<vellux::HidResult> {
+    hid.onReport = [&] {
         (std::this_thread::get_id() == mainThreadId ? bOff : bTried) = true;
         return bOff ? kIOReturnSuccess : 7U;
     };
