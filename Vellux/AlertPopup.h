@@ -26,7 +26,8 @@ public:
     /// While the program ends it returns without showing anything.
     std::int32_t display(const std::string& strTitle, const std::string& strMessage);
 
-    /// The program ends: those who wait for an open alert's end go on, and find that the main thread takes no calls.
+    /// The program ends: those who wait for an open alert's end go on, and find that the main thread takes no
+    /// calls.
     void endWaiting();
 
     /// Shows the alert on the calling thread, which is the main thread.

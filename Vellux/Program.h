@@ -1,4 +1,5 @@
-// The program as a whole: the shared objects on the ports of a platform, and the order in which they start and end.
+// The program as a whole: the shared objects on the ports of a platform, and the order in which they start
+// and end.
 #pragma once
 
 #include "ports/Clock.h"
@@ -9,8 +10,8 @@
 
 namespace vellux {
 
-/// One a process; whoever has a main, and each test's fixture, starts and ends it the same way. Main thread, unless said
-/// otherwise.
+/// One a process; whoever has a main, and each test's fixture, starts and ends it the same way. Main thread,
+/// unless said otherwise.
 class Program {
 public:
     /// What it runs on. All of it outlives the program.
@@ -34,12 +35,12 @@ public:
     /// Finds the lights and configures the controller, which may sign in by itself.
     void start();
 
-    /// Has the desktop end the application, and frees a main thread that waits for an answer of the network or for a
-    /// light that hangs, so that it soon gets to that. Any thread; doesn't block.
+    /// Has the desktop end the application, and frees a main thread that waits for an answer of the network
+    /// or for a light that hangs, so that it soon gets to that. Any thread; doesn't block.
     void requestEnd();
 
-    /// Ends what the program does, once: the light goes off, the window's state is saved, and every other thread has
-    /// ended when it returns. Blocks for a flashing worker's cycle and for reports to a light.
+    /// Ends what the program does, once: the light goes off, the window's state is saved, and every other
+    /// thread has ended when it returns. Blocks for a flashing worker's cycle and for reports to a light.
     void end();
 
 private:

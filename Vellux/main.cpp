@@ -36,7 +36,8 @@ int failure(const char* strText) {
     return EXIT_FAILURE;
 }
 
-/// Where no memory is left the program can only say so; all else that is thrown and not caught is a fault of ours.
+/// Where no memory is left the program can only say so; all else that is thrown and not caught is a fault of
+/// ours.
 [[noreturn]] void endOnException() {
     try {
         if (const auto thrown = std::current_exception())

@@ -1,4 +1,5 @@
-// A batch of events as it arrives on the open poll, then the answers to the presence queries that it sets off.
+// A batch of events as it arrives on the open poll, then the answers to the presence queries that it sets
+// off.
 
 #include "FuzzWorld.h"
 

@@ -1,8 +1,8 @@
-// What the fuzz targets share: how an input is read, how a broken property is reported, and the real modules on ports
-// in memory.
+// What the fuzz targets share: how an input is read, how a broken property is reported, and the real modules
+// on ports in memory.
 //
-// A target is one function, LLVMFuzzerTestOneInput. It makes no thread, sleeps nowhere, and each run starts from the
-// same state, so that an input that fails does so alone, too.
+// A target is one function, LLVMFuzzerTestOneInput. It makes no thread, sleeps nowhere, and each run starts
+// from the same state, so that an input that fails does so alone, too.
 #pragma once
 
 #include "Program.h"
@@ -41,7 +41,8 @@ inline void require(bool bHolds, const char* strProperty) {
     std::abort();
 }
 
-/// The parts of an input: there is a record separator (0x1E), which is no part of any valid text, between two.
+/// The parts of an input: there is a record separator (0x1E), which is no part of any valid text, between
+/// two.
 inline std::vector<std::string> partsOf(std::string_view strInput) {
     return vellux::split(strInput, "\x1E");
 }
@@ -51,8 +52,8 @@ class AnsweringTransport : public vellux::HttpTransport {
 public:
     explicit AnsweringTransport(Journal& journal) : m_journal(journal) {}
 
-    /// Forgets all requests. Each answer is a body; one that begins with "!" has a transport error beside what
-    /// follows. When they are used up, requests fail.
+    /// Forgets all requests. Each answer is a body; one that begins with "!" has a transport error beside
+    /// what follows. When they are used up, requests fail.
     void begin(std::vector<std::string> answers) {
         m_answers = std::move(answers);
         requests.clear();

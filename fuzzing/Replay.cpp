@@ -1,5 +1,5 @@
-// Feeds a target the files and directories of files that are its arguments: the corpus as a test, with any compiler and
-// without a fuzzing engine. The exit status is 2 when there was no file.
+// Feeds a target the files and directories of files that are its arguments: the corpus as a test, with any
+// compiler and without a fuzzing engine. The exit status is 2 when there was no file.
 
 #include <cstddef>
 #include <cstdint>

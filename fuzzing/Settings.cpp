@@ -1,5 +1,5 @@
-// The window-state file and the settings file as the program finds them at its start, then what the user types before
-// pressing Connect. Directory of the files: below TMPDIR.
+// The window-state file and the settings file as the program finds them at its start, then what the user
+// types before pressing Connect. Directory of the files: below TMPDIR.
 
 #include "FuzzWorld.h"
 

@@ -1,5 +1,5 @@
-// The answers to one sign-in, in order: token, user resource, registration, make me available, second registration,
-// presence; the first of them also as the answer to a discovery.
+// The answers to one sign-in, in order: token, user resource, registration, make me available, second
+// registration, presence; the first of them also as the answer to a discovery.
 
 #include "FuzzWorld.h"
 

@@ -1,5 +1,5 @@
-// The soak: the real client against a presence server in a process of its own, over and over. What it holds of the
-// system must be the same at the end of each phase as near its beginning.
+// The soak: the real client against a presence server in a process of its own, over and over. What it holds
+// of the system must be the same at the end of each phase as near its beginning.
 
 #include "Program.h"
 #include "VelluxWindowUi/VelluxWindowUi.h"
@@ -68,8 +68,8 @@ struct Holdings {
     }
 };
 
-/// The server, in a process of its own so that only the client is measured: what the user's presence becomes is
-/// read line by line, until there are no more.
+/// The server, in a process of its own so that only the client is measured: what the user's presence becomes
+/// is read line by line, until there are no more.
 int serve(const CertificateAuthority& authority, int nWords, int nHost) {
     const auto server = PresenceServer::start(authority, {kUser, kSecret});
     if (server == nullptr)
@@ -83,7 +83,8 @@ int serve(const CertificateAuthority& authority, int nWords, int nHost) {
     return EXIT_SUCCESS;
 }
 
-/// The user, on a thread of their own. Everything that can be waited for comes in time, or the soak has failed.
+/// The user, on a thread of their own. Everything that can be waited for comes in time, or the soak has
+/// failed.
 class Soak {
 public:
     Soak(vellux::MainThread& mainThread, Changes& changes, int nWords)

@@ -19,7 +19,8 @@ vellux::ByteBuffer fromHex(std::string_view text) {
 }
 
 // Another mode, key length or padding; a full block without its block of padding; a short or absent key not
-// padded with zero bytes; an initialisation vector that matters, so that existing files can't be read any more.
+// padded with zero bytes; an initialisation vector that matters, so that existing files can't be read any
+// more.
 TEST(AES128, Vectors) {
     struct Row {
         std::optional<std::string_view> key;

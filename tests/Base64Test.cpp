@@ -1,4 +1,5 @@
-// The Base64 codec: RFC 4648, leniency, and the log line of a failure. What becomes of it and its like without memory.
+// The Base64 codec: RFC 4648, leniency, and the log line of a failure. What becomes of it and its like
+// without memory.
 
 #include "AES128Transform.h"
 #include "MF_Base64Additions.h"

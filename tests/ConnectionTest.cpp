@@ -46,7 +46,8 @@ protected:
     }
 };
 
-// The whole road from the click to the open channel, byte for byte; above all its order and the endpoint's id.
+// The whole road from the click to the open channel, byte for byte; above all its order and the endpoint's
+// id.
 TEST_F(ConnectionTest, connectsStepByStep) {
     plugInFramed();
     const std::string strPlain =
@@ -167,7 +168,8 @@ TEST_F(ConnectionTest, unwritableFileConnectsWithTheEarlierCredentials) {
     EXPECT_EQ(journal.take(), Lines{"status "});
 }
 
-// A light left on, a long poll left open, or a box that brings back the presence of a connection that is over.
+// A light left on, a long poll left open, or a box that brings back the presence of a connection that is
+// over.
 TEST_F(ConnectionTest, disconnectsStepByStep) {
     plugInV30();
     scriptPresence(R"({"availability":"Online","activity":"on-the-phone"})");

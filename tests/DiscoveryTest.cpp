@@ -56,8 +56,8 @@ TEST_F(Discovery, ClassifiesByVendorAndProduct) {
         EXPECT_EQ(asDeviceInfo[n], n < 16 ? rows[n].nThird : 9) << "row " << n;
 }
 
-// A property read at the wrong width; a value written although nothing was read; a handle of another kind read
-// as a device.
+// A property read at the wrong width; a value written although nothing was read; a handle of another kind
+// read as a device.
 TEST_F(Discovery, PropertiesAreSigned32BitIntegers) {
     struct Foreign : vellux::HidDevice {
         vellux::HidTypeID typeID() const override { return kTypeID + 1; }
@@ -160,8 +160,8 @@ TEST_F(Notices, TellOfEarlierTimes) {
     EXPECT_EQ(reports(), framed("ff ef ff ef")); // on each arrival notice
 }
 
-// Reports of the old family to the new light; lists that lack "Orange", or offer what is not there; the refill
-// before the mode is applied, or with a selection left.
+// Reports of the old family to the new light; lists that lack "Orange", or offer what is not there; the
+// refill before the mode is applied, or with a selection left.
 TEST_F(Notices, ALightReplacedByAnotherFamily) {
     const Lines without = {"Red", "Green", "Yellow", "Purple", "Cyan", "Blue", "White", "None"};
     Lines with = without;

@@ -14,7 +14,8 @@ const std::string kAsk =
 std::string poll(const std::string& strPath) {
     return "poll GET https://lync.example" + strPath + " | Authorization: Bearer T0k3n | 15 s";
 }
-/// What a number of presence events bring about, one after the other, each with the light before the next poll.
+/// What a number of presence events bring about, one after the other, each with the light before the next
+/// poll.
 Lines heard(int nEvents) {
     Lines lines;
     while (nEvents-- > 0)
@@ -182,8 +183,9 @@ TEST_F(EventChannelTest, replacedPollIsStillHeard) {
     EXPECT_EQ(journal.take(), (Lines{"sleep 0.5", poll("/n")}));
 }
 
-// Descriptors and memory used up by a server that sends more and more news on polls it never ends; or the limit felt as
-// a rule of the channel: each event sends its poll, and the oldest is closed without a word, even while it is read.
+// Descriptors and memory used up by a server that sends more and more news on polls it never ends; or the
+// limit felt as a rule of the channel: each event sends its poll, and the oldest is closed without a word,
+// even while it is read.
 TEST_F(EventChannelTest, sixteenPollsAreHeldAtMost) {
     std::string strEvents = kP;
     for (int n = 1; n < 15; ++n)
@@ -208,8 +210,8 @@ TEST_F(EventChannelTest, sixteenPollsAreHeldAtMost) {
     EXPECT_EQ(journal.take({"cancel", "request"}), Lines{kAsk});
 }
 
-// A light that goes on following after the user has left, also by a poll that was replaced; a call flag that outlives
-// the connection; or an end so thorough that a sign-in still under way can't follow any more.
+// A light that goes on following after the user has left, also by a poll that was replaced; a call flag that
+// outlives the connection; or an end so thorough that a sign-in still under way can't follow any more.
 TEST_F(EventChannelTest, abortSilencesTheChannelAndForgetsThePresence) {
     deliver(batch("/m"));
     deliver(batch("/n"));

@@ -164,7 +164,8 @@ TEST_F(HidrawManagerTest, NoticesAreTheDifferenceOfTwoListings) {
     EXPECT_EQ(notices(2), (Names{"-2", "-3"}));
 }
 
-// Lights that leave because the system could not tell which there are, and what was asked for meanwhile forgotten.
+// Lights that leave because the system could not tell which there are, and what was asked for meanwhile
+// forgotten.
 TEST_F(HidrawManagerTest, AListingThatFailsSaysNothingAndIsRepeated) {
     fail();
     create();

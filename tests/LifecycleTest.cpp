@@ -16,8 +16,8 @@ std::atomic<int> nCalls{0};                                                     
 class LifecycleTest : public TestWorld {
 protected:
     LifecycleTest() : TestWorld(std::make_unique<vellux::CallQueue>([] { ++nCalls; })) {}
-    /// Starts with the light present, flashes on a call or by hand, and ends: the journal of the shut-down ends so, with
-    /// the devices' release.
+    /// Starts with the light present, flashes on a call or by hand, and ends: the journal of the shut-down
+    /// ends so, with the devices' release.
     void expectAtShutDown(std::int64_t nVendor, std::int64_t nProduct, bool bManual, Lines expected) {
         hid.present(FakeHidManager::light(nVendor, nProduct));
         delegate().applicationDidFinishLaunching();
@@ -43,7 +43,8 @@ protected:
     }
 };
 
-// A start that forgets to keep the system awake, or darkens a light before the system has announced it, or not at all.
+// A start that forgets to keep the system awake, or darkens a light before the system has announced it, or
+// not at all.
 TEST_F(LifecycleTest, startsInOrder) {
     for (int nStart = 0; nStart < 3; ++nStart) {
         if (nStart == 1)
@@ -106,8 +107,9 @@ TEST_F(LifecycleTest, lightStaysOffOnceSwitchedOffForGood) {
     EXPECT_EQ(journal.take({"report"}), Lines{kOff});
 }
 
-// An answer that nobody gave; two failing connections whose alerts pile up, since a modal loop goes on with what is
-// queued: all of it but another alert; a caller that goes on before the user has answered, or is busy until then.
+// An answer that nobody gave; two failing connections whose alerts pile up, since a modal loop goes on with
+// what is queued: all of it but another alert; a caller that goes on before the user has answered, or is busy
+// until then.
 TEST_F(LifecycleTest, alertsAreShownOnMainOneAfterTheOther) {
     AlertPopup& popup = AlertPopup::sharedAlertPopup();
     desktop.nResponse = 1001;

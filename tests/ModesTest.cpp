@@ -137,8 +137,8 @@ TEST_F(Modes, ReturningToSyncModeReconnectsOnce) {
     EXPECT_EQ(ui().buttonConnect()->title(), "Connect");
 }
 
-// A hardware flash with a wrong speed, in the wrong order, left out, or of a light that is to be off; a steady
-// position that flashes on; nothing selected that changes the speed or the colour; a worker.
+// A hardware flash with a wrong speed, in the wrong order, left out, or of a light that is to be off; a
+// steady position that flashes on; nothing selected that changes the speed or the colour; a worker.
 TEST_F(Modes, ManualListsOnAV30Light) {
     plugInV30();
     setManualMode(); // red, medium
@@ -157,8 +157,8 @@ TEST_F(Modes, ManualListsOnAV30Light) {
     vellux::WorkerThread::joinAll();
 }
 
-// A period that is wrong or was widened from double; the older lights not flashed; colour 8 and 7 mixed up: 7 is
-// "None" in their list, but a colour that shows nothing.
+// A period that is wrong or was widened from double; the older lights not flashed; colour 8 and 7 mixed up: 7
+// is "None" in their list, but a colour that shows nothing.
 TEST_F(Modes, ManualListsOnAnOlderLight) {
     plugInFramed();
     ui().setIndexOfManualModeFlashSpeedList(-1);

@@ -80,7 +80,8 @@ TEST_F(RegistrationTest, applicationsLinkIsRewrittenToTheTypedHost) {
     }
 }
 
-// A user without an applications resource, or a broken answer, taken for a link; an alert too many or too few.
+// A user without an applications resource, or a broken answer, taken for a link; an alert too many or too
+// few.
 TEST_F(RegistrationTest, withoutAnApplicationsLinkThereIsNoUrl) {
     const std::string strGood = R"({"_links":{"applications":{"href":"https://p.example/a"}}})";
     for (const HttpResponse& answer : brokenAnswers(strGood)) {

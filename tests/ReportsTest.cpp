@@ -43,8 +43,8 @@ bool isOrange(const Colour& colour) {
     return colour.turnOn == VelluxTurnOnOrangeLight;
 }
 
-// A wrong code or level; the order red, green, blue; the previous colour not shown first; a type left out; off
-// sent once to a plain light, or with a frame left in it; orange not refused by the older lights.
+// A wrong code or level; the order red, green, blue; the previous colour not shown first; a type left out;
+// off sent once to a plain light, or with a frame left in it; orange not refused by the older lights.
 TEST_F(Reports, EveryColourOnEveryFamily) {
     addLights({0x1130'0001, 0x1130'0002, 0x1130'1E00, 0x0E53'2516, 0x0E53'2517, 0x2C0D'0006, 0x2C0D'0003});
     for (const Colour& colour : kColours)
@@ -61,8 +61,8 @@ TEST_F(Reports, EveryColourOnEveryFamily) {
         }
 }
 
-// A report to a light that nobody knows, or that lies beyond the type table, or its operations remembered for others;
-// another colour than orange refused.
+// A report to a light that nobody knows, or that lies beyond the type table, or its operations remembered for
+// others; another colour than orange refused.
 TEST_F(Reports, LightsWithoutATypeAreSentNothing) {
     addLights(std::vector<std::int64_t>(40, 0x2C0D'0006));
     asDeviceInfo[0] = 0;
@@ -85,8 +85,8 @@ TEST_F(Reports, LightsWithoutATypeAreSentNothing) {
     EXPECT_EQ(journal.take(), v30("00000008"));
 }
 
-// A control bit that is wrong, or cleared by an operation that is not about it; odd speeds (7 lands beyond the
-// field, where no other speed clears it).
+// A control bit that is wrong, or cleared by an operation that is not about it; odd speeds (7 lands beyond
+// the field, where no other speed clears it).
 TEST_F(Reports, ControlByteOfV30Lights) {
     addLights({0x2C0D'0006});
     const auto selectSpeeds = [](std::initializer_list<std::uint8_t> speeds) {
@@ -105,8 +105,8 @@ TEST_F(Reports, ControlByteOfV30Lights) {
                   "0000003c 00000038 00000000 00000040 00000048"));
 }
 
-// A shadow per light; one that discovery, release or a failed send forgets; a report to another light; going on
-// with a colour after a report that failed.
+// A shadow per light; one that discovery, release or a failed send forgets; a report to another light; going
+// on with a colour after a report that failed.
 TEST_F(Reports, AllV30LightsShareTheShadow) {
     hid.present(FakeHidManager::light(0x2C0D, 6, "first"));
     hid.present(FakeHidManager::light(0x0E53, 0x2516, "second"));
@@ -130,8 +130,8 @@ TEST_F(Reports, AllV30LightsShareTheShadow) {
     EXPECT_EQ(journal.take(), Lines{"report first 77b199050000ffff"});
 }
 
-// Too many or too few attempts or pauses; the pause after a success left out; another failure's code returned,
-// or the first of the two results of off on a plain light.
+// Too many or too few attempts or pauses; the pause after a success left out; another failure's code
+// returned, or the first of the two results of off on a plain light.
 TEST_F(Reports, RefusedReportsAreTriedAgain) {
     addLights({0x1130'0001, 0x1130'1E00});
     refuse(50);

@@ -37,7 +37,8 @@ TEST_F(SignInTest, sendsCredentialsVerbatimAndCountsTheirBytes) {
     }
 }
 
-// A status code or a lifetime read by mistake, a missing alert, or a failure that forgets the earlier sign-in.
+// A status code or a lifetime read by mistake, a missing alert, or a failure that forgets the earlier
+// sign-in.
 TEST_F(SignInTest, answerDecidesResultAlertsAndWhatIsKept) {
     scriptServer(R"({"availability":"Busy"})");
     ASSERT_EQ(signIn("first.example", {R"({"token_type":"A","access_token":"b"})", {}}), "A b");

@@ -160,7 +160,8 @@ TEST_F(Files, NeedLittleMemoryAndNeverThrow) {
     }
 }
 
-// A rest of the longer text before; a content that comes back changed; rubbish, or more than memory holds, read.
+// A rest of the longer text before; a content that comes back changed; rubbish, or more than memory holds,
+// read.
 TEST_F(Files, ComeBackWholeOrNotAtAll) {
     EXPECT_EQ(readTextFile(path("f")), std::nullopt);
     for (const auto text : {"a longer text"sv, "\0 \r\n gr\xC3\xBC\xC3\x9F\n"sv, ""sv}) {
@@ -223,7 +224,8 @@ TEST(CallQueue, RunsInOrderOnItsThread) {
 
 /// A toolkit's loop. A turn may end early at any time, as on a busy machine.
 struct Loop {
-    /// Turns until a call has run. Expects to have been woken for each, and to be woken again for what is left.
+    /// Turns until a call has run. Expects to have been woken for each, and to be woken again for what is
+    /// left.
     void runUntil(char c) {
         for (bool bLeft = true; bLeft && strOrder.find(c) == std::string::npos;) {
             EXPECT_TRUE(std::exchange(bWoken, false));
@@ -274,8 +276,8 @@ TEST(CallQueue, GoesOnInALoopInsideACall) {
     EXPECT_EQ(loop.strOrder, "(ab)c");
 }
 
-// A waiter that quitting leaves behind, even one whose call is running, as with an alert open; a call that runs
-// after the close, or keeps what it holds.
+// A waiter that quitting leaves behind, even one whose call is running, as with an alert open; a call that
+// runs after the close, or keeps what it holds.
 TEST(CallQueue, CloseFreesEveryWaiter) {
     const Watchdog watchdog("a waiter of a closed queue");
     std::atomic<int> nQueued = 0;
@@ -306,7 +308,8 @@ TEST(CallQueue, CloseFreesEveryWaiter) {
 
 using Workers = TestWorld;
 
-// A handle that says of a thread what is not true; a thread that dies with its handle, or leaves what it holds behind.
+// A handle that says of a thread what is not true; a thread that dies with its handle, or leaves what it
+// holds behind.
 TEST_F(Workers, StateAndHandle) {
     std::atomic<bool> bGo = false;
     const auto token = std::make_shared<int>(0);

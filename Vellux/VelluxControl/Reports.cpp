@@ -49,8 +49,8 @@ bool hasPluggedDevice() {
 }
 
 // Fills the buffer and sends it, up to 50 times. The buffer is filled anew for each attempt: another thread
-// may have sent in the pause. `fill` is given the buffer and the shadow as it then is, and returns the report's
-// length.
+// may have sent in the pause. `fill` is given the buffer and the shadow as it then is, and returns the
+// report's length.
 template <typename Fill> VelluxResult sendWithRetries(const HidDeviceRef& device, Fill fill) {
     for (int nAttempt = 1;; ++nAttempt) {
         VelluxResult result = kIOReturnSuccess;
@@ -94,8 +94,9 @@ std::size_t fillV30(ReportBuffer& buffer, const Shadow& state) {
     return kShortReport;
 }
 
-// Changes the shadow of a V30 light and sends it, as it is at each attempt: a report that is tried again never
-// takes back what another thread has changed meanwhile, so the last one sent always tells the latest state.
+// Changes the shadow of a V30 light and sends it, as it is at each attempt: a report that is tried again
+// never takes back what another thread has changed meanwhile, so the last one sent always tells the latest
+// state.
 template <typename Change> VelluxResult changeV30(std::uint8_t byDeviceIndex, Change change) {
     if (!hasLevels(byDeviceIndex))
         return kIOReturnNoDevice;

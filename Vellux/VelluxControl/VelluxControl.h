@@ -92,8 +92,8 @@ void Handle_DeviceRemovalCallback(const vellux::HidDeviceRef& device) VELLUX_REQ
 
 // ---- Reports ----
 // Each send is tried 50 times, with a pause of 10 ms after each attempt but the 50th; so it blocks for 10 ms
-// at least, and for half a second with a light that refuses at once. What a light that hangs adds to that, ten
-// seconds at first, is up to the platform's HidManager::deviceSetReport.
+// at least, and for half a second with a light that refuses at once. What a light that hangs adds to that,
+// ten seconds at first, is up to the platform's HidManager::deviceSetReport.
 
 /// Sends one colour code to a light of type 1 or 2.
 VelluxResult HIDSendVelluxControlCode(std::uint8_t byDeviceIndex, std::uint8_t byCode);

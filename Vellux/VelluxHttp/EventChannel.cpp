@@ -13,7 +13,8 @@ namespace {
 
 constexpr std::chrono::seconds kLongPollTimeout{15};
 constexpr vellux::Seconds kRetryWait{0.5};
-// A limit of this process's descriptors and memory, as the transport's for a body is, and no rule of the channel.
+// A limit of this process's descriptors and memory, as the transport's for a body is, and no rule of the
+// channel.
 constexpr std::size_t kMostPolls = 16;
 
 bool contains(const std::string& strText, const char* strPart) {

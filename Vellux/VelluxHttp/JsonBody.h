@@ -27,8 +27,8 @@ public:
     /// Names of members, from the top level down.
     using KeyPath = std::initializer_list<const char*>;
 
-    /// Absent unless the body is one JSON object in UTF-8, and one that memory is there for: at most 1,000,000
-    /// values, 200,000 deep.
+    /// Absent unless the body is one JSON object in UTF-8, and one that memory is there for: at most
+    /// 1,000,000 values, 200,000 deep.
     static std::optional<JsonBody> parse(std::string_view strBody);
 
     /// The text at the end of the path; absent when a member on the way is missing or it is no text.

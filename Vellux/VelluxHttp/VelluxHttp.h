@@ -78,12 +78,13 @@ public:
     /// Replaces the token. Any thread.
     void setPresenceStatus(const std::optional<std::string>& strToken) { presenceStatus.set(strToken); }
 
-    /// Opens the next long poll, which fails after 15 seconds without a word from the server; does nothing when no
-    /// URL is known. At most sixteen are held: another closes the oldest, which calls nobody back. Main thread.
+    /// Opens the next long poll, which fails after 15 seconds without a word from the server; does nothing
+    /// when no URL is known. At most sixteen are held: another closes the oldest, which calls nobody back.
+    /// Main thread.
     void httpGet_EventChannels();
 
-    /// Cancels the long poll opened last, then those that were let go, and forgets the presence. A sign-in that is
-    /// still under way opens a channel of its own afterwards. Main thread.
+    /// Cancels the long poll opened last, then those that were let go, and forgets the presence. A sign-in
+    /// that is still under way opens a channel of its own afterwards. Main thread.
     void abortEventChannelConnection();
 
     /// Whether the presence is being followed; for the view, nothing here depends on it. Any thread reads it.
@@ -109,9 +110,9 @@ private:
 
     VelluxHttp() = default;
 
-    /// The URL that issued an Authorization value, and so the place it may go to: two sign-ins that overlap mix one's
-    /// host with the other's value, and links in answers lead anywhere. Absent for a value that was not issued to this
-    /// process: it belongs nowhere. Any thread.
+    /// The URL that issued an Authorization value, and so the place it may go to: two sign-ins that overlap
+    /// mix one's host with the other's value, and links in answers lead anywhere. Absent for a value that was
+    /// not issued to this process: it belongs nowhere. Any thread.
     std::optional<std::string> issuerOf(const std::string& strAuthorization) const;
     void forgetPoll(const vellux::HttpConnection& connection) VELLUX_REQUIRES(vellux::mainThreadRole);
     void noteWhetherFollowing() VELLUX_REQUIRES(vellux::mainThreadRole);

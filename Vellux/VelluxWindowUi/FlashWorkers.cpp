@@ -102,7 +102,8 @@ void VelluxWindowUi::startManualFlashing() {
 }
 
 // Replaces the sync worker, whose stop has been asked for. Under the gate the request is repeated, since the
-// other side may have started a new worker in between, and so is the question, since it may have left the call.
+// other side may have started a new worker in between, and so is the question, since it may have left the
+// call.
 void VelluxWindowUi::restartSyncFlashing() {
     const vellux::ScopedLock gate(m_syncFlashGate);
     bQuitSyncFlashing = true;

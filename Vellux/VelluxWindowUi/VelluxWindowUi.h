@@ -129,8 +129,9 @@ public:
 
     // ---- Display.cpp ----
 
-    /// Records a colour index (see model/Colour.h) and shows it on the first light. Returns the driver's result code; 0 where there is nothing to send.
-    /// Any thread; under the display lock, so it may wait for another colour's reports.
+    /// Records a colour index (see model/Colour.h) and shows it on the first light. Returns the driver's
+    /// result code; 0 where there is nothing to send. Any thread; under the display lock, so it may wait for
+    /// another colour's reports.
     std::int32_t displayVelluxColor(std::int32_t nColor);
     /// Shows off, and no colour ever after, whoever asks; colour requests are still recorded.
     void switchOffForGood();
@@ -180,7 +181,8 @@ public:
     void beginShutdown();
 
     // ---- PresencePolicy.cpp ----
-    // On the thread of whoever brings the presence: main, or the status monitor. May wait for the sync worker.
+    // On the thread of whoever brings the presence: main, or the status monitor. May wait for the sync
+    // worker.
 
     /// In sync mode, shows what a presence token means, or flashes on a call, and puts the token, as the
     /// server spelled it, into the status line. An absent token means off and an empty line.
@@ -314,7 +316,8 @@ private:
 
     // Makes each stop, wait, create, clear, start sequence of the sync worker whole: main and the status
     // monitor both reach it, and without the gate one could wait forever for a worker whose stop flag the
-    // other has just cleared. Its holder waits for nothing but the worker's end, and takes innermost locks only.
+    // other has just cleared. Its holder waits for nothing but the worker's end, and takes innermost locks
+    // only.
     vellux::Mutex m_syncFlashGate;
     bool m_bTerminating VELLUX_GUARDED_BY(m_syncFlashGate) = false;
 };

@@ -1,4 +1,5 @@
-// The one id under which the desktop knows the program: bus name, desktop file, service file, metainfo and icon.
+// The one id under which the desktop knows the program: bus name, desktop file, service file, metainfo and
+// icon.
 #pragma once
 
 namespace vellux {

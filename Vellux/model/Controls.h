@@ -27,8 +27,8 @@ public:
     bool isEnabled() const { return m_bEnabled.get(); }
     void setEnabled(bool bEnabled);
 
-    /// Tells of every write, on the writing thread, with no lock held, after the new value can be read. Any thread;
-    /// what the observer refers to lives until every worker thread has ended.
+    /// Tells of every write, on the writing thread, with no lock held, after the new value can be read. Any
+    /// thread; what the observer refers to lives until every worker thread has ended.
     [[nodiscard]] Observation observe(Observer observer) { return m_observers.add(std::move(observer)); }
 
 protected:

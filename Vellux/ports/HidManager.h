@@ -43,7 +43,8 @@ using HidDeviceList = std::vector<HidDeviceRef>;
 /// has the given value ("VendorID", "ProductID", "PrimaryUsage").
 using HidMatching = std::map<std::string, std::int32_t, std::less<>>;
 
-/// The HID manager. Any thread may call deviceSetReport and isPermissionRefusal; all else is the main thread's.
+/// The HID manager. Any thread may call deviceSetReport and isPermissionRefusal; all else is the main
+/// thread's.
 class HidManager {
 public:
     virtual ~HidManager() = default;
@@ -67,8 +68,8 @@ public:
     /// Stops following devices and forgets them. References that are still held stay valid.
     virtual void close() VELLUX_REQUIRES(mainThreadRole) = 0;
 
-    /// The program ends: from now on a device that hangs is given up soon, so that the end does not wait for it. Any
-    /// thread.
+    /// The program ends: from now on a device that hangs is given up soon, so that the end does not wait for
+    /// it. Any thread.
     virtual void beginShutdown() = 0;
 
     /// The matched devices of now, in no particular order; absent when the platform can't tell.
@@ -80,9 +81,9 @@ public:
     virtual HidResult deviceOpenResult(const HidDeviceRef& device) VELLUX_REQUIRES(mainThreadRole) = 0;
     /// Whether a code means that the user may not open the device.
     virtual bool isPermissionRefusal(HidResult result) = 0;
-    /// Sends one output report and waits until the device took or refused it (5 s at most on Linux). Report ID 0
-    /// means that the payload goes out with no report-ID byte before it. Any thread; the adapter serialises
-    /// the sends of one device.
+    /// Sends one output report and waits until the device took or refused it (5 s at most on Linux). Report
+    /// ID 0 means that the payload goes out with no report-ID byte before it. Any thread; the adapter
+    /// serialises the sends of one device.
     virtual HidResult deviceSetReport(const HidDeviceRef& device, std::uint8_t byReportID,
                                       std::span<const std::uint8_t> payload) = 0;
 };

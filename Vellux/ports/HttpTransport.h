@@ -23,12 +23,13 @@ struct HttpRequest {
     HttpHeaderFields headerFields;
     /// Absent for a request without a body; an empty body is a body.
     std::optional<std::string> body;
-    /// For a synchronous request what it may take in all, name look-up, connecting and handshake included. For an
-    /// asynchronous one how long nothing may arrive: each piece of the answer, also of its head, starts it again.
+    /// For a synchronous request what it may take in all, name look-up, connecting and handshake included.
+    /// For an asynchronous one how long nothing may arrive: each piece of the answer, also of its head,
+    /// starts it again.
     std::chrono::milliseconds timeout{30'000};
-    /// Where the credential in this request belongs: the URL that issued the Authorization value, or that the password
-    /// was typed for. Such a request goes by https to the host and port of that URL, or fails before a byte of it has
-    /// left; so does one with an Authorization field but without this.
+    /// Where the credential in this request belongs: the URL that issued the Authorization value, or that the
+    /// password was typed for. Such a request goes by https to the host and port of that URL, or fails before
+    /// a byte of it has left; so does one with an Authorization field but without this.
     std::optional<std::string> strCredentialOrigin{};
 };
 
@@ -86,8 +87,8 @@ public:
 
     /// Performs one exchange. Any thread, with no lock held; blocks until it is over, request.timeout at
     /// most. A text that forms no URL, user information or no host in it, a header value with a line break, a
-    /// credential that would leave its origin, a body over 16 MiB: an error. Redirects are followed, but a request with
-    /// a body or a credential is not sent to another scheme, host or port.
+    /// credential that would leave its origin, a body over 16 MiB: an error. Redirects are followed, but a
+    /// request with a body or a credential is not sent to another scheme, host or port.
     virtual HttpResponse sendSynchronousRequest(const HttpRequest& request) = 0;
 
     /// Creates an asynchronous request whose callbacks go to `delegate`, which must outlive it. Main thread.

@@ -32,8 +32,8 @@ template <typename Call> bool succeeds(Call call) {
     return true;
 }
 
-// A regular file, open for as long as the object lives. Nothing else is opened for good: a pipe or a device could
-// block, or swallow the text. Each operation says whether it succeeded.
+// A regular file, open for as long as the object lives. Nothing else is opened for good: a pipe or a device
+// could block, or swallow the text. Each operation says whether it succeeded.
 class File {
 public:
     File(const std::string& strPath, int nAccess)
@@ -100,7 +100,8 @@ private:
     bool m_bRegular = false;
 };
 
-// Takes group and others their access; the owner's own stays as it is, so that a file made read-only stays so.
+// Takes group and others their access; the owner's own stays as it is, so that a file made read-only stays
+// so.
 void tighten(const std::string& strPath) {
     struct stat status {};
     if (::stat(strPath.c_str(), &status) == 0 && S_ISREG(status.st_mode) && (status.st_mode & kOthers) != 0)

@@ -54,7 +54,8 @@ bool isIpv6Address(std::string_view strText) {
            inet_pton(AF_INET6, std::string(strText).c_str(), &address) == 1;
 }
 
-// A name or an IPv4 address, or an IPv6 address in brackets, whose own colons are not a port's; then the port.
+// A name or an IPv4 address, or an IPv6 address in brackets, whose own colons are not a port's; then the
+// port.
 bool isHostAndPort(std::string_view strText) {
     if (!strText.starts_with('['))
         return isText(strText) && isPortPart(strText.substr(std::min(strText.find(':'), strText.size())));

@@ -7,9 +7,10 @@
 
 namespace vellux {
 
-/// The main thread as a role that clang's thread-safety analysis knows. Nobody locks it: assertMainThread() holds it
-/// for the rest of a function, and what only the main thread may touch or call is guarded by it or requires it. A call
-/// through std::function is not followed, so what is posted to the main thread asserts it.
+/// The main thread as a role that clang's thread-safety analysis knows. Nobody locks it: assertMainThread()
+/// holds it for the rest of a function, and what only the main thread may touch or call is guarded by it or
+/// requires it. A call through std::function is not followed, so what is posted to the main thread asserts
+/// it.
 class VELLUX_CAPABILITY("role") MainThreadRole {};
 inline constexpr MainThreadRole mainThreadRole;
 

@@ -29,9 +29,9 @@ public:
             m_observers.notify();
     }
 
-    /// Tells of every change, on the thread that made it, with no lock held, after the new value can be read; a write
-    /// of the same value is no change. Any thread; what the observer refers to lives until every worker thread has
-    /// ended.
+    /// Tells of every change, on the thread that made it, with no lock held, after the new value can be read;
+    /// a write of the same value is no change. Any thread; what the observer refers to lives until every
+    /// worker thread has ended.
     [[nodiscard]] Observation observe(Observer observer) { return m_observers.add(std::move(observer)); }
 
 private:

@@ -19,9 +19,9 @@ template <typename... Arguments> class Observers {
 public:
     using Observer = std::function<void(Arguments...)>;
 
-    /// Calls the observer at each notice, on the thread of whoever notifies and with no lock held, for as long as
-    /// the observation lives. A notice under way on another thread may still come after that: what the observer
-    /// refers to lives until all threads that notify have ended.
+    /// Calls the observer at each notice, on the thread of whoever notifies and with no lock held, for as
+    /// long as the observation lives. A notice under way on another thread may still come after that: what
+    /// the observer refers to lives until all threads that notify have ended.
     [[nodiscard]] Observation add(Observer observer) {
         auto entry = std::make_shared<const Observer>(std::move(observer));
         m_entries.update([&entry](Entries& entries) {

@@ -10,8 +10,8 @@ namespace vellux {
 /// Runs one body on a thread of its own. The handle may be dropped at any time; the thread runs on.
 class WorkerThread {
 public:
-    /// The highest that an ordinary thread may have. On Linux each thread has it from the start (nice 0 without a
-    /// privilege), so nothing is asked of the system.
+    /// The highest that an ordinary thread may have. On Linux each thread has it from the start (nice 0
+    /// without a privilege), so nothing is asked of the system.
     static constexpr double kHighestPriority = 1.0;
 
     /// The body must not throw. The priority is a share of the highest one, from 0.0 to 1.0.

@@ -27,8 +27,8 @@ inline constexpr LightKind kV30Light = kLightKinds[3];
 inline constexpr LightKind kFramedLight = kLightKinds[5];
 inline constexpr LightKind kPlainLight = kLightKinds[7];
 
-/// A vendor-defined report descriptor with 8 bytes in, and 8 or 64 bytes out (Device Class Definition for HID 1.11,
-/// section 6.2.2).
+/// A vendor-defined report descriptor with 8 bytes in, and 8 or 64 bytes out (Device Class Definition for
+/// HID 1.11, section 6.2.2).
 Bytes reportDescriptor(const LightKind& kind);
 
 } // namespace vellux::simulator

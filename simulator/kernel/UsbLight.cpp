@@ -1,4 +1,5 @@
-// The device's side of USB/IP: the kernel's documentation calls it usbip_protocol. All numbers are big-endian.
+// The device's side of USB/IP: the kernel's documentation calls it usbip_protocol. All numbers are
+// big-endian.
 
 #include "kernel/KernelLight.h"
 
@@ -76,7 +77,8 @@ UsbLight::~UsbLight() {
     ::shutdown(m_nSocket, SHUT_RDWR); // which is what unplugs it
     m_thread.join();
     ::close(m_nSocket);
-    // Until the controller has noticed, what is being sent waits for its time limit, as it would not on a cable.
+    // Until the controller has noticed, what is being sent waits for its time limit, as it would not on a
+    // cable.
     const std::string strPlace = "/sys/devices/platform/vhci_hcd.0/usb1/1-" + std::to_string(*m_nPort + 1);
     for (int nTry = 0; nTry < 1000 && std::filesystem::exists(strPlace); ++nTry)
         std::this_thread::sleep_for(std::chrono::milliseconds(10));

@@ -18,8 +18,8 @@ namespace vellux::simulator {
 /// of any control.
 class WindowWatch {
 public:
-    /// Main thread, before any other thread writes a control. All arguments must outlive the watch, and the watch all
-    /// threads that write controls.
+    /// Main thread, before any other thread writes a control. All arguments must outlive the watch, and the
+    /// watch all threads that write controls.
     WindowWatch(VelluxWindowUi& controller, Console& console, Changes& changes);
     WindowWatch(const WindowWatch&) = delete;
     WindowWatch& operator=(const WindowWatch&) = delete;

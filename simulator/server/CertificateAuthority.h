@@ -37,7 +37,8 @@ public:
     /// The authority's certificate as PEM text, for a client's trust store.
     std::string pem() const;
 
-    /// Issues a certificate for some names, valid from an hour ago until `validity` from now. Absent when OpenSSL can't.
+    /// Issues a certificate for some names, valid from an hour ago until `validity` from now. Absent when
+    /// OpenSSL can't.
     std::optional<Identity> issueServerIdentity(const char* strNames = kLoopbackNames,
                                                 std::chrono::seconds validity = kLifetime) const;
     /// One for the loopback names that nobody vouches for but itself. Absent when OpenSSL can't.

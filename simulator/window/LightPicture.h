@@ -8,8 +8,8 @@
 
 namespace vellux::simulator {
 
-/// Draws what the light has decoded from its reports, with tables of its own. A light that flashes by itself really
-/// flashes here. Main thread.
+/// Draws what the light has decoded from its reports, with tables of its own. A light that flashes by itself
+/// really flashes here. Main thread.
 class LightPicture : public QWidget {
     Q_OBJECT
 public:

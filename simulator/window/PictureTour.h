@@ -19,8 +19,8 @@ class VelluxWindowUi;
 
 namespace vellux::simulator {
 
-/// Brings the program into one state after the other, as a user and a server would, saves a picture of the screen's
-/// part that its windows cover, and ends the program.
+/// Brings the program into one state after the other, as a user and a server would, saves a picture of the
+/// screen's part that its windows cover, and ends the program.
 class PictureTour {
 public:
     /// References that outlive the tour.

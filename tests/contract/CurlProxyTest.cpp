@@ -44,7 +44,8 @@ TEST_F(CurlProxyTest, GoesThroughTheProxyThatIsChosenForARequest) {
     EXPECT_EQ(server.requests().at(1).substr(0, 18), "GET /straight HTTP");
 }
 
-// A proxy that is asked for with every poll, on the main thread; or never again, although another network needs another.
+// A proxy that is asked for with every poll, on the main thread; or never again, although another network
+// needs another.
 TEST_F(CurlProxyTest, LooksAgainAtASignInAndAfterAConnectionThatFailed) {
     RawServer server({RawServer::answer("{}", "200 OK", "Connection: close\r\n"), {RawServer::close()}});
     const HttpRequest signIn{"POST", "https://elsewhere.example/token", {}, "", {}};

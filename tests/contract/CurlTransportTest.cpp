@@ -120,8 +120,8 @@ TEST_F(CurlTransportTest, SendsExactlyTheseBytes) {
     EXPECT_EQ(server.connections(), 1) << "all requests ride on one connection";
 }
 
-// Guards against reading the status code, against taking "no content" for "no body" or the reverse, and against memory
-// being filled by a server that never ends.
+// Guards against reading the status code, against taking "no content" for "no body" or the reverse, and
+// against memory being filled by a server that never ends.
 TEST_F(CurlTransportTest, TellsBodiesFromFailures) {
     const std::string strHead = "HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\n", strZero("a\0b", 3),
                       strLargest(16 * 1024 * 1024, 'x');
@@ -152,8 +152,8 @@ TEST_F(CurlTransportTest, TellsBodiesFromFailures) {
     EXPECT_FALSE(send(get(tooLarge.origin() + "/")).succeeded());
 }
 
-// Guards against a password being typed into whatever answers: the system's authorities and foreign ones don't vouch for
-// this server, and its own don't under a name that is not its.
+// Guards against a password being typed into whatever answers: the system's authorities and foreign ones
+// don't vouch for this server, and its own don't under a name that is not its.
 TEST_F(CurlTransportTest, TrustsNobodyButItsAuthorities) {
     RawServer server({}, secure());
     const std::string strPort = server.host().substr(server.host().find(':'));
@@ -213,8 +213,8 @@ TEST_F(CurlTransportTest, FollowsRedirectsWithinHttp) {
     EXPECT_EQ(server.requests().size(), 7U);
 }
 
-// Guards against a token or a password that goes in clear, or to another host than the one it belongs to: by a link in an
-// answer, by a sign-in that overlaps with another, or by a redirect.
+// Guards against a token or a password that goes in clear, or to another host than the one it belongs to: by
+// a link in an answer, by a sign-in that overlaps with another, or by a redirect.
 TEST_F(CurlTransportTest, CredentialsGoNowhereElse) {
     RawServer server({}, secure()), other({}, secure()), plain({});
     const std::string strHome = server.origin() + "/";
@@ -261,7 +261,8 @@ TEST_F(CurlTransportTest, KeepsCookiesInMemory) {
 }
 
 // Guards against a batch of events falling apart into pieces that are each unreadable. A busy machine may
-// really fall silent for 100 ms, so one whole delivery in ten tries is enough; without gathering there is none.
+// really fall silent for 100 ms, so one whole delivery in ten tries is enough; without gathering there is
+// none.
 TEST_F(CurlTransportTest, GathersPiecesThatBelongTogether) {
     const RawServer::Reply inPieces = {RawServer::send("HTTP/1.1 200 OK\r\nContent-Length: 8\r\n\r\nab"),
                                        RawServer::send("cd"), RawServer::send("ef"), RawServer::send("gh")};
@@ -289,7 +290,8 @@ TEST_F(CurlTransportTest, DeliversAfterSilenceAndThenTheFailure) {
     EXPECT_EQ(heard, (Texts{"response", "data ab", "data cd", "failed"}));
 }
 
-// Guards against a second start asking twice, and a callback arriving after a cancel, even one already queued.
+// Guards against a second start asking twice, and a callback arriving after a cancel, even one already
+// queued.
 TEST_F(CurlTransportTest, CallsNobodyAfterCancel) {
     vellux::assertMainThread(mainThread);
     RawServer server({RawServer::answer("one")});
@@ -303,8 +305,8 @@ TEST_F(CurlTransportTest, CallsNobodyAfterCancel) {
     EXPECT_EQ(server.requests().size(), 1U);
 }
 
-// Guards against a long poll that nobody answers lasting forever, one that speaks being cut in the middle of a word, and
-// a thread that waits for as long as a server keeps speaking.
+// Guards against a long poll that nobody answers lasting forever, one that speaks being cut in the middle of
+// a word, and a thread that waits for as long as a server keeps speaking.
 TEST_F(CurlTransportTest, PollsMayFallSilentForSoLongAndRequestsLastForSoLong) {
     RawServer::Reply drip = {RawServer::send("HTTP/1.1 200 OK\r\n"), RawServer::pause()};
     for (int n = 0; n < 9; ++n) // two and a half seconds
@@ -329,7 +331,8 @@ TEST_F(CurlTransportTest, PollsMayFallSilentForSoLongAndRequestsLastForSoLong) {
 }
 
 // Guards against a program that can't end while a server keeps it waiting, or that opens its polls again and
-// again while it ends: a waiting thread is freed, and nobody is called back, not even by what is queued already.
+// again while it ends: a waiting thread is freed, and nobody is called back, not even by what is queued
+// already.
 TEST_F(CurlTransportTest, CloseFreesAWaitingThreadAndCallsNobody) {
     RawServer server({{RawServer::waitForGo()}, {RawServer::waitForGo()}, RawServer::answer("queued")});
     HttpResponse answer;
@@ -348,8 +351,8 @@ TEST_F(CurlTransportTest, CloseFreesAWaitingThreadAndCallsNobody) {
     EXPECT_EQ(heard, Texts{});
 }
 
-// Guards against an end that hangs, or a program that ends at once, since there was no descriptor or no thread left when
-// the first request came; and against one that never tries again.
+// Guards against an end that hangs, or a program that ends at once, since there was no descriptor or no
+// thread left when the first request came; and against one that never tries again.
 TEST_F(CurlTransportTest, FailsWhileNothingIsLeftForIt) {
     const Watchdog watchdog("a transport without a wake-up or a thread");
     rlimit usual{};
@@ -384,7 +387,8 @@ TEST_F(CurlTransportTest, FailsWhileNothingIsLeftForIt) {
     }
 }
 
-// Guards against lost wake-ups and mixed-up answers between threads: each round has 8 threads with 50 requests.
+// Guards against lost wake-ups and mixed-up answers between threads: each round has 8 threads with 50
+// requests.
 TEST_F(CurlTransportTest, ServesManyThreads) {
     constexpr int kThreads = 8;
     constexpr int kEach = 50;

@@ -1,5 +1,5 @@
-// What becomes of a sign-in and of the following when the network or the server is at fault: the real modules on the
-// real transport over TLS, with a light.
+// What becomes of a sign-in and of the following when the network or the server is at fault: the real modules
+// on the real transport over TLS, with a light.
 
 #include "adapters/curl/CurlTransport.h"
 #include "contract/RawServer.h"
@@ -33,7 +33,8 @@ struct CarelessOpenSsl {
     const std::string strFile = testing::TempDir() + "openssl-" + std::to_string(::getpid());
 };
 
-/// Shortens the time limit of the requests to one path, and gives all others as long as a busy machine may need.
+/// Shortens the time limit of the requests to one path, and gives all others as long as a busy machine may
+/// need.
 class Hurry : public vellux::HttpTransport {
 public:
     explicit Hurry(vellux::HttpTransport& transport) : m_transport(transport) {}
@@ -210,7 +211,8 @@ const std::map<std::string, std::function<Reply(const std::string&)>> kBodyFault
                       RawServer::again()};
      }}};
 
-/// At which place, after which faults: what happens, whether the user is connected, and whether the channel is open.
+/// At which place, after which faults: what happens, whether the user is connected, and whether the channel
+/// is open.
 struct BodyRow {
     const char* strPlace;
     const char* strFaults;
@@ -388,7 +390,8 @@ TEST_F(FaultsTest, TokensStayWhereTheyWereIssued) {
         runUntil([&] { return story().starts_with(strStory); }, strStory.c_str());
         disconnect();
     }
-    // One signs in here, then one there; then the first registers, and the poll has its link and the other's token.
+    // One signs in here, then one there; then the first registers, and the poll has its link and the other's
+    // token.
     const std::string strHost = server.host();
     setFault("", 0, {});
     elsewhere.addReply(RawServer::answer(R"({"token_type":"Bearer","access_token":"other"})"));

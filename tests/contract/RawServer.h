@@ -1,5 +1,5 @@
-// An HTTP server on a plain socket, or with TLS over it, that keeps the raw bytes of every request and answers byte by
-// byte as scripted.
+// An HTTP server on a plain socket, or with TLS over it, that keeps the raw bytes of every request and
+// answers byte by byte as scripted.
 #pragma once
 
 #include "server/CertificateAuthority.h"
@@ -17,8 +17,9 @@
 
 class RawServer {
 public:
-    /// What an answer is made of: bytes to send as one piece, a pause of a quarter of a second, a wait until the test
-    /// calls go() or the client leaves, the end of the connection, its reset, or all but the first step again until the client leaves.
+    /// What an answer is made of: bytes to send as one piece, a pause of a quarter of a second, a wait until
+    /// the test calls go() or the client leaves, the end of the connection, its reset, or all but the first
+    /// step again until the client leaves.
     struct Step {
         enum class Kind { Send, Pause, Wait, Close, Reset, Again } kind;
         std::string bytes;
@@ -37,8 +38,8 @@ public:
     static Reply answer(const std::string& strBody, const std::string& strStatus = "200 OK",
                         const std::string& strFields = {});
 
-    /// What the server shows of itself, and the newest version of TLS that it speaks, 0 for whatever there is. An older
-    /// one is spoken even where it is not safe.
+    /// What the server shows of itself, and the newest version of TLS that it speaks, 0 for whatever there
+    /// is. An older one is spoken even where it is not safe.
     struct Tls {
         vellux::simulator::Identity identity;
         int nNewestVersion = 0;
@@ -49,8 +50,8 @@ public:
         return answer("", strStatus, "Location: " + strUrl + "\r\n");
     }
 
-    /// The replies to the requests as they come, whichever connection they come on; afterwards what `answer` says, else
-    /// 404.
+    /// The replies to the requests as they come, whichever connection they come on; afterwards what `answer`
+    /// says, else 404.
     explicit RawServer(std::vector<Reply> replies, std::optional<Tls> tls = {}, Answer answer = notFound);
     ~RawServer();
 

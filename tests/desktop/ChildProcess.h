@@ -96,8 +96,8 @@ private:
     QFile m_output;
 };
 
-/// A display of the test's own, named by the environment. Its number comes from the process's: servers that look for a
-/// free one at the same time take each other's sockets away.
+/// A display of the test's own, named by the environment. Its number comes from the process's: servers that
+/// look for a free one at the same time take each other's sockets away.
 class XServer {
 public:
     explicit XServer(const std::vector<std::string>& options = {})

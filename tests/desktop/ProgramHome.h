@@ -14,8 +14,8 @@
 inline constexpr const char* kUserName = "EXAMPLE\\robin";
 inline constexpr const char* kPassword = "example-password";
 
-/// A home and a runtime directory, and no display, bus or desktop, for the programs that this process starts. Removed
-/// with this object.
+/// A home and a runtime directory, and no display, bus or desktop, for the programs that this process starts.
+/// Removed with this object.
 class ProgramHome {
 public:
     /// `strDirectory` is made if it is not there.

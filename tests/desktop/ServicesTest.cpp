@@ -164,7 +164,8 @@ TEST_F(Proxies, AnAnswerHoldsUntilTheNextQuestion) {
     EXPECT_TRUE(says(proxies, "https://outside/", std::nullopt));
 }
 
-// A portal that hung once and is never asked again; or one whose hanging holds up every poll of a network that is gone.
+// A portal that hung once and is never asked again; or one whose hanging holds up every poll of a network
+// that is gone.
 TEST_F(Proxies, APortalThatHangsIsAskedAgainAndNotWaitedForAgain) {
     auto portal = std::make_unique<Portal>("ProxyResolver");
     portal->answerLookup();

@@ -4,8 +4,8 @@
 #include "fakes/TestWorld.h"
 #include "support/Text.h"
 
-/// The journal's lines of reports, in hexadecimal and parted by blanks: to framed and to plain lights by their
-/// codes, to V30 lights by red, blue, green and control. "" for none.
+/// The journal's lines of reports, in hexadecimal and parted by blanks: to framed and to plain lights by
+/// their codes, to V30 lights by red, blue, green and control. "" for none.
 inline Journal::Lines reportLines(const std::string& strTexts, const char* strHead, const char* strTail) {
     Journal::Lines lines;
     for (const std::string& strText : vellux::split(strTexts, " "))

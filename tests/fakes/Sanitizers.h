@@ -4,7 +4,8 @@
 #include <cstdlib>
 #include <string>
 
-/// For programs that end at once, as at a second signal, and so leave their threads as they are: that is no leak.
+/// For programs that end at once, as at a second signal, and so leave their threads as they are: that is no
+/// leak.
 inline void expectThreadsAtTheEnd() {
     const char* const pOptions = std::getenv("TSAN_OPTIONS");
     ::setenv("TSAN_OPTIONS",

@@ -42,7 +42,8 @@ protected:
     TestWorld(std::unique_ptr<vellux::CallQueue> itsQueue, NoProgram);
     void makeProgram(vellux::HttpTransport& itsTransport, vellux::Desktop& itsDesktop);
     ~TestWorld() override;
-    /// Ends the program, whatever the test left running, so that no thread outlives the ports. Once more does nothing.
+    /// Ends the program, whatever the test left running, so that no thread outlives the ports. Once more does
+    /// nothing.
     void endWorld();
 
     /// Journals "title ...", "status ...", "connect enabled|disabled" and, with bAllControls, every other
@@ -51,8 +52,8 @@ protected:
 
     /// Runs the main thread's calls until the condition holds; fails the test after 60 seconds.
     void runUntil(const std::function<bool()>& condition, const char* strWhat);
-    /// Until the Connect button has the title and can be pressed: a status monitor has done its pass, and all who
-    /// observe the button know.
+    /// Until the Connect button has the title and can be pressed: a status monitor has done its pass, and all
+    /// who observe the button know.
     void runUntilConnectShows(const std::string& strTitle);
     /// Closes the main thread's queue, as quitting does, and waits for the end of every other thread.
     void endThreads();
@@ -61,8 +62,8 @@ protected:
         while (mainThread.runPending()) {
         }
     }
-    /// Whether a user sees the Connect button with this title and can press it. The model alone is ahead of its
-    /// observers for a moment.
+    /// Whether a user sees the Connect button with this title and can press it. The model alone is ahead of
+    /// its observers for a moment.
     virtual bool isConnectUsable(const std::string& strTitle);
 
     /// A light is there and its arrival noticed; nothing of that is left in the journal.

@@ -14,8 +14,8 @@ protected:
     bool isShownEnabled(const char* pName) { return widget<QWidget>(pName).isEnabled(); }
 };
 
-// A widget bound to another's model, or to one thread only; a write by a program that acts as if a user had done it;
-// a box's third state lost, or there for users to choose.
+// A widget bound to another's model, or to one thread only; a write by a program that acts as if a user had
+// done it; a box's third state lost, or there for users to choose.
 TEST_F(ControlsTest, showWhatAnyThreadWritesAndActOnNothing) {
     plugInFramed();
     journal.clear();
@@ -76,7 +76,8 @@ TEST_F(ControlsTest, showWhatAnyThreadWritesAndActOnNothing) {
     EXPECT_EQ(ui().buttonSelectSyncMode()->state(), Button::kOn);
 }
 
-// A typed text that stays in the window, a secret in the open, an older text that comes back, a caret that jumps.
+// A typed text that stays in the window, a secret in the open, an older text that comes back, a caret that
+// jumps.
 TEST_F(ControlsTest, textsAreInTheModelAtOnceAndStay) {
     const char* const texts[] = {"lync.example", "CORP\\pat", "secret"};
     for (int n = 0; n < 3; ++n) {
@@ -140,8 +141,8 @@ TEST_F(ControlsTest, boxesSwitchTheLight) {
     }
 }
 
-// An entry that looks chosen after a refill; a second choice of an entry that does nothing; a list with another's
-// action; arrow keys that only look.
+// An entry that looks chosen after a refill; a second choice of an entry that does nothing; a list with
+// another's action; arrow keys that only look.
 TEST_F(ControlsTest, listsTellEveryChoice) {
     plugInPlain();
     clock.letRun();

@@ -1,4 +1,5 @@
-// The fixture of the window's tests: the real controller, window, desktop and loop on fake lights and servers.
+// The fixture of the window's tests: the real controller, window, desktop and loop on fake lights and
+// servers.
 #pragma once
 
 #include "adapters/qt/MainWindow.h"
@@ -19,8 +20,8 @@
 
 #include <stdexcept>
 
-/// The program has started and shows its window. The desktop's ends are journalled as "ended"; what a user does is
-/// done by mouse and keys on widgets found by name.
+/// The program has started and shows its window. The desktop's ends are journalled as "ended"; what a user
+/// does is done by mouse and keys on widgets found by name.
 class GuiWorld : public TestWorld {
 protected:
     GuiWorld();

@@ -19,8 +19,8 @@ protected:
     }
 };
 
-// A user left alone with a light that does nothing, that is taken for none or another, or is gone; who copies a command
-// that is not the one shown, or still sees it when it has helped.
+// A user left alone with a light that does nothing, that is taken for none or another, or is gone; who copies
+// a command that is not the one shown, or still sees it when it has helped.
 TEST_F(LightTest, lineSaysWhatThereIsAndWhatHelps) {
     EXPECT_EQ(textOf("labelLight"), "No light found.");
     const struct {

@@ -18,8 +18,8 @@ protected:
         };
         return 0.2126 * part(qRed(color)) + 0.7152 * part(qGreen(color)) + 0.0722 * part(qBlue(color));
     }
-    /// The strongest contrast, as a ratio, between the ground in the middle of an empty field and what is painted on
-    /// it.
+    /// The strongest contrast, as a ratio, between the ground in the middle of an empty field and what is
+    /// painted on it.
     double contrastIn(const char* pField) {
         const QImage image = widget<QWidget>(pField).grab().toImage();
         const int nEdge = image.height() / 8;
@@ -58,8 +58,8 @@ TEST_F(LooksTest, placeholdersCanBeReadOnLightAndDark) {
     EXPECT_LT(contrastIn("textFieldUsername"), 1.1);
 }
 
-// A field that a screen reader can't name, or that no key leads to; two fields on one key; a caret that waits for
-// someone to type when nobody does.
+// A field that a screen reader can't name, or that no key leads to; two fields on one key; a caret that waits
+// for someone to type when nobody does.
 TEST_F(LooksTest, everyFieldHasNameKeyAndPlace) {
     const QString strOrder =
         "buttonSelectSyncMode textFieldLyncServerName textFieldUsername textFieldPassword "

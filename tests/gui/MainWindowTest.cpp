@@ -15,7 +15,8 @@ protected:
     }
 };
 
-// A window that can't be closed, or not brought back; a light that stops following with it; a log-out held up.
+// A window that can't be closed, or not brought back; a light that stops following with it; a log-out held
+// up.
 TEST_F(MainWindowTest, closingHidesAndReopeningShows) {
     plugInFramed();
     connectByHand();

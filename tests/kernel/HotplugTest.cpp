@@ -105,8 +105,8 @@ TEST_F(Hotplug, EachLightFlashes) {
     endProgram();
 }
 
-// A light that is met before udev has said who may open it, and is taken for one that nobody may: each report is
-// then refused fifty times, and the program stands still for seconds.
+// A light that is met before udev has said who may open it, and is taken for one that nobody may: each report
+// is then refused fifty times, and the program stands still for seconds.
 TEST_F(Hotplug, ALightThatFollowsAnotherIsTakenUpAtOnce) {
     startShowing(kRed);
     auto light = std::make_unique<UhidLight>(kV30Light);

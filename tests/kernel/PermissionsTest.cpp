@@ -52,7 +52,8 @@ protected:
     }
 };
 
-// A window that leaves somebody alone with a light they may not open, nags about it, or doesn't notice the cure.
+// A window that leaves somebody alone with a light they may not open, nags about it, or doesn't notice the
+// cure.
 TEST_F(Permissions, TheWindowSaysWhatHelps) {
     const std::string strCommand = "text Command that lets you open the light " + remedy();
     const ScreenReader reader;

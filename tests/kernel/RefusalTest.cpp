@@ -21,7 +21,8 @@ INSTANTIATE_TEST_SUITE_P(Refusal, Pipes, testing::Values(ReportPipe::Control, Re
                              return pipe.param == ReportPipe::Control ? "Control" : "InterruptOut";
                          });
 
-// A report that is given up too early, tried for ever or without a pause; a program that takes offence for good.
+// A report that is given up too early, tried for ever or without a pause; a program that takes offence for
+// good.
 TEST_P(Pipes, ARefusedReportIsTriedFiftyTimes) {
     startFollowing();
     UsbLight light(kFramedLight, GetParam());
@@ -84,8 +85,8 @@ TEST_F(Hanging, ALightThatHangsForGoodDoesNotHoldTheEndUp) {
     endProgram();
 }
 
-// A code that is lost on its way up; a program that stands still for a light that hangs, or gives it up for good; a
-// node that is handed down.
+// A code that is lost on its way up; a program that stands still for a light that hangs, or gives it up for
+// good; a node that is handed down.
 TEST_F(Hanging, FailuresAreResultCodes) {
     UsbLight first(kFramedLight);
     ASSERT_TRUE(waitUntil([] { return nodes() == 1; }));

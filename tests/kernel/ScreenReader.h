@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-/// Has a display, a session bus and the accessibility bus for the programs that are started from now on; they end with
-/// this object.
+/// Has a display, a session bus and the accessibility bus for the programs that are started from now on; they
+/// end with this object.
 class ScreenReader {
 public:
     ScreenReader();
@@ -19,8 +19,8 @@ public:
 
     /// The titles of all windows that are on the screen.
     std::vector<std::string> windows() const;
-    /// Whether there is this on the screen: a role and a name, and of a text field its text ("label No light found.",
-    /// "text Server lync.example").
+    /// Whether there is this on the screen: a role and a name, and of a text field its text ("label No light
+    /// found.", "text Server lync.example").
     bool shows(const std::string& strLine) const;
 
 private:

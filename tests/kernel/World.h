@@ -1,5 +1,5 @@
-// What a scenario has at hand: a presence server that the guest trusts, the program as an ordinary user with a
-// home of its own, and the rules that say who may open a light.
+// What a scenario has at hand: a presence server that the guest trusts, the program as an ordinary user with
+// a home of its own, and the rules that say who may open a light.
 #pragma once
 
 #include "desktop/ChildProcess.h"
@@ -19,7 +19,8 @@ inline constexpr const char* kColours[] = {"Red",  "Green", "Yellow", "Purple", 
                                            "Blue", "White", "Orange", "None"};
 enum { kRed, kGreen, kYellow, kPurple, kCyan, kBlue, kWhite, kOrange, kNone };
 
-/// What a light of a model makes of a report: "Red", "Green flashing fast", "None"; else what is wrong with it.
+/// What a light of a model makes of a report: "Red", "Green flashing fast", "None"; else what is wrong with
+/// it.
 std::string meaning(LightModel model, const vellux::simulator::Bytes& report);
 
 /// Gives something that must not happen the time to happen.
@@ -50,7 +51,8 @@ protected:
     KernelTest();
     ~KernelTest() override;
 
-    /// Follows the presence, signed in by itself; returns when the poll is open. On a call it flashes red, fast.
+    /// Follows the presence, signed in by itself; returns when the poll is open. On a call it flashes red,
+    /// fast.
     void startFollowing(const std::string& strProgram = program());
     /// Shows a colour; speed 0 is steady, 3 is fast. Returns when the program has begun to run.
     void startShowing(int nColour, int nSpeed = 0, const std::string& strProgram = program());

@@ -67,7 +67,8 @@ protected:
         m_program = std::make_unique<ChildProcess>(std::vector<std::string>{VELLUX_PROGRAM});
         return *m_program;
     }
-    /// Starts it where the system trusts the server's authority: with a bundle of our own in a mount namespace.
+    /// Starts it where the system trusts the server's authority: with a bundle of our own in a mount
+    /// namespace.
     ChildProcess& startTrusting() {
         const std::string strBundle = m_home.directory() + "/authority.pem";
         vellux::writeFile(strBundle, m_authority->pem(), vellux::FileAccess::Default);
@@ -115,7 +116,8 @@ protected:
 class EndingSignal : public ProgramTest, public testing::WithParamInterface<int> {};
 INSTANTIATE_TEST_SUITE_P(Program, EndingSignal, testing::Values(SIGTERM, SIGINT, SIGHUP));
 
-// A sign-in at start that does not come, and a signal that kills instead of ending: settings lost, light left on.
+// A sign-in at start that does not come, and a signal that kills instead of ending: settings lost, light left
+// on.
 TEST_P(EndingSignal, EndsInOrderWhileFollowing) {
     m_home.writeSignIn(m_server->host());
     m_home.writeWindowState("1;1;0;1;2;0;3;1");
@@ -156,7 +158,8 @@ TEST_F(ProgramTest, EndsWithAnAlertOpen) {
     EXPECT_EQ(statusAfter(program, SIGTERM), 0);
 }
 
-// The second signal of a session's end, or of a terminal that closes, that kills in the middle of the orderly end.
+// The second signal of a session's end, or of a terminal that closes, that kills in the middle of the orderly
+// end.
 TEST_F(ProgramTest, SignalsThatComeTogetherAreOneRequest) {
     const struct {
         int nFirst, nSecond;
@@ -185,7 +188,8 @@ TEST_F(ProgramTest, EndsInOrderAtAnyMomentOfItsStart) {
     }
 }
 
-// A start that can't be ended while it waits for a display, or for a bus, that takes connections and never answers.
+// A start that can't be ended while it waits for a display, or for a bus, that takes connections and never
+// answers.
 TEST_F(ProgramTest, EndsWhileTheDesktopDoesNotAnswerItsStart) {
     int nArguments = 0;
     const QCoreApplication application(nArguments, nullptr);
@@ -205,7 +209,8 @@ TEST_F(ProgramTest, EndsWhileTheDesktopDoesNotAnswerItsStart) {
     }
 }
 
-// A hang-up that ends what nohup started; signals blocked, and with them in every program that is started from here.
+// A hang-up that ends what nohup started; signals blocked, and with them in every program that is started
+// from here.
 TEST_F(ProgramTest, LeavesAnIgnoredSignalIgnoredAndNoneBlocked) {
     m_program = std::make_unique<ChildProcess>(
         std::vector<std::string>{"sh", "-c", "trap '' HUP; exec " VELLUX_PROGRAM});

@@ -34,9 +34,9 @@ protected:
 
 struct StressTest : ConnectionThreadsTest, testing::WithParamInterface<unsigned> {};
 
-// Main and the monitor both replace the sync worker; without the gate that makes each replacement whole, either
-// waits forever for a worker whose stop flag the other has just cleared. Odds: without the gate, each of 6
-// processes hung within its 100 rounds.
+// Main and the monitor both replace the sync worker; without the gate that makes each replacement whole,
+// either waits forever for a worker whose stop flag the other has just cleared. Odds: without the gate, each
+// of 6 processes hung within its 100 rounds.
 TEST_P(StressTest, modesChangeWhileMonitorsShowAPresence) {
     constexpr std::ptrdiff_t kMonitors = 3;
     std::counting_semaphore<> reached{0}, goOn{0};
@@ -81,9 +81,9 @@ INSTANTIATE_TEST_SUITE_P(, StressTest, testing::Range(1U, 7U));
 
 struct TerminationTest : ConnectionThreadsTest, testing::WithParamInterface<std::tuple<std::string, int>> {};
 
-// A monitor that outlives the shut-down: it must end, light nothing, open no long poll and show no further alert. It
-// is held in a request and let go at some moment of the shut-down, is showing an alert, as another one waits to, or is
-// waiting for main.
+// A monitor that outlives the shut-down: it must end, light nothing, open no long poll and show no further
+// alert. It is held in a request and let go at some moment of the shut-down, is showing an alert, as another
+// one waits to, or is waiting for main.
 TEST_P(TerminationTest, endsWithTheLightOff) {
     const std::string strPlace = std::get<0>(GetParam()),
                       strHeld = strPlace == "off" ? "/me/presence" : strPlace;

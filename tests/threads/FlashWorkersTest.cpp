@@ -26,8 +26,8 @@ protected:
     const Watchdog watchdog{"a wait for a flashing worker that does not end"};
 };
 
-// A worker that leaves the light dark, or stops later than its cycle's end, wherever the request finds it; one
-// that starts although its stop has been asked for.
+// A worker that leaves the light dark, or stops later than its cycle's end, wherever the request finds it;
+// one that starts although its stop has been asked for.
 TEST_F(FlashWorkers, EndWithTheColourShown) {
     plugInFramed();
     for (const int nHalves : {0, 1, 2, 3}) {

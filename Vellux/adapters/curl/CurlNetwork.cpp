@@ -161,7 +161,8 @@ void CurlNetwork::drop(const std::shared_ptr<CurlTransfer>& transfer) {
     transfer->release();
 }
 
-// Hands on what is due, and ends what has been silent for too long; returns the milliseconds until something will be.
+// Hands on what is due, and ends what has been silent for too long; returns the milliseconds until something
+// will be.
 int CurlNetwork::watchSilence() {
     const auto now = CurlTransfer::Clock::now();
     auto next = now + kNoHurry;

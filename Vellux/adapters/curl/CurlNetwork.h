@@ -14,9 +14,9 @@
 
 namespace vellux {
 
-/// Runs transfers. The network thread and all that is curl's come with the first of them. Operations may be called
-/// from any thread; the transfers' callbacks come on the network thread, which blocks on nothing but its own poll and
-/// sleeps while there is nothing to do.
+/// Runs transfers. The network thread and all that is curl's come with the first of them. Operations may be
+/// called from any thread; the transfers' callbacks come on the network thread, which blocks on nothing but
+/// its own poll and sleeps while there is nothing to do.
 class CurlNetwork {
 public:
     explicit CurlNetwork(CurlTransportOptions options);
@@ -24,12 +24,13 @@ public:
     CurlNetwork(const CurlNetwork&) = delete;
     CurlNetwork& operator=(const CurlNetwork&) = delete;
 
-    /// Starts a transfer. Else, when the network is closed or nothing is left to make its thread of, says why not, and
-    /// the transfer never ends.
+    /// Starts a transfer. Else, when the network is closed or nothing is left to make its thread of, says why
+    /// not, and the transfer never ends.
     std::optional<HttpError> start(const std::shared_ptr<CurlTransfer>& transfer);
     /// Drops a transfer and closes its socket; it never ends.
     void cancel(const std::shared_ptr<CurlTransfer>& transfer);
-    /// Takes no more, ends every transfer that a thread waits for with an error, and drops the others. Returns at once.
+    /// Takes no more, ends every transfer that a thread waits for with an error, and drops the others.
+    /// Returns at once.
     void close();
     bool isClosed();
     /// Closes, waits for the network thread, whose every callback has returned by then, and closes the pool.

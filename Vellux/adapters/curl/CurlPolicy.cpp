@@ -36,8 +36,8 @@ std::optional<std::string> part(CURLU* url, CURLUPart which, unsigned int nFlags
     return strPart;
 }
 
-// Scheme, host and port, as curl itself reads them: no other opinion counts about where it will go. Absent with user
-// information, and for what is no URL.
+// Scheme, host and port, as curl itself reads them: no other opinion counts about where it will go. Absent
+// with user information, and for what is no URL.
 std::optional<std::string> originOf(const std::string& strUrl) {
     const std::unique_ptr<CURLU, FreeUrl> url(curl_url());
     if (url == nullptr || curl_url_set(url.get(), CURLUPART_URL, strUrl.c_str(), 0) != CURLUE_OK)

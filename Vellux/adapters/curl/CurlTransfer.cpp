@@ -61,8 +61,8 @@ CURL* CurlTransfer::prepare(const CurlTransportOptions& options, CURLSH* share) 
     curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 1L);
     curl_easy_setopt(easy, CURLOPT_MAXREDIRS, kMostRedirects);
     curl_easy_setopt(easy, CURLOPT_HTTP_VERSION, CURL_HTTP_VERSION_1_1);
-    // curl counts the whole transfer, or at least what comes before the request goes out; it shares that time out among
-    // the addresses of a host. A poll's silence is for the network to watch.
+    // curl counts the whole transfer, or at least what comes before the request goes out; it shares that time
+    // out among the addresses of a host. A poll's silence is for the network to watch.
     curl_easy_setopt(easy, m_received ? CURLOPT_CONNECTTIMEOUT_MS : CURLOPT_TIMEOUT_MS,
                      static_cast<long>(m_request.timeout.count()));
     m_lastArrival = Clock::now();

@@ -20,12 +20,12 @@ struct CurlTransportOptions {
     std::optional<std::string> strTrustedAuthorities;
     /// Whether proxies are used: those that the environment names, or what `proxyOf` says.
     bool bUseProxies = true;
-    /// The proxy of a URL, "" for none; absent leaves it to the environment. Called for each request, on the thread
-    /// that sends it. `bAsk` is set for a request without an Authorization value, which begins a sign-in: it may then
-    /// take a second to look at the settings again. Optional.
+    /// The proxy of a URL, "" for none; absent leaves it to the environment. Called for each request, on the
+    /// thread that sends it. `bAsk` is set for a request without an Authorization value, which begins a
+    /// sign-in: it may then take a second to look at the settings again. Optional.
     std::function<std::optional<std::string>(const std::string& strUrl, bool bAsk)> proxyOf{};
-    /// Called on the network thread, which it must not hold up, when no connection for a URL could be made: the
-    /// settings may have changed. Optional.
+    /// Called on the network thread, which it must not hold up, when no connection for a URL could be made:
+    /// the settings may have changed. Optional.
     std::function<void(const std::string& strUrl)> connectionFailed{};
 };
 
@@ -69,7 +69,8 @@ public:
     void end(CURLcode code);
     /// Ends the transfer without a call.
     void abandon();
-    /// Ends the transfer because the network closes: with an error when a thread waits for it, else without a call.
+    /// Ends the transfer because the network closes: with an error when a thread waits for it, else without a
+    /// call.
     void close();
 
 private:

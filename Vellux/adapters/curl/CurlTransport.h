@@ -13,7 +13,8 @@ namespace vellux {
 /// connections of one pool, whichever thread asks.
 class CurlTransport : public HttpTransport {
 public:
-    /// Does nothing yet: the network thread starts with the first request. `mainThread` must outlive the transport.
+    /// Does nothing yet: the network thread starts with the first request. `mainThread` must outlive the
+    /// transport.
     explicit CurlTransport(MainThread& mainThread, CurlTransportOptions options = {});
     /// Closes and waits for the network thread. Connections that somebody still holds are then dead.
     ~CurlTransport() override;

@@ -10,8 +10,8 @@
 
 namespace vellux {
 
-/// What a second start has to hand over: the token with which its launcher lets a window come to the front; "" without
-/// one.
+/// What a second start has to hand over: the token with which its launcher lets a window come to the front;
+/// "" without one.
 struct LaunchTokens {
     QString strActivationToken; ///< XDG_ACTIVATION_TOKEN
     QString strStartupId;       ///< DESKTOP_STARTUP_ID, its predecessor on X11
@@ -19,8 +19,8 @@ struct LaunchTokens {
     QString best() const { return strActivationToken.isEmpty() ? strStartupId : strActivationToken; }
 };
 
-/// Keeps activations until there is somebody to tell, and tells on the main thread's loop, when whoever sent one has
-/// already been answered. Main thread.
+/// Keeps activations until there is somebody to tell, and tells on the main thread's loop, when whoever sent
+/// one has already been answered. Main thread.
 class Activations {
 public:
     /// Who is told of each activation, those that came before included.

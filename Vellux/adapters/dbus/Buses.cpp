@@ -28,7 +28,8 @@ QString runtimeBusPath() {
     return QFile::decodeName(qgetenv("XDG_RUNTIME_DIR")) + QStringLiteral("/bus");
 }
 
-/// Whether what listens at a local address speaks the bus's protocol: it lists its ways to sign in when asked.
+/// Whether what listens at a local address speaks the bus's protocol: it lists its ways to sign in when
+/// asked.
 bool answersAt(const QString& strPath, QLocalSocket::SocketOptions options) {
     QLocalSocket socket;
     socket.setSocketOptions(options);

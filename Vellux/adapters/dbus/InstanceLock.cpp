@@ -78,8 +78,9 @@ std::optional<bool> InstanceLock::tryLock() {
     if (::flock(m_nFile, LOCK_EX | LOCK_NB) != 0)
         return errno == EWOULDBLOCK ? std::optional(false) : std::nullopt;
     QLocalServer::removeServer(socket()); // what a crash has left
-    // If this fails (a path that is too long, no descriptor left), the lock still keeps other starts out, but only the
-    // bus name lets them reach this one. The same goes for a connection that can't be accepted: it ends the listening.
+    // If this fails (a path that is too long, no descriptor left), the lock still keeps other starts out, but
+    // only the bus name lets them reach this one. The same goes for a connection that can't be accepted: it
+    // ends the listening.
     m_server.listen(socket());
     return true;
 }

@@ -12,9 +12,9 @@
 
 namespace vellux {
 
-/// A file that one process at a time can lock, and a local socket beside it on which that process takes activations.
-/// The lock ends with the process, however that ends, so that there is no stale one; the file stays. Given up with
-/// this object. Main thread.
+/// A file that one process at a time can lock, and a local socket beside it on which that process takes
+/// activations. The lock ends with the process, however that ends, so that there is no stale one; the file
+/// stays. Given up with this object. Main thread.
 class InstanceLock {
 public:
     /// `activations`, which must outlive this, takes in what the socket is sent.
@@ -23,13 +23,13 @@ public:
     InstanceLock(const InstanceLock&) = delete;
     InstanceLock& operator=(const InstanceLock&) = delete;
 
-    /// Locks the file, unless another process holds it, and listens. Whether it is ours now; absent when there is no
-    /// private directory for it, or when it can't be opened or locked.
+    /// Locks the file, unless another process holds it, and listens. Whether it is ours now; absent when
+    /// there is no private directory for it, or when it can't be opened or locked.
     std::optional<bool> tryLock();
 
-    /// Hands the activation to whoever listens. True when that one has taken it, or keeps it until it goes on, having
-    /// been silent until the deadline; false when nobody listens, or who did has ended. Blocks until the deadline at
-    /// most.
+    /// Hands the activation to whoever listens. True when that one has taken it, or keeps it until it goes
+    /// on, having been silent until the deadline; false when nobody listens, or who did has ended. Blocks
+    /// until the deadline at most.
     bool activateHolder(const LaunchTokens& tokens, const QDeadlineTimer& deadline) const;
 
 private:

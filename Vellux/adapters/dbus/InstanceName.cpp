@@ -72,8 +72,8 @@ InstanceName::InstanceName(const QDBusConnection& bus, Activations& activations)
     m_bus.registerObject(objectPath(), m_object.get(), QDBusConnection::ExportScriptableInvokables);
 }
 
-// The name goes first. An activation that is still on its way then finds no object, and whoever sent it takes the
-// name.
+// The name goes first. An activation that is still on its way then finds no object, and whoever sent it takes
+// the name.
 InstanceName::~InstanceName() {
     if (m_bHeld)
         m_bus.call(toBus("ReleaseName") << busName(), QDBus::Block, kLongestReleaseMs);

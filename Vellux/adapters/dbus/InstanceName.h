@@ -22,7 +22,8 @@ public:
     InstanceName(const InstanceName&) = delete;
     InstanceName& operator=(const InstanceName&) = delete;
 
-    /// Asks for the name. Whether it is ours now; absent when the bus gives none, or does not answer by the deadline.
+    /// Asks for the name. Whether it is ours now; absent when the bus gives none, or does not answer by the
+    /// deadline.
     std::optional<bool> request(const QDeadlineTimer& deadline);
 
 private:
@@ -31,8 +32,8 @@ private:
     bool m_bHeld = false;
 };
 
-/// Hands the activation to the name's owner. Whether that one has taken it; false, too, without an owner, or when it
-/// does not answer by the deadline. Blocks until then at most. Main thread.
+/// Hands the activation to the name's owner. Whether that one has taken it; false, too, without an owner, or
+/// when it does not answer by the deadline. Blocks until then at most. Main thread.
 bool activateNameOwner(const QDBusConnection& bus, const LaunchTokens& tokens,
                        const QDeadlineTimer& deadline);
 

@@ -5,8 +5,8 @@
 
 namespace vellux {
 
-/// Shows a notice through org.freedesktop.Notifications. Returns at once; where that service is missing nothing
-/// happens. Main thread.
+/// Shows a notice through org.freedesktop.Notifications. Returns at once; where that service is missing
+/// nothing happens. Main thread.
 void showNotification(const QString& strSummary, const QString& strBody);
 
 } // namespace vellux

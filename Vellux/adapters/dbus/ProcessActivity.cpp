@@ -23,8 +23,9 @@ QDBusMessage portalCall(const QString& strPath, const char* strInterface, const 
                                           QLatin1String(strInterface), QLatin1String(strMethod));
 }
 
-/// One hold on the system, asked for or got. It outlives its reference until the answer that is under way has come
-/// and what it brings has been given back; at the latest it goes with the application object, its parent.
+/// One hold on the system, asked for or got. It outlives its reference until the answer that is under way has
+/// come and what it brings has been given back; at the latest it goes with the application object, its
+/// parent.
 class Inhibition : public QObject {
 public:
     explicit Inhibition(const std::string& strReason)

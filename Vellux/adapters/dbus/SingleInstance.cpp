@@ -19,13 +19,13 @@ constexpr unsigned long kPauseMs = 20; // between two attempts
 
 // Each start takes the lock first and the bus name second; they are given up in the opposite order.
 //
-// At most one stays: of those that see the same runtime directory only one has the lock, whatever bus they see, and of
-// those that see the same bus only one has the name, whatever directory they see. Two are left only if they share
-// neither.
+// At most one stays: of those that see the same runtime directory only one has the lock, whatever bus they
+// see, and of those that see the same bus only one has the name, whatever directory they see. Two are left
+// only if they share neither.
 //
-// At least one stays: a start ends only when another answers it, or is hung. Answers come from the loop of one that
-// stays; the socket is silent while its owner still waits for the name, and closes if that one then ends. Whoever has
-// the name stays, so nobody who has it waits for anybody else.
+// At least one stays: a start ends only when another answers it, or is hung. Answers come from the loop of
+// one that stays; the socket is silent while its owner still waits for the name, and closes if that one then
+// ends. Whoever has the name stays, so nobody who has it waits for anybody else.
 class HeldInstance : public SingleInstance {
 public:
     HeldInstance(LaunchTokens tokens, const QDeadlineTimer& deadline)
@@ -35,8 +35,8 @@ public:
         m_activations.setActivated(std::move(activated));
     }
 
-    /// Takes the lock. False when another process has it and has been asked, or has not answered in time. True
-    /// without one where it is unavailable: then the name alone decides.
+    /// Takes the lock. False when another process has it and has been asked, or has not answered in time.
+    /// True without one where it is unavailable: then the name alone decides.
     bool takeLock() {
         for (;; QThread::msleep(kPauseMs)) {
             const std::optional<bool> bOurs = m_lock.tryLock();
@@ -46,7 +46,8 @@ public:
                 return false;
             if (!bOurs)
                 return true;
-            // A holder that does not listen yet, or no longer, or that could not; or one that a crash has just ended.
+            // A holder that does not listen yet, or no longer, or that could not; or one that a crash has
+            // just ended.
             if (m_deadline.hasExpired())
                 return false;
             const std::optional<QDBusConnection> bus = sessionBus();
@@ -55,8 +56,8 @@ public:
         }
     }
 
-    /// Takes the name. The same results; true without one where there is no bus, or where it gives no names to this
-    /// process.
+    /// Takes the name. The same results; true without one where there is no bus, or where it gives no names
+    /// to this process.
     bool takeName() {
         const std::optional<QDBusConnection> bus = sessionBus();
         if (!bus)

@@ -43,8 +43,8 @@ class HidrawDevice : public HidDevice {
 public:
     using Now = std::function<CircuitBreaker::Time()>;
 
-    /// Owns the descriptor of `node`; sends to a node that was refused all answer its code. `shuttingDown` is read
-    /// at each send: when set, a device whose last report timed out gets no other.
+    /// Owns the descriptor of `node`; sends to a node that was refused all answer its code. `shuttingDown` is
+    /// read at each send: when set, a device whose last report timed out gets no other.
     HidrawDevice(HidrawEntry entry, HidrawNode node, std::shared_ptr<const std::atomic<bool>> shuttingDown,
                  Now now = std::chrono::steady_clock::now);
     ~HidrawDevice() override;

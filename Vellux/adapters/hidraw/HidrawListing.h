@@ -11,8 +11,8 @@
 namespace vellux {
 
 /// Every device with a hidraw node, in the order of their places in sysfs; one that leaves meanwhile may be
-/// left out. Absent when the system can't tell, for instance without a free descriptor. Opens no device and waits for
-/// none. Any thread.
+/// left out. Absent when the system can't tell, for instance without a free descriptor. Opens no device and
+/// waits for none. Any thread.
 std::optional<std::vector<HidrawEntry>> listHidrawDevices();
 
 /// What opening a node gives.

@@ -47,11 +47,12 @@ public:
     /// errno of the refusal; ENODEV for a device that is not of this manager.
     HidResult deviceOpenResult(const HidDeviceRef& device) override;
     bool isPermissionRefusal(HidResult result) override;
-    /// From now on a device whose last send timed out gets no further report: its sends answer ETIMEDOUT at once.
+    /// From now on a device whose last send timed out gets no further report: its sends answer ETIMEDOUT at
+    /// once.
     void beginShutdown() override;
     /// errno of the failure; EACCES and the like for a device that may not be opened, ENODEV for one that is
-    /// gone or not of this manager, EIO when a part of the report was taken. ETIMEDOUT for a device that hangs: after 5 s, or at once for the 5 s that follow the second
-    /// time in a row.
+    /// gone or not of this manager, EIO when a part of the report was taken. ETIMEDOUT for a device that
+    /// hangs: after 5 s, or at once for the 5 s that follow the second time in a row.
     HidResult deviceSetReport(const HidDeviceRef& device, std::uint8_t byReportID,
                               std::span<const std::uint8_t> payload) override;
 

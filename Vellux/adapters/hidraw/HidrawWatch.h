@@ -16,8 +16,8 @@
 
 namespace vellux {
 
-/// Started once, stopped once. Idle, it sleeps without a timer, unless the system could not list the devices: then it
-/// asks again each second.
+/// Started once, stopped once. Idle, it sleeps without a timer, unless the system could not list the devices:
+/// then it asks again each second.
 class HidrawWatch {
 public:
     /// Called on the watch's thread after each listing with what changed; the list that devices() gives is up

@@ -13,13 +13,13 @@ struct UserEnvironment {
     std::optional<std::string> strAccountHome; ///< home directory of the account; absent when unknown
 };
 
-/// The directory of the user's data, absolute, without a trailing slash (but for the root itself): XDG_DATA_HOME,
-/// else ".local/share" below HOME, else below the account's home directory. A value that is empty or relative
-/// counts as unset. A user without any home lives in the root directory.
+/// The directory of the user's data, absolute, without a trailing slash (but for the root itself):
+/// XDG_DATA_HOME, else ".local/share" below HOME, else below the account's home directory. A value that is
+/// empty or relative counts as unset. A user without any home lives in the root directory.
 std::string userDataHome(const UserEnvironment& environment);
 
-/// The calling process's environment. Looks the account up, which may ask a directory service over the network.
-/// Not while another thread changes the environment.
+/// The calling process's environment. Looks the account up, which may ask a directory service over the
+/// network. Not while another thread changes the environment.
 UserEnvironment readUserEnvironment();
 
 } // namespace vellux

@@ -13,8 +13,8 @@ class MainWindow;
 
 namespace vellux {
 
-/// Compares what the Connect button says with the event channel: the server may have ended the following while the
-/// button still offers to disconnect. Main thread; ends like LightHeader.
+/// Compares what the Connect button says with the event channel: the server may have ended the following
+/// while the button still offers to disconnect. Main thread; ends like LightHeader.
 class ChannelStatusLine {
 public:
     /// `lost` is told once per loss, after the line says so.

@@ -9,8 +9,8 @@
 
 namespace vellux {
 
-/// Runs one refresh on the main thread for any number of requests made until then. Lives on the main thread, until
-/// every thread that asks has ended; a refresh that is still queued then does nothing.
+/// Runs one refresh on the main thread for any number of requests made until then. Lives on the main thread,
+/// until every thread that asks has ended; a refresh that is still queued then does nothing.
 class CoalescedUpdate {
 public:
     /// `refresh` runs on the main thread only.
@@ -19,8 +19,8 @@ public:
     CoalescedUpdate(const CoalescedUpdate&) = delete;
     CoalescedUpdate& operator=(const CoalescedUpdate&) = delete;
 
-    /// Refreshes at once on the main thread, soon on any other; never waits. Any thread, also after the main thread's
-    /// queue was closed.
+    /// Refreshes at once on the main thread, soon on any other; never waits. Any thread, also after the main
+    /// thread's queue was closed.
     void ask();
 
 private:

@@ -12,8 +12,8 @@
 
 namespace vellux {
 
-/// Common part of the bindings: the widget shows its model's newest state, whichever thread wrote it. Main thread;
-/// ends after the last thread that writes the model, and before the widget.
+/// Common part of the bindings: the widget shows its model's newest state, whichever thread wrote it. Main
+/// thread; ends after the last thread that writes the model, and before the widget.
 class ControlBinding {
 public:
     virtual ~ControlBinding() = default;

@@ -13,15 +13,17 @@ class MainWindow;
 
 namespace vellux {
 
-/// Shows the lamp as a picture and in words, the light in a line, and a command to copy for a user who may not open it.
-/// Main thread; ends after the last thread that writes what it shows, and before the form's widgets.
+/// Shows the lamp as a picture and in words, the light in a line, and a command to copy for a user who may
+/// not open it. Main thread; ends after the last thread that writes what it shows, and before the form's
+/// widgets.
 class LightHeader {
 public:
     LightHeader(const MainWindow::Dependencies& dependencies, Ui::MainWindow& form);
     LightHeader(const LightHeader&) = delete;
     LightHeader& operator=(const LightHeader&) = delete;
 
-    /// Reserves room for the longest line, so that the window keeps its width. For whenever the font has changed.
+    /// Reserves room for the longest line, so that the window keeps its width. For whenever the font has
+    /// changed.
     void reserveRoom();
 
 private:

@@ -218,8 +218,8 @@ bool MainWindow::isFollowingLost() const {
     return m_view->isFollowingLost();
 }
 
-// The controller hides the window and says that it must not close. The event is accepted all the same: a refused one
-// would hold up the end of the session, and nothing is lost with a hidden window.
+// The controller hides the window and says that it must not close. The event is accepted all the same: a
+// refused one would hold up the end of the session, and nothing is lost with a hidden window.
 void MainWindow::closeEvent(QCloseEvent* pEvent) {
     m_view->askToClose();
     pEvent->accept();

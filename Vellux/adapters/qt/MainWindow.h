@@ -15,8 +15,8 @@ class VelluxHttp;
 
 namespace vellux {
 
-/// Shows what the fourteen controls, the lamp, the light and the event channel say, and tells the controller what the
-/// user does. Main thread only; the values it shows are written by any thread. Closing hides it.
+/// Shows what the fourteen controls, the lamp, the light and the event channel say, and tells the controller
+/// what the user does. Main thread only; the values it shows are written by any thread. Closing hides it.
 class MainWindow : public QWidget, public Window {
     Q_OBJECT
 public:

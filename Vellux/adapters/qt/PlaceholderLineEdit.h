@@ -11,7 +11,8 @@
 
 namespace vellux {
 
-/// Paints the placeholder, while the line is empty, in the placeholder's own font, size and colour. Main thread.
+/// Paints the placeholder, while the line is empty, in the placeholder's own font, size and colour. Main
+/// thread.
 class PlaceholderLineEdit : public QLineEdit {
     Q_OBJECT
 public:

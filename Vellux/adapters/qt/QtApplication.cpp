@@ -34,7 +34,8 @@ void onStartUpMessage(QtMsgType type, const QMessageLogContext&, const QString&)
 
 Shared<std::function<void()>> displayLost;
 
-// All that Qt says before it ends the process because the display is gone; under Wayland it does so by _exit().
+// All that Qt says before it ends the process because the display is gone; under Wayland it does so by
+// _exit().
 void onRunTimeMessage(QtMsgType type, const QMessageLogContext& context, const QString& strMessage) {
     std::fprintf(stderr, "%s\n", qPrintable(qFormatLogMessage(type, context, strMessage)));
     if (!strMessage.startsWith(QLatin1String("The X11 connection broke")) &&

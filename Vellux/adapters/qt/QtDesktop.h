@@ -32,8 +32,8 @@ public:
     /// `window` must outlive the desktop.
     QtDesktop(MainWindow& window, Dependencies dependencies);
 
-    /// Blocks in a loop of its own until the alert is closed; the loop goes on running posted calls. While the
-    /// application ends it returns at once and shows nothing.
+    /// Blocks in a loop of its own until the alert is closed; the loop goes on running posted calls. While
+    /// the application ends it returns at once and shows nothing.
     std::int32_t runModal(const Alert& alert) override VELLUX_REQUIRES(mainThreadRole);
     Window* mainWindow() override VELLUX_REQUIRES(mainThreadRole);
     std::unique_ptr<Window> loadWindow(std::string_view strDescription, WindowController& controller) override

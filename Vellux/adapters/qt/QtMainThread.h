@@ -9,8 +9,9 @@
 
 namespace vellux {
 
-/// A CallQueue that Qt wakes: for each batch of calls one event is posted to an object of the main thread. Lives on
-/// the main thread, from after the application object was made until every thread that posts has ended.
+/// A CallQueue that Qt wakes: for each batch of calls one event is posted to an object of the main thread.
+/// Lives on the main thread, from after the application object was made until every thread that posts has
+/// ended.
 class QtMainThread : public CallQueue {
 public:
     QtMainThread();

@@ -8,8 +8,8 @@
 
 namespace vellux {
 
-/// Shows a window, also one that was minimised, above the others and gives it the keyboard; an open alert, which blocks
-/// it, comes to stand above it. Main thread.
+/// Shows a window, also one that was minimised, above the others and gives it the keyboard; an open alert,
+/// which blocks it, comes to stand above it. Main thread.
 void bringToFront(QWidget& window);
 /// Brings an open alert to the front; false when there is none. Main thread.
 bool alertToFront();
