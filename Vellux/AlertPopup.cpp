@@ -27,7 +27,7 @@ std::int32_t AlertPopup::display(const std::string& strTitle, const std::string&
             *bShown = true;
         });
     }
-    return nResult;
+    return nResult; // of the alert shown last, whoever asked for it; kept-on-purpose:last-answer
 }
 
 void AlertPopup::displayAlert(const Texts& texts) {

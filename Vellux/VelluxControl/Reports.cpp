@@ -29,13 +29,14 @@ Mutex reportLock;
 using ReportBuffer = std::array<std::uint8_t, kPlainReport>;
 ReportBuffer gabyVelluxOutputReportBuffer VELLUX_GUARDED_BY(reportLock){};
 
-// One shadow for all V30 lights; the off bit is clear and no flash is on until somebody says otherwise.
+// One shadow for all V30 lights; the off bit is clear and no flash is on until somebody says otherwise. It is
+// never reset, and changed even when the report then fails. (kept-on-purpose:shared-shadow)
 struct Shadow {
     std::uint8_t byRedValue = 0;
     std::uint8_t byGreenValue = 0;
     std::uint8_t byBlueValue = 0;
     std::uint8_t byLightControl = 0;
-    std::uint8_t byMusicControl_1 = 0; // no operation plays music
+    std::uint8_t byMusicControl_1 = 0; // no operation plays music; kept-on-purpose:music-bytes
     std::uint8_t byMusicControl_2 = 0;
 };
 Shadow shadow VELLUX_GUARDED_BY(reportLock);
@@ -63,7 +64,7 @@ template <typename Fill> VelluxResult sendWithRetries(const HidDeviceRef& device
         }
         if (nAttempt == kAttempts)
             return result;
-        vellux::platform().clock.sleep(kPause);
+        vellux::platform().clock.sleep(kPause); // after a success, too; kept-on-purpose:pause-after-success
         if (result == kIOReturnSuccess)
             return result;
     }
@@ -80,7 +81,7 @@ template <typename Fill> VelluxResult sendToDeviceAt(std::uint8_t byDeviceIndex,
     return sendWithRetries((*list)[byDeviceIndex], fill);
 }
 
-// Red, blue, green: that is how the lights read them.
+// Red, blue, green: that is how the lights read them. (kept-on-purpose:level-order)
 std::size_t fillV30(ReportBuffer& buffer, const Shadow& state) {
     const std::array<std::uint8_t, kShortReport> report = {state.byRedValue,
                                                            state.byBlueValue,
@@ -117,7 +118,8 @@ std::uint8_t withoutBits(std::uint8_t byValue, std::uint8_t byMask) {
     return static_cast<std::uint8_t>(byValue & ~byMask);
 }
 
-// One bit per speed: 0 gives 0x08, 1 gives 0x10, 2 gives 0x20. The formula beyond that is the lights' own.
+// One bit per speed: 0 gives 0x08, 1 gives 0x10, 2 gives 0x20. No caller passes others; 7 would set bit 6,
+// which no speed clears again. (kept-on-purpose:speed-formula)
 std::uint8_t flashSpeedField(std::uint8_t bySpeed) {
     const auto byNext = static_cast<std::uint8_t>(bySpeed + 1);
     return byNext == 3 ? 0x20 : static_cast<std::uint8_t>((byNext << 3) & 0x78);
@@ -139,7 +141,9 @@ VelluxResult HIDSendVelluxControlCode(std::uint8_t byDeviceIndex, std::uint8_t b
             std::copy(kFrame.begin(), kFrame.end(), buffer.begin());
             buffer[7] = byCode;
         }
-        return kShortReport; // any other family: the buffer as it is; no colour gets here with one
+        // Any other family: the buffer as it is, which still holds the report sent last. No colour gets here
+        // with one. (kept-on-purpose:unknown-family-report)
+        return kShortReport;
     });
 }
 

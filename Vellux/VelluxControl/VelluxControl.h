@@ -6,6 +6,8 @@
 // called from any thread: the list is copied out, the report buffer and the shadow bytes stand behind one
 // lock that is held for one attempt at a time. Which report follows which is up to the callers, who order
 // their colours under the controller's lock.
+//
+// Names and result codes are those of another platform's HID service. (kept-on-purpose:foreign-names)
 #pragma once
 
 #include "model/LightFamily.h"
@@ -29,6 +31,7 @@ constexpr VelluxResult kIOReturnNoDevice = 0xE00002C0;
 constexpr VelluxResult kIOReturnBadArgument = 0xE00002C2;
 
 // ---- Report bits ----
+// Operations use OnOff, FlashOnOff and FlashSpeed alone. (kept-on-purpose:unused-masks)
 
 constexpr std::uint8_t byMaskLightOnOff = 0x01;      // light control: set = off
 constexpr std::uint8_t byMaskLightDimControl = 0x02; // light control: dimming, stays 0
@@ -41,7 +44,7 @@ constexpr std::uint8_t byMaskBit6Bit7 = 0xC0;         // bits that nothing uses
 constexpr std::uint8_t byMaskVolumeControl = 0x0F;    // music control 2: volume
 constexpr std::uint8_t byMaskMute = 0x80;             // music control 2: mute
 
-/// Head of the driver's log lines; nothing prints it.
+/// Head of the driver's log lines; nothing prints it. (kept-on-purpose:log-prefix)
 constexpr std::string_view strLogPrefix = "VelluxControl-Lib:";
 
 // ---- Lights ----

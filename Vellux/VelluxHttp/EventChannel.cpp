@@ -63,12 +63,14 @@ void VelluxHttp::httpGet_EventChannels() {
         m_openPolls.erase(m_openPolls.begin());
     }
     // An earlier poll that is still open is let go, not cancelled: what comes on it counts.
+    // (kept-on-purpose:poll-let-go)
     urlConnectionToGetEvents = vellux::platform().httpTransport.createConnection(request, *this);
     m_openPolls.push_back(urlConnectionToGetEvents);
     urlConnectionToGetEvents->start();
     noteWhetherFollowing();
 }
 
+// A sign-in under way goes on, and opens a channel of its own. (kept-on-purpose:sign-in-goes-on)
 void VelluxHttp::abortEventChannelConnection() {
     vellux::assertMainThread();
     if (urlConnectionToGetEvents != nullptr)
@@ -83,6 +85,10 @@ void VelluxHttp::abortEventChannelConnection() {
 
 void VelluxHttp::connectionDidReceiveResponse(vellux::HttpConnection&) {}
 
+// The next poll is opened from the innermost loop alone: a batch without a presence event opens none, which
+// ends the following (kept-on-purpose:batch-ends-following), and one with two opens two
+// (kept-on-purpose:poll-per-event). The first member that is missing ends the whole batch
+// (kept-on-purpose:member-ends-batch).
 void VelluxHttp::connectionDidReceiveData(vellux::HttpConnection&, std::string_view data) {
     vellux::assertMainThread();
     const auto batch = vellux::JsonBody::parse(data);
@@ -100,6 +106,7 @@ void VelluxHttp::connectionDidReceiveData(vellux::HttpConnection&, std::string_v
                 return;
             if (!isPresenceNews(event))
                 continue;
+            // Blocks the main thread. (kept-on-purpose:query-on-main)
             const auto strToken = httpGet_MyPresence(strPresenceUrl.get(), strOAuthToken.get());
             if (!strToken)
                 return;
@@ -107,6 +114,7 @@ void VelluxHttp::connectionDidReceiveData(vellux::HttpConnection&, std::string_v
             const auto strHost = FQDN.get();
             if (!strHost)
                 return;
+            // Whatever host the link names. (kept-on-purpose:next-at-sign-in-host)
             strEventChannelUrl.set("https://" + *strHost + *nextLink);
             httpGet_EventChannels();
         }
@@ -122,8 +130,8 @@ void VelluxHttp::connectionDidFinishLoading(vellux::HttpConnection& connection) 
 void VelluxHttp::connectionDidFailWithError(vellux::HttpConnection& connection, const vellux::HttpError&) {
     vellux::assertMainThread();
     forgetPoll(connection);
-    vellux::platform().clock.sleep(kRetryWait);
-    httpGet_EventChannels();
+    vellux::platform().clock.sleep(kRetryWait); // kept-on-purpose:retry-pause-on-main
+    httpGet_EventChannels();                    // kept-on-purpose:retry-without-end
 }
 
 void VelluxHttp::connection(vellux::HttpConnection*) {}

@@ -23,7 +23,8 @@ std::string newEndpointId() {
     return text.data();
 }
 
-// Single quotes, so not strict JSON: servers take it, and it goes out like this.
+// Single quotes, so not strict JSON (kept-on-purpose:single-quotes), and a user agent of another name
+// (kept-on-purpose:user-agent): servers take both.
 std::string registrationBody(const std::string& strEndpointId) {
     return "{'Culture':'en-US','endpointId':'" + strEndpointId + "','userAgent':'Virelto-" + strEndpointId +
            "'}";
@@ -56,7 +57,8 @@ VelluxHttp::httpGet_ApplicationServiceURL(const std::optional<std::string>& strH
     const auto strHref = answer->text({"_links", "applications", "href"});
     if (!strHref)
         return std::nullopt;
-    // The server may name another host than the user did; all requests go to the user's.
+    // The server may name another host than the user did; all requests go to the user's. Replaced wherever it
+    // occurs, in the path, too. (kept-on-purpose:host-replaced-everywhere)
     std::string strApplicationsUrl = vellux::replaceAll(*strHref, hostOf(*strHref), *strHost);
     strApplicationsServiceUrl.set(strApplicationsUrl);
     return strApplicationsUrl;
@@ -82,6 +84,7 @@ VelluxHttp::httpPost_SetupApplicationsAndGetPresenceURL(const std::optional<std:
     if (!vellux::isUtf8(*strBody))
         return std::nullopt;
 
+    // Anywhere in the text. (kept-on-purpose:text-search)
     if (vellux::toLower(*strBody).find("makemeavailable") != std::string::npos) {
         const auto answer = vellux::JsonBody::parse(*strBody);
         if (!answer)
@@ -93,6 +96,7 @@ VelluxHttp::httpPost_SetupApplicationsAndGetPresenceURL(const std::optional<std:
         if (!vellux::isHttpUrl(strUrl))
             return std::nullopt;
         // Unlike everywhere else only the presence of a body counts here, not a transport error beside it.
+        // (kept-on-purpose:body-beside-error)
         strBody = vellux::platform()
                       .httpTransport
                       .sendSynchronousRequest(vellux::postRequest(strUrl, headerFields, "{}", strIssuer))
@@ -101,6 +105,7 @@ VelluxHttp::httpPost_SetupApplicationsAndGetPresenceURL(const std::optional<std:
             return std::nullopt;
         if (strBody->empty() || !vellux::isUtf8(*strBody)) {
             // The usual case: a 204. Registering again gives the resource with its presence link.
+            // (kept-on-purpose:registered-twice)
             strBody = vellux::exchangeOrAlert(registration);
             if (!strBody)
                 return std::nullopt;
@@ -115,6 +120,7 @@ VelluxHttp::httpPost_SetupApplicationsAndGetPresenceURL(const std::optional<std:
         return std::nullopt;
     std::string strResult = "https://" + *strHost + *strPresenceHref;
     strPresenceUrl.set(strResult);
+    // Without this link the URL of an earlier registration stays. (kept-on-purpose:old-events-link)
     if (const auto strEventsHref = answer->text({"_links", "events", "href"}))
         strEventChannelUrl.set("https://" + *strHost + *strEventsHref);
     return strResult;

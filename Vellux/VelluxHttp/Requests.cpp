@@ -39,6 +39,7 @@ std::optional<std::string> exchangeOrAlert(const HttpRequest& request) {
     std::optional<std::string> strBody = exchange(request);
     if (strBody)
         return strBody;
+    // There is no Configure dialog. (kept-on-purpose:configure-dialog)
     AlertPopup::sharedAlertPopup().display(
         "Vellux",
         "Not able to connect to Lync server. Please check your network connection and check whether "

@@ -21,6 +21,7 @@ VelluxHttp& VelluxHttp::sharedVelluxHttp() {
     return vellux::sharedInstance(sharedVelluxHttpInstance, [] { return new VelluxHttp; });
 }
 
+// Nobody calls it: users type their server. (kept-on-purpose:discovery-unused)
 std::string VelluxHttp::httpGet_StartAutomaticDiscovery(const std::optional<std::string>& strDomain,
                                                         bool bUseHttps, bool bInternal) {
     if (!strDomain)
@@ -30,6 +31,7 @@ std::string VelluxHttp::httpGet_StartAutomaticDiscovery(const std::optional<std:
                                (bInternal ? "lyncdiscoverinternal." : "lyncdiscover.") + *strDomain;
     if (!vellux::isHttpUrl(strUrl))
         return "";
+    // A GET with a Content-Type. (kept-on-purpose:content-type-of-nothing)
     const auto strBody = vellux::exchange(vellux::getRequest(strUrl, {{"Content-Type", "application/json"}}));
     if (!strBody)
         return "";
@@ -55,6 +57,7 @@ std::optional<std::string> VelluxHttp::httpPost_GetOAuthToken(const std::optiona
     const std::string strUrl = "https://" + *strHost + "/WebTicket/oauthtoken";
     if (!vellux::isHttpUrl(strUrl))
         return std::nullopt;
+    // Not percent-encoded. (kept-on-purpose:credentials-verbatim)
     const auto strBody = vellux::exchangeOrAlert(vellux::postRequest(
         strUrl, {{"Content-Type", "application/x-www-form-urlencoded"}},
         "grant_type=password&username=" + *strUserName + "&password=" + *strPassword, strUrl));
@@ -63,8 +66,10 @@ std::optional<std::string> VelluxHttp::httpPost_GetOAuthToken(const std::optiona
     const auto answer = vellux::JsonBody::parse(*strBody);
     if (!answer)
         return std::nullopt;
+    // The caller shows an alert of its own after this one. (kept-on-purpose:two-alerts)
     if (answer->text({"error"}) == "invalid_grant")
         AlertPopup::sharedAlertPopup().display("Vellux", "Username/Password Pair is invalid");
+    // The token's lifetime is not read; an expired one is noticed by nobody. (kept-on-purpose:token-lifetime)
     const auto strTokenType = answer->text({"token_type"});
     const auto strAccessToken = answer->text({"access_token"});
     if (!strTokenType || !strAccessToken)

@@ -100,7 +100,7 @@ public:
     /// Waits half a second on the main thread and opens the same long poll again, without limit.
     void connectionDidFailWithError(vellux::HttpConnection& connection,
                                     const vellux::HttpError& error) override;
-    /// Does nothing; no callback has this form.
+    /// Does nothing; no callback has this form. (kept-on-purpose:callback-of-nobody)
     void connection(vellux::HttpConnection* connection);
 
 private:
@@ -118,10 +118,10 @@ private:
     void noteWhetherFollowing() VELLUX_REQUIRES(vellux::mainThreadRole);
 
     OptionalText strOAuthToken;             // the whole Authorization value: token type, blank, access token
-    OptionalText strApplicationsServiceUrl; // kept only
+    OptionalText strApplicationsServiceUrl; // nothing reads it; kept-on-purpose:unread-url
     OptionalText strPresenceUrl;
     OptionalText strEventChannelUrl;
-    OptionalText domainString; // kept only
+    OptionalText domainString; // nothing reads it; kept-on-purpose:unread-domain
     OptionalText presenceStatus;
     std::atomic<bool> bIsUserOnCall{false};
     // The one opened last.

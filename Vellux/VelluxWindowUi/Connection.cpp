@@ -29,6 +29,7 @@ void VelluxWindowUi::onConnectButtonClicked(Button&) {
             alert(kFieldsAlert);
             return;
         }
+        // What comes back from the file counts, not what was typed. (kept-on-purpose:credentials-from-file)
         writeSettings(strServer, strUser, strSecret);
         const bool bComplete = readSettings();
         controls.textFieldLyncStatus->setText(""); // before the monitor, who writes the presence there, runs
@@ -53,6 +54,7 @@ void VelluxWindowUi::reconnect() {
 
 void VelluxWindowUi::processLyncServerConnectionRequest() {
     vellux::assertMainThread();
+    // An earlier monitor is neither stopped nor waited for. (kept-on-purpose:monitors-overlap)
     threadForLyncStatusMonitor = std::make_shared<vellux::WorkerThread>(
         [this] { lyncStatusMonitorThreadMainMethod(); }, vellux::WorkerThread::kHighestPriority);
     threadForLyncStatusMonitor->start();
@@ -75,7 +77,7 @@ void VelluxWindowUi::lyncStatusMonitorThreadMainMethod() {
     const std::string strUser = strUserName.get();
     const std::string strSecret = strPassword.get();
     if (strHost.empty() || strUser.empty() || strSecret.empty()) {
-        alert(kFieldsAlert);
+        alert(kFieldsAlert); // before the title, unlike fail(): kept-on-purpose:alert-before-title
         button.setEnabled(true);
         button.setTitle(vellux::kTitleConnect);
         return;
@@ -93,7 +95,8 @@ void VelluxWindowUi::lyncStatusMonitorThreadMainMethod() {
 
     const auto strPresence = client.httpGet_MyPresence(strPresenceUrl, strToken);
     button.setTitle(vellux::kTitleDisconnect);
-    updateVelluxStatusWithPresence(strPresence); // absent, too: then the light goes off
+    // An absent one turns the light off. (kept-on-purpose:connected-without-presence)
+    updateVelluxStatusWithPresence(strPresence);
     vellux::platform().mainThread.runAndWait([this] { httpGetEventChannels(); });
     button.setEnabled(true);
 }

@@ -9,7 +9,7 @@ void VelluxWindowUi::devicePlugged() {
     vellux::assertMainThread();
     std::int32_t nCount = 0;
     VelluxFindDevices(nCount);
-    nNumberOfVelluxDevices = nCount;
+    nNumberOfVelluxDevices = nCount; // 0 before the first notice; kept-on-purpose:count-by-notice
     describeLight();
     if (nCount <= 0)
         return;
@@ -17,13 +17,13 @@ void VelluxWindowUi::devicePlugged() {
         const vellux::ScopedLock lock(m_displayLock);
         m_lamp.set({}); // it refuses what follows and stays as dark as it came
     }
-    VelluxTurnOffLight(0);
+    VelluxTurnOffLight(0); // kept-on-purpose:off-before-colour
     displayVelluxColor(nCurrentVelluxColor);
     if (controls.buttonSelectSyncMode->state() == Button::kOn)
         setSyncMode(*controls.buttonSelectSyncMode);
     else
         setManualMode(*controls.buttonSelectManualMode);
-    fillColorLists();
+    fillColorLists(); // last, and nothing is selected afterwards; kept-on-purpose:lists-refilled-last
 }
 
 void VelluxWindowUi::deviceUnplugged() {
@@ -32,6 +32,7 @@ void VelluxWindowUi::deviceUnplugged() {
     VelluxFindDevices(nCount);
     nNumberOfVelluxDevices = nCount;
     describeLight();
+    // Waits for nothing and leaves the light's own flashing. (kept-on-purpose:removal-waits-for-nothing)
     bQuitManualFlashing = true;
     bQuitSyncFlashing = true;
 }

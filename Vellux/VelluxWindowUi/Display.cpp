@@ -29,12 +29,12 @@ std::int32_t VelluxWindowUi::displayVelluxColor(std::int32_t nColor) {
 // Without the lamp, for the dark half of a worker's cycle: the lamp does not alternate.
 std::int32_t VelluxWindowUi::sendVelluxColor(std::int32_t nColor) {
     const vellux::ScopedLock lock(m_displayLock);
-    nCurrentVelluxColor = nColor;
+    nCurrentVelluxColor = nColor; // whether it can be shown or not; kept-on-purpose:colour-recorded
     if (nNumberOfVelluxDevices == 0 || m_bDisplayClosed)
         return static_cast<std::int32_t>(kIOReturnNoDevice);
     if (!vellux::canShow(nColor, vellux::familyAt(0)))
         return static_cast<std::int32_t>(kIOReturnSuccess);
-    return static_cast<std::int32_t>(kColourFunctions[nColor](0));
+    return static_cast<std::int32_t>(kColourFunctions[nColor](0)); // kept-on-purpose:first-light-only
 }
 
 // Under the display lock, so that the lamp has the light's order. A light that refused shows what it showed.

@@ -7,8 +7,8 @@
 namespace vellux {
 
 struct FlashSpeed {
-    const char* strName;          // as the lists show it
-    float flHalfPeriod;           // seconds, single precision: lights of type 1 and 2 are flashed by a worker
+    const char* strName; // as the lists show it
+    float flHalfPeriod;  // seconds, for a worker that flashes; kept-on-purpose:single-precision-periods
     std::uint8_t byHardwareSpeed; // for SelectLightFlashSpeed: V30 lights flash by themselves
 };
 

@@ -11,6 +11,7 @@ namespace {
 
 constexpr vellux::Seconds kEndPoll{0.01};
 
+// No time limit. (kept-on-purpose:wait-without-limit)
 void waitUntilFinished(const vellux::WorkerThreadRef& thread) {
     if (thread == nullptr || !thread->isExecuting())
         return;
@@ -37,7 +38,7 @@ void VelluxWindowUi::setFlashing(Flasher flasher, bool bFlashing) {
 }
 
 // One worker's life. Period and colour are read anew at each step; the stop flag only after the colour half,
-// so a worker leaves with the colour shown.
+// so a worker leaves with the colour shown. It begins with the dark half. (kept-on-purpose:worker-ends-lit)
 void VelluxWindowUi::flash(Flasher worker, const std::atomic<bool>& bQuit,
                            const std::atomic<float>& flInterval, const std::atomic<std::int64_t>& nColor) {
     vellux::Clock& clock = vellux::platform().clock;

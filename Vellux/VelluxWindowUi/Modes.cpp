@@ -43,15 +43,18 @@ void VelluxWindowUi::setManualMode(Button&) {
     controls.buttonConnect->setEnabled(false);
 
     VelluxHttp::sharedVelluxHttp().abortEventChannelConnection();
+    // Asked again by a light that arrives in manual mode. (kept-on-purpose:reconnection-forgotten)
     bToConnect = vellux::isConnected(*controls.buttonConnect);
     controls.buttonConnect->setTitle(vellux::kTitleConnect);
     controls.textFieldLyncStatus->setText("");
     stopSyncFlashing();
 
     onManualModeColorListSelection(*controls.manualModeColorList);
+    // Has run already unless the colour is off. (kept-on-purpose:speed-action-twice)
     onManualModeFlashSpeedListSelection(*controls.manualModeFlashSpeedList);
 }
 
+// The light keeps the manual colour until the next presence. (kept-on-purpose:sync-keeps-colour)
 void VelluxWindowUi::setSyncMode(Button&) {
     vellux::assertMainThread();
     controls.buttonSelectManualMode->setState(Button::kOff);
@@ -99,13 +102,14 @@ void VelluxWindowUi::onManualModeFlashSpeedListSelection(ComboBox& sender) {
     const std::int64_t nPosition = sender.indexOfSelectedItem();
     indexOfManualModeFlashSpeedList = nPosition;
     quitManualFlashingThread();
+    // A worker is not waited for: it ends after its cycle. (kept-on-purpose:steady-does-not-wait)
     if (nPosition == vellux::kSteadyPosition)
         displayVelluxColor(static_cast<std::int32_t>(indexOfManualModeColorList));
     const vellux::FlashSpeed* const pSpeed = vellux::manualFlashSpeed(nPosition);
     if (pSpeed != nullptr)
         flManualFlashTimeInterval = pSpeed->flHalfPeriod;
     if (nPosition == vellux::kSteadyPosition || indexOfManualModeColorList == vellux::kColourOff)
-        return;
+        return; // but not with nothing selected; kept-on-purpose:worker-without-speed
 
     const LightFamily family = vellux::familyAt(0);
     if (family == LightFamily::Levels)
@@ -114,6 +118,7 @@ void VelluxWindowUi::onManualModeFlashSpeedListSelection(ComboBox& sender) {
         startManualFlashing();
 }
 
+// Unlike the manual one it does not ask whether the colour is off. (kept-on-purpose:call-colour-unasked)
 void VelluxWindowUi::onSyncModeFlashSpeedListSelection(ComboBox& sender) {
     const std::int64_t nPosition = sender.indexOfSelectedItem();
     indexOfSyncModeFlashSpeedList = nPosition;

@@ -54,13 +54,15 @@ void VelluxWindowUi::updateVelluxStatusWithPresence(const std::optional<std::str
 void VelluxWindowUi::showPresence(const PresenceReading& reading) {
     const auto isFlashOnCall = [this] { return controls.buttonFlashOnCall->state() == Button::kOn; };
     const auto hasNoCallColour = [this] { return indexOfSyncModeColorList == vellux::kColourOff; };
+    // lyncStatus keeps what it was before the call. (kept-on-purpose:call-keeps-status)
     if (reading.bOnCall && isFlashOnCall() && !hasNoCallColour()) {
         onSyncModeFlashSpeedListSelection(*controls.syncModeFlashSpeedList);
         return;
     }
     stopSyncFlashing();
     updateVelluxStatus(reading.strStatus);
-    // Asked again: the user may have chosen otherwise while the worker ended.
+    // The presence's colour first, then off. (kept-on-purpose:off-after-colour) Asked again: the user may
+    // have chosen otherwise while the worker ended.
     if (reading.bOnCall && hasNoCallColour() && isFlashOnCall())
         displayVelluxColor(vellux::kColourOff);
 }
@@ -69,6 +71,7 @@ void VelluxWindowUi::updateVelluxStatus(const std::optional<std::string>& strSta
     lyncStatus.set(strStatus);
     nCurrentVelluxColor = colourOf(strStatus);
     // Only these two pass through the boxes; "berightback" and "idleonline" never do.
+    // (kept-on-purpose:boxes-for-two-words)
     if (strStatus == kAway.strStatus)
         onlightOffOnAway(nullptr);
     else if (strStatus == kOnline.strStatus)

@@ -60,6 +60,7 @@ void VelluxWindowUi::restoreUiState() {
     indexOfSyncModeFlashSpeedList = vellux::integerValue(fields[kSyncFlashSpeed]);
     indexOfManualModeColorList = vellux::integerValue(fields[kManualColour]);
     indexOfManualModeFlashSpeedList = vellux::integerValue(fields[kManualFlashSpeed]);
+    // Neither negative positions nor the speeds' are clamped. (kept-on-purpose:positions-unclamped)
     clampToItems(indexOfManualModeColorList, *controls.manualModeColorList);
     clampToItems(indexOfSyncModeColorList, *controls.syncModeColorList);
     controls.manualModeColorList->selectItemAtIndex(indexOfManualModeColorList);
@@ -78,6 +79,7 @@ void VelluxWindowUi::saveUiState() {
     fields[kLightOffOnAway] = controls.buttonLightOffOnAway->state();
     fields[kLightOffOnAvailable] = controls.buttonLightOffOnAvailable->state();
     // Colours as remembered, speeds as selected: a refill leaves no colour selected.
+    // (kept-on-purpose:colours-and-speeds)
     fields[kSyncColour] = indexOfSyncModeColorList;
     fields[kSyncFlashSpeed] = controls.syncModeFlashSpeedList->indexOfSelectedItem();
     fields[kManualColour] = indexOfManualModeColorList;
@@ -100,7 +102,8 @@ void VelluxWindowUi::restoreSettings() {
         processLyncServerConnectionRequest();
 }
 
-// Stored as typed, without escaping: a ";" in one of them gives a fourth part, and reading back fails.
+// Stored as typed, without escaping: a ";" in one of them gives a fourth part, and reading back fails without
+// a word. (kept-on-purpose:no-escaping)
 void VelluxWindowUi::writeSettings(const std::string& strServer, const std::string& strUser,
                                    const std::string& strSecret) const {
     const std::string strText = strServer + kSeparator + strUser + kSeparator + strSecret;

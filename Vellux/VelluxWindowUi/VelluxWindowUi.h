@@ -55,7 +55,8 @@ public:
     template <typename T> using Ref = std::shared_ptr<T>;
 
     // ---- Controls.cpp ----
-    // Getters on any thread. Setters are for whoever builds the window, before initConfig; never null.
+    // Getters on any thread. Setters are for whoever builds the window, before initConfig; never null. None
+    // of our windows uses them. (kept-on-purpose:control-setters)
 
     Ref<Button> buttonSelectSyncMode() const { return controls.buttonSelectSyncMode; }
     Ref<TextField> textFieldLyncServerName() const { return controls.textFieldLyncServerName; }
@@ -281,7 +282,7 @@ private:
     vellux::Shared<std::optional<std::string>> lyncStatus; // last lower-case token
     // Manual mode was entered while connected.
     bool bToConnect VELLUX_GUARDED_BY(vellux::mainThreadRole) = false;
-    // Reserved; nothing reads or writes it.
+    // Nothing reads or writes it. (kept-on-purpose:unread-click)
     bool bConnectButtonClicked VELLUX_GUARDED_BY(vellux::mainThreadRole) = false;
     std::atomic<std::int32_t> nNumberOfVelluxDevices{0};
     std::string aesKey VELLUX_GUARDED_BY(vellux::mainThreadRole);

@@ -37,7 +37,7 @@ constexpr bool isColour(std::int32_t nColor) {
 
 /// Whether a light of the family has the colour; false also for what is no colour, and without a family. The
 /// list of lights without orange is one entry shorter, and its "None" has the index of orange: there it is no
-/// switch, and these lights go on showing what they showed.
+/// switch, and these lights go on showing what they showed. (kept-on-purpose:none-without-orange)
 constexpr bool canShow(std::int32_t nColor, LightFamily family) {
     if (!isColour(nColor) || family == LightFamily::None)
         return false;

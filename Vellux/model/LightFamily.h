@@ -14,7 +14,7 @@ enum class LightFamily : std::uint8_t {
 
 /// The family of a device type, which discovery gives each light: 1, 2, or one of 3, 4, 6 and 7.
 constexpr LightFamily lightFamily(std::uint8_t byType) {
-    constexpr unsigned kTypesWithLevels = 0xD8; // a bit each
+    constexpr unsigned kTypesWithLevels = 0xD8; // a bit each, none for 5; kept-on-purpose:type-5
     if (byType == 1)
         return LightFamily::FramedCode;
     if (byType == 2)

@@ -38,7 +38,8 @@ struct HttpError {
     std::string strDescription;
 };
 
-/// What came of a synchronous exchange. The status code is deliberately not there: nobody looks at it.
+/// What came of a synchronous exchange. The status code is not there: nobody looks at it.
+/// (kept-on-purpose:status-codes)
 struct HttpResponse {
     /// Absent when no answer came at all; empty for an answer without content (a 204, an empty 200).
     std::optional<std::string> body;

@@ -25,10 +25,10 @@ void createFileIfMissing(const std::string& strPath, FileAccess access);
 /// 1 MiB, which no file of ours comes near.
 std::optional<std::string> readTextFile(const std::string& strPath);
 
-/// Overwrites the file in place, creating it if need be. Where there is no room for the whole text, the file
-/// keeps what it held. Nothing is flushed to the disk. With OwnerOnly nothing is written to somebody else's
-/// file that others can still reach; where modes can't be changed, the user's own is written all the same.
-/// Failure is ignored.
+/// Overwrites the file in place, creating it if need be (kept-on-purpose:written-in-place). Where there is no
+/// room for the whole text, the file keeps what it held. Nothing is flushed to the disk. With OwnerOnly
+/// nothing is written to somebody else's file that others can still reach; where modes can't be changed, the
+/// user's own is written all the same. Failure is ignored.
 void writeFile(const std::string& strPath, std::string_view strText, FileAccess access);
 
 } // namespace vellux

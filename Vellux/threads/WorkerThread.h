@@ -11,7 +11,7 @@ namespace vellux {
 class WorkerThread {
 public:
     /// The highest that an ordinary thread may have. On Linux each thread has it from the start (nice 0
-    /// without a privilege), so nothing is asked of the system.
+    /// without a privilege), so nothing is asked of the system. (kept-on-purpose:priority)
     static constexpr double kHighestPriority = 1.0;
 
     /// The body must not throw. The priority is a share of the highest one, from 0.0 to 1.0.

@@ -52,7 +52,7 @@ CURL* CurlTransfer::prepare(const CurlTransportOptions& options, CURLSH* share) 
 
     curl_easy_setopt(easy, CURLOPT_PRIVATE, this);
     curl_easy_setopt(easy, CURLOPT_SHARE, share);
-    curl_easy_setopt(easy, CURLOPT_COOKIEFILE, ""); // cookies on, none read from anywhere
+    curl_easy_setopt(easy, CURLOPT_COOKIEFILE, ""); // on, none read from a file; kept-on-purpose:cookies
     curl_easy_setopt(easy, CURLOPT_URL, m_request.strUrl.c_str());
     curl_easy_setopt(easy, CURLOPT_PATH_AS_IS, 1L);
     curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, kProtocols);
