@@ -92,7 +92,7 @@ bool VelluxFindDevices(std::int32_t& nDeviceCount) {
         manager.setDeviceMatchingMultiple(matchingEntries());
         manager.registerDeviceMatchingCallback(Handle_DeviceMatchingCallback);
         manager.registerDeviceRemovalCallback(Handle_DeviceRemovalCallback);
-        manager.scheduleWithRunLoop();
+        manager.setScheduled(true);
         if (manager.open() != kIOReturnSuccess) // kept-on-purpose:opened-once
             return false;
     }

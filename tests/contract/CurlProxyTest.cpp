@@ -1,8 +1,8 @@
 // Which proxies the HTTP adapter uses, and when it asks for them.
 
 #include "adapters/curl/CurlTransport.h"
-#include "contract/RawServer.h"
 #include "fakes/Journal.h"
+#include "server/RawServer.h"
 #include "threads/CallQueue.h"
 
 #include <gtest/gtest.h>

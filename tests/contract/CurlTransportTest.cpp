@@ -2,9 +2,9 @@
 
 #include "adapters/curl/CurlTransport.h"
 #include "adapters/curl/CurlPolicy.h"
-#include "contract/RawServer.h"
 #include "fakes/Watchdog.h"
 #include "ports/Platform.h"
+#include "server/RawServer.h"
 #include "threads/CallQueue.h"
 
 #include <gtest/gtest.h>

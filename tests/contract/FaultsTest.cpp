@@ -2,9 +2,9 @@
 // on the real transport over TLS, with a light.
 
 #include "adapters/curl/CurlTransport.h"
-#include "contract/RawServer.h"
 #include "fakes/ServerTexts.h"
 #include "fakes/TestWorld.h"
+#include "server/RawServer.h"
 #include "support/Text.h"
 #include "threads/Shared.h"
 

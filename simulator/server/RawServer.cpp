@@ -1,4 +1,4 @@
-#include "contract/RawServer.h"
+#include "server/RawServer.h"
 
 #include <arpa/inet.h>
 #include <csignal>
