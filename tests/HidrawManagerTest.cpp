@@ -54,6 +54,7 @@ protected:
     /// What is plugged from now on, by product.
     void plug(const std::vector<std::uint16_t>& products, std::uint16_t nVendor = kVendor) {
         std::vector<HidrawEntry> entries;
+        entries.reserve(products.size());
         for (const std::uint16_t nProduct : products)
             entries.push_back({node(nProduct), "", nVendor, nProduct, 1});
         m_listed.set(entries);
