@@ -4,7 +4,6 @@
 
 #include <fcntl.h>
 #include <fstream>
-#include <regex>
 #include <semaphore>
 #include <sys/mman.h>
 #include <unistd.h>
@@ -13,7 +12,10 @@ namespace {
 
 using vellux::HttpResponse;
 
-const std::string kFieldsAlert = "alert Please ensure all fields are entered correctly";
+const std::string kFieldsAlert = "alert Please ensure all fields are entered correctly",
+                  kCancel = "cancel https://lync.example/ucwa/events?ack=1",
+                  kPoll =
+                      "poll GET https://lync.example/ucwa/events?ack=1 | Authorization: Bearer T0k3n | 15 s";
 
 /// A program without a light, credentials typed, a server that lets everybody in.
 class ConnectionTest : public TestWorld {
@@ -46,8 +48,7 @@ protected:
     }
 };
 
-// The whole road from the click to the open channel, byte for byte; above all its order and the endpoint's
-// id.
+// The whole road from the click to the open channel; above all its order, and who is given the token (*).
 TEST_F(ConnectionTest, connectsStepByStep) {
     plugInFramed();
     const std::string strPlain =
@@ -57,32 +58,19 @@ TEST_F(ConnectionTest, connectsStepByStep) {
     transport.script("/mma", "");
     transport.script("/me", R"({"availability":"Online"})");
     Lines lines = clickThrough();
-    for (std::string& strLine : lines)
-        strLine = std::regex_replace(strLine, std::regex("[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}"), "ID");
-    const std::string strAuth = " | Authorization: Bearer T0k3n | ",
-                      strPost = " | Content-Type: application/json" + strAuth;
-    const std::string strRegister =
-        "request POST https://lync.example/ucwa/applications" + strPost +
-        "Content-Length: 130 | 30 s | {'Culture':'en-US','endpointId':'ID','userAgent':'Virelto-ID'}";
-    const Lines expected = {
-        "status ",
-        "connect disabled",
-        "title Connecting...",
-        "request POST https://lync.example/WebTicket/oauthtoken | Content-Type: "
-        "application/x-www-form-urlencoded | "
-        "Content-Length: 53 | 30 s | grant_type=password&username=CORP\\pat&password=secret",
-        "request GET https://lync.example/Autodiscover/AutodiscoverService.svc/root/oauth/user" + strAuth +
-            "30 s",
-        strRegister,
-        "request POST https://lync.example/mma" + strPost + "Content-Length: 2 | 30 s | {}",
-        strRegister,
-        "request GET https://lync.example/me" + strAuth + "30 s",
-        "title Disconnect",
-        "report 55534243004002df",
-        "status Online",
-        "poll GET https://lync.example/ev" + strAuth + "15 s",
-        "connect enabled"};
-    EXPECT_EQ(lines, expected);
+    for (std::string& strLine : lines) {
+        const bool bToken = strLine.find(" | Authorization: Bearer T0k3n | ") != std::string::npos;
+        strLine = strLine.substr(0, strLine.find(" | ")) + (bToken ? " *" : "");
+    }
+    const std::string strUrl = "https://lync.example/";
+    EXPECT_EQ(lines,
+              (Lines{"status ", "connect disabled", "title Connecting...",
+                     "request POST " + strUrl + "WebTicket/oauthtoken",
+                     "request GET " + strUrl + "Autodiscover/AutodiscoverService.svc/root/oauth/user *",
+                     "request POST " + strUrl + "ucwa/applications *", "request POST " + strUrl + "mma *",
+                     "request POST " + strUrl + "ucwa/applications *", "request GET " + strUrl + "me *",
+                     "title Disconnect", "report 55534243004002df", "status Online",
+                     "poll GET " + strUrl + "ev *", "connect enabled"}));
 }
 
 // A failing step without its alert, in the wrong order, or that leaves a button nobody can press any more.
@@ -111,10 +99,9 @@ TEST_F(ConnectionTest, failingStepsAlertAndGiveTheButtonBack) {
     check("/ucwa/applications", {}, "do SetupApplicationsAndGetPresenceURL", kConnectionAlert);
     check("/ucwa/applications", {"{}", {}}, "do SetupApplicationsAndGetPresenceURL");
     scriptServer("not JSON"); // without a presence the user is connected all the same, and the light off
-    EXPECT_EQ(
-        clickThrough({"title", "status", "alert", "report", "poll"}),
-        (Lines{"status ", "title Connecting...", "title Disconnect", "report 55534243004002ff", "status ",
-               "poll GET https://lync.example/ucwa/events?ack=1 | Authorization: Bearer T0k3n | 15 s"}));
+    EXPECT_EQ(clickThrough({"title", "status", "alert", "report", "poll"}),
+              (Lines{"status ", "title Connecting...", "title Disconnect", "report 55534243004002ff",
+                     "status ", kPoll}));
     EXPECT_EQ(journal.take({"request"}).size(), 4U);
 }
 
@@ -176,9 +163,8 @@ TEST_F(ConnectionTest, disconnectsStepByStep) {
     userSets(ui().buttonFlashOnCall(), true);
     clickThrough();
     click(); // while the light flashes red by itself
-    EXPECT_EQ(journal.take(),
-              (Lines{"cancel https://lync.example/ucwa/events?ack=1", "title Connect", "status Disconnected",
-                     "report ff0000100000ffff", "report ff0000110000ffff"}));
+    EXPECT_EQ(journal.take(), (Lines{kCancel, "title Connect", "status Disconnected",
+                                     "report ff0000100000ffff", "report ff0000110000ffff"}));
     EXPECT_EQ(client().getPresenceStatus(), "");
     userSets(ui().buttonLightOffOnAvailable(), true);
     EXPECT_EQ(journal.take(), Lines{});
@@ -205,14 +191,11 @@ TEST_F(ConnectionTest, manualModeWhileConnectingKeepsLightAndStatusLine) {
     ui().setManualMode(*ui().buttonSelectManualMode());
     journal.clear();
     goOn.release(2); // also for the event's request
-    const std::string strPoll =
-        "poll GET https://lync.example/ucwa/events?ack=1 | Authorization: Bearer T0k3n | 15 s";
     EXPECT_EQ(passed({"title", "connect", "status", "poll"}),
-              (Lines{"title Disconnect", strPoll, "connect enabled"}));
+              (Lines{"title Disconnect", kPoll, "connect enabled"}));
     journal.clear();
     transport.lastPoll().simulateData(batch("/n"));
-    EXPECT_EQ(journal.take().size(),
-              2U); // the presence is asked for and the next poll opened; nothing is shown
+    EXPECT_EQ(journal.take().size(), 2U); // the presence is asked for, the next poll opened, nothing shown
 }
 
 // A thread's stack and handle kept of every connection there has ever been.
@@ -240,11 +223,8 @@ TEST_F(ConnectionTest, reconnectDisconnectsAndConnects) {
     journal.clear();
     ui().reconnect();
     runUntilConnectShows("Disconnect");
-    EXPECT_EQ(
-        journal.take({"cancel", "title", "poll"}),
-        (Lines{"cancel https://lync.example/ucwa/events?ack=1", "title Connect", "title Connecting...",
-               "title Disconnect",
-               "poll GET https://lync.example/ucwa/events?ack=1 | Authorization: Bearer T0k3n | 15 s"}));
+    EXPECT_EQ(journal.take({"cancel", "title", "poll"}),
+              (Lines{kCancel, "title Connect", "title Connecting...", "title Disconnect", kPoll}));
     EXPECT_EQ(client().channel().get(), vellux::ChannelState::Open);
     journal.clear();
     ui().buttonConnect()->setTitle("Connecting...");

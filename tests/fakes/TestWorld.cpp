@@ -5,23 +5,9 @@
 #include <chrono>
 #include <fstream>
 #include <iterator>
-#include <random>
 #include <type_traits>
 
-namespace {
-
-std::filesystem::path makeDirectory() {
-    std::random_device random;
-    auto path = std::filesystem::temp_directory_path() /
-                ("vellux-test-" + std::to_string(random()) + std::to_string(random()));
-    std::filesystem::create_directory(path);
-    return path;
-}
-
-} // namespace
-
-TestWorld::TestWorld(std::unique_ptr<vellux::CallQueue> itsQueue, NoProgram)
-    : directory(makeDirectory()), queue(std::move(itsQueue)) {
+TestWorld::TestWorld(std::unique_ptr<vellux::CallQueue> itsQueue, NoProgram) : queue(std::move(itsQueue)) {
     watchConnect();
 }
 
@@ -32,8 +18,6 @@ void TestWorld::makeProgram(vellux::HttpTransport& itsTransport, vellux::Desktop
 TestWorld::~TestWorld() {
     endWorld();
     EXPECT_EQ(journal.unseen(minded), Lines{}) << "nobody asked for these";
-    std::error_code error;
-    std::filesystem::remove_all(directory, error);
 }
 
 void TestWorld::endWorld() {

@@ -11,6 +11,7 @@
 #include "fakes/FakeHidManager.h"
 #include "fakes/FakeHttpTransport.h"
 #include "fakes/Journal.h"
+#include "platform/PrivateDirectory.h"
 #include "ports/Platform.h"
 #include "threads/CallQueue.h"
 #include "threads/WorkerThread.h"
@@ -94,7 +95,9 @@ protected:
     static std::string contentOf(const std::string& strPath);
     static void writeContent(const std::string& strPath, const std::string& strContent);
 
-    const std::filesystem::path directory;
+    const std::unique_ptr<vellux::simulator::PrivateDirectory> itsDirectory =
+        vellux::simulator::PrivateDirectory::create();
+    const std::filesystem::path directory = itsDirectory->path();
     Journal journal;
     /// Lines of these kinds must all have been asked for, or cleared, when the test ends.
     Journal::Kinds minded = {"alert", "request"};
