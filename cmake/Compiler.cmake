@@ -1,31 +1,71 @@
-# Flags of every target: warnings, hardening, and the sanitizers a preset asks for.
+# `vellux_flags`: warnings, hardening, and the sanitizers a preset asks for. Every target of ours links it, by way of
+# `vellux_core` or by itself; nothing is set for the whole project. Flags that a compiler or linker does not know are
+# left out, and what it or the environment (CXXFLAGS, LDFLAGS) sets already is never replaced by something weaker.
+
+include(CheckCXXCompilerFlag)
+include(CheckCXXSourceCompiles)
+include(CheckLinkerFlag)
+include(CheckPIESupported)
 
 option(VELLUX_WERROR "Treat warnings as errors" OFF)
 set(VELLUX_SANITIZE "" CACHE STRING "Sanitizers, as for -fsanitize=")
 
-add_compile_options(-Wall -Wextra -Wpedantic -Wconversion -Wshadow)
-if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
-  add_compile_options(-Wthread-safety)
-endif()
+add_library(vellux_flags INTERFACE)
+
+# vellux_compile_flag(FLAG) : adds it where the compiler knows it.
+function(vellux_compile_flag flag)
+  string(MAKE_C_IDENTIFIER "VELLUX_HAS${flag}" known)
+  check_cxx_compiler_flag(${flag} ${known})
+  if(${known})
+    target_compile_options(vellux_flags INTERFACE ${flag})
+  endif()
+endfunction()
+
+# vellux_link_flag(FLAG) : adds it where the linker knows it.
+function(vellux_link_flag flag)
+  string(MAKE_C_IDENTIFIER "VELLUX_HAS_${flag}" known)
+  check_linker_flag(CXX ${flag} ${known})
+  if(${known})
+    target_link_options(vellux_flags INTERFACE ${flag})
+  endif()
+endfunction()
+
+# vellux_unless_defined(CONDITION RESULT) : sets RESULT if an optimised build meets no such macro.
+function(vellux_unless_defined condition result)
+  set(CMAKE_TRY_COMPILE_CONFIGURATION ${CMAKE_BUILD_TYPE})
+  set(CMAKE_REQUIRED_FLAGS -O2) # some compilers fortify by themselves, but only then
+  check_cxx_source_compiles("#if ${condition}\n#error there already\n#endif\nint main() {}" ${result})
+endfunction()
+
+foreach(flag -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wthread-safety)
+  vellux_compile_flag(${flag})
+endforeach()
 if(VELLUX_WERROR)
-  add_compile_options(-Werror)
+  target_compile_options(vellux_flags INTERFACE -Werror)
 endif()
 
 # Position-independent executables, read-only relocations bound at start, stack protection.
-include(CheckPIESupported)
 check_pie_supported()
-set(CMAKE_POSITION_INDEPENDENT_CODE ON)
-add_compile_options(-fstack-protector-strong -fstack-clash-protection)
-add_link_options(LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack)
-if(NOT CMAKE_BUILD_TYPE STREQUAL "Release")
-  add_compile_definitions(_GLIBCXX_ASSERTIONS)
+set_target_properties(vellux_flags PROPERTIES INTERFACE_POSITION_INDEPENDENT_CODE ON)
+foreach(flag LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack)
+  vellux_link_flag(${flag})
+endforeach()
+vellux_compile_flag(-fstack-clash-protection)
+vellux_unless_defined("defined __SSP_STRONG__ || defined __SSP_ALL__" VELLUX_SETS_STACK_PROTECTOR)
+if(VELLUX_SETS_STACK_PROTECTOR)
+  vellux_compile_flag(-fstack-protector-strong)
 endif()
+target_compile_definitions(vellux_flags INTERFACE $<$<NOT:$<CONFIG:Release>>:_GLIBCXX_ASSERTIONS>)
 
 if(VELLUX_SANITIZE)
-  add_compile_options(-fsanitize=${VELLUX_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
-  add_link_options(-fsanitize=${VELLUX_SANITIZE})
+  set(sanitize -fsanitize=${VELLUX_SANITIZE})
+  target_compile_options(vellux_flags INTERFACE ${sanitize} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(vellux_flags INTERFACE ${sanitize})
 else()
   # Fortified calls need an optimised build, and get in the way of sanitizers.
-  add_compile_options(
-    "$<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
+  vellux_unless_defined("defined _FORTIFY_SOURCE" VELLUX_SETS_FORTIFY_SOURCE)
+  if(VELLUX_SETS_FORTIFY_SOURCE)
+    target_compile_definitions(vellux_flags INTERFACE
+      $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:_FORTIFY_SOURCE=2>)
+  endif()
 endif()

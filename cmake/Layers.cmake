@@ -24,7 +24,7 @@ set(layers
   "adapters/dbus      | adapters/ApplicationId ports threads       | *"
   "adapters/qt        | adapters/ApplicationId adapters/dbus VelluxWindowUi VelluxHttp ports model threads support | *"
   "adapters           |                                            |")
-set(core_may_link Threads::Threads OpenSSL::Crypto nlohmann_json::nlohmann_json PkgConfig::uuid)
+set(core_may_link vellux_flags Threads::Threads OpenSSL::Crypto nlohmann_json::nlohmann_json PkgConfig::uuid)
 
 if(CMAKE_SCRIPT_MODE_FILE) # checks FILES, paths relative to the folder of the product, and touches STAMP
   cmake_minimum_required(VERSION 3.25)
