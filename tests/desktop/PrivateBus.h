@@ -1,9 +1,10 @@
 // Message buses and mocked services of a test's own. Nothing here reaches the machine's buses.
 //
-//     PrivateBus session(BusKind::Session);     // before QtDBus, and before a QApplication that shows
-//     windows QCoreApplication application(...); DbusMock mock(BusKind::Session, "org.example.Name", "/path",
-//     "org.example.Interface"); mock.addMethod("Ask", "s", "i", "ret = 1"); EXPECT_TRUE(waitUntil([&] {
-//     return mock.calls().contains("Ask \"who\""); }));
+//     PrivateBus session(BusKind::Session); // before QtDBus and before a QApplication that shows windows
+//     QCoreApplication application(...);
+//     DbusMock mock(BusKind::Session, "org.example.Name", "/path", "org.example.Interface");
+//     mock.addMethod("Ask", "s", "i", "ret = 1");
+//     EXPECT_TRUE(waitUntil([&] { return mock.calls().contains("Ask \"who\""); }));
 //
 // One process runs one test: QtDBus opens each bus once.
 #pragma once
