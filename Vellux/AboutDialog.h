@@ -14,7 +14,7 @@ public:
     /// The window it controls; null before initWithWindow.
     vellux::Window* window() const VELLUX_REQUIRES(vellux::mainThreadRole) { return m_window.get(); }
 
-    /// Does nothing: the contents are all the description's.
+    /// Does nothing: the description holds all contents.
     void windowDidLoad() override;
 
     /// The About window may always be closed.

@@ -16,18 +16,20 @@ std::int32_t AlertPopup::display(const std::string& strTitle, const std::string&
         displayAlert({strTitle, strMessage});
         return nResult;
     }
-    const auto bShown = std::make_shared<bool>(false); // main's, until runAndWait has returned true
+    const auto bShown = std::make_shared<bool>(false); // main's until runAndWait has returned true
+    // An open alert's loop may run this call; it then shows nothing and is queued again once that alert is
+    // closed.
     bool bRan = true;
     while (bRan && !*bShown) {
         waitUntilNoneIsOpen();
         bRan = mainThread.runAndWait([this, bShown, texts = Texts{strTitle, strMessage}] {
-            if (isOpen()) // this call came to run inside another alert: later
+            if (isOpen())
                 return;
             displayAlert(texts);
             *bShown = true;
         });
     }
-    return nResult; // of the alert shown last, whoever asked for it; kept-on-purpose:last-answer
+    return nResult; // of the alert closed last, perhaps another thread's; kept-on-purpose:last-answer
 }
 
 void AlertPopup::displayAlert(const Texts& texts) {

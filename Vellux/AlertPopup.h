@@ -1,4 +1,4 @@
-// The program's modal message box, to be had from any thread.
+// The program's modal message box, available from any thread.
 #pragma once
 
 #include "threads/Mutex.h"
@@ -20,14 +20,14 @@ public:
     /// Title and message, in this order.
     using Texts = std::array<std::string, 2>;
 
-    /// Shows the alert on the main thread and returns the response code when the user has dismissed it. Any
-    /// thread, with no lock held; blocks until then, and before that until another thread's alert is closed:
-    /// alerts come one after the other, also where a modal alert goes on running the main thread's calls.
-    /// While the program ends it returns without showing anything.
+    /// Shows the alert on the main thread and returns the response code once the user has dismissed it. Any
+    /// thread, with no lock held. Blocks until then, and first until any other alert is closed: alerts are
+    /// shown one at a time, although an open alert keeps running the main thread's calls. During shutdown it
+    /// returns without showing anything.
     std::int32_t display(const std::string& strTitle, const std::string& strMessage);
 
-    /// The program ends: those who wait for an open alert's end go on, and find that the main thread takes no
-    /// calls.
+    /// For shutdown: threads that wait for an open alert to close stop waiting, and find the main thread's
+    /// queue closed.
     void endWaiting();
 
     /// Shows the alert on the calling thread, which is the main thread.
@@ -41,7 +41,7 @@ private:
     void waitUntilNoneIsOpen();
     bool isOpen();
 
-    std::atomic<std::int32_t> nResult{0}; // response code of the alert shown last
+    std::atomic<std::int32_t> nResult{0}; // response code of the alert closed last
 
     vellux::Mutex m_mutex;
     std::condition_variable_any m_closed;

@@ -10,13 +10,13 @@
 
 class MF_Base64Codec {
 public:
-    /// Standard alphabet, padded with "=", no line breaks; "" for an empty buffer. Absent, with a line in the
-    /// platform's log, only when no memory is to be had.
+    /// Standard alphabet, padded with "=", no line breaks; "" for an empty buffer. Absent, with a line on
+    /// standard error, only when memory runs out.
     static std::optional<std::string> base64StringFromData(std::span<const std::uint8_t> data);
 
     /// Decodes leniently: "=" is dropped wherever it stands, every other byte outside the alphabet is
     /// skipped, a lone last character is dropped. Text with any byte beyond ASCII decodes to an empty buffer.
-    /// Absent, with a line in the platform's log, only when no memory is to be had.
+    /// Absent, with a line on standard error, only when memory runs out.
     static std::optional<vellux::ByteBuffer> dataFromBase64String(std::string_view strText);
 };
 

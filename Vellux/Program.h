@@ -10,11 +10,11 @@
 
 namespace vellux {
 
-/// One a process; whoever has a main, and each test's fixture, starts and ends it the same way. Main thread,
-/// unless said otherwise.
+/// One per process: every main, and each test's fixture, starts and ends it the same way. Main thread only,
+/// unless noted.
 class Program {
 public:
-    /// What it runs on. All of it outlives the program.
+    /// The ports it runs on, all of which outlive it.
     struct Ports {
         HidManager& hidManager;
         HttpTransport& httpTransport;
@@ -25,22 +25,22 @@ public:
 
     /// Installs the ports as the platform, with the shared controller as its listener.
     explicit Program(const Ports& ports);
-    /// Ends it, unless that has been done.
+    /// Calls end() unless that has been done.
     ~Program();
     Program(const Program&) = delete;
     Program& operator=(const Program&) = delete;
 
-    /// Keeps the main window, which outlives the program, and brings it to the front.
+    /// Registers the main window, which must outlive the program, and brings it to the front.
     void show(Window& window);
     /// Finds the lights and configures the controller, which may sign in by itself.
     void start();
 
-    /// Has the desktop end the application, and frees a main thread that waits for an answer of the network
-    /// or for a light that hangs, so that it soon gets to that. Any thread; doesn't block.
+    /// Asks the desktop to end the application, and unblocks a main thread that waits for the network or for
+    /// a light that hangs, so that it soon gets to that. Any thread; doesn't block.
     void requestEnd();
 
-    /// Ends what the program does, once: the light goes off, the window's state is saved, and every other
-    /// thread has ended when it returns. Blocks for a flashing worker's cycle and for reports to a light.
+    /// Shuts the program down, once: the light goes off, the window state is saved, and when it returns all
+    /// worker threads have ended. Blocks for up to one flash cycle (1.5 s) and for reports to a light.
     void end();
 
 private:

@@ -1,4 +1,4 @@
-// The object that the application's life goes through: start-up, reopen, ordered shut-down.
+// The application delegate: start-up, reopen, and the shut-down's steps in order.
 #pragma once
 
 #include "ports/Desktop.h"
@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <optional>
 
-/// All operations on the main thread, called by the toolkit (or what stands in for it).
+/// Main thread only, except for the activity; called by Program and the toolkit.
 class VelluxAppDelegate {
 public:
     /// The one instance.
@@ -20,11 +20,12 @@ public:
     /// controller.
     void applicationDidFinishLaunching();
     /// Shut-down, once: ends both flashing workers and the event channel, leaves the light off, saves the
-    /// window state and gives the devices back. Blocks for a worker's cycle.
+    /// window state and releases the devices. Blocks for up to one flash cycle (1.5 s).
     void applicationWillTerminate();
-    /// The user started the running program once more: brings the main window to the front; always true.
+    /// The user started the program again while it was running: brings the main window to the front. Always
+    /// true.
     bool applicationShouldHandleReopen(bool bHasVisibleWindows);
-    /// Nothing depends on whether the windows can be seen.
+    /// Does nothing: nothing depends on whether the windows can be seen.
     void applicationDidChangeOcclusionState();
 
     /// The main window, not owned; null until the toolkit has loaded it.
@@ -40,7 +41,7 @@ private:
 
     VelluxAppDelegate() = default;
 
-    // Of start-up; the controller counts for itself afterwards.
+    // As counted at start-up; the controller keeps a count of its own.
     std::int32_t nNumberOfVelluxDevices VELLUX_GUARDED_BY(vellux::mainThreadRole) = 0;
     vellux::Window* m_window VELLUX_GUARDED_BY(vellux::mainThreadRole) = nullptr;
     vellux::Shared<std::optional<vellux::ProcessActivity>> m_activity;

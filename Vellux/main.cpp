@@ -36,14 +36,13 @@ int failure(const char* strText) {
     return EXIT_FAILURE;
 }
 
-/// Where no memory is left the program can only say so; all else that is thrown and not caught is a fault of
-/// ours.
+/// Out of memory, the program can only say so; any other uncaught exception is a bug.
 [[noreturn]] void endOnException() {
     try {
         if (const auto thrown = std::current_exception())
             std::rethrow_exception(thrown);
     } catch (const std::bad_alloc&) {
-        std::fputs("vellux: no memory is left\n", stderr);
+        std::fputs("vellux: out of memory\n", stderr);
         std::_Exit(EXIT_FAILURE);
     } catch (...) {
         std::abort();
@@ -62,7 +61,7 @@ int main(int nArguments, char** arguments) {
     vellux::QtApplication application(nArguments, arguments);
     const auto instance = vellux::SingleInstance::claim();
     if (instance == nullptr)
-        return EXIT_SUCCESS; // the one that runs shows its window
+        return EXIT_SUCCESS; // the running one shows its window
 
     VelluxAppDelegate& delegate = VelluxAppDelegate::sharedVelluxAppDelegate();
     VelluxWindowUi& controller = VelluxWindowUi::sharedVelluxWindowUi();
@@ -82,15 +81,15 @@ int main(int nArguments, char** arguments) {
     vellux::Program program({lights, transport, mainThread, clock, desktop});
     const vellux::WindowTray tray({mainThread, controller, window});
 
-    // A main thread that waits for an answer, or for a light that hangs, is free again soon.
+    // Also unblocks a main thread that waits for an answer or for a light that hangs.
     const auto terminationWatch = vellux::TerminationWatch::start([&] { program.requestEnd(); });
     if (terminationWatch == nullptr)
-        return failure("no thread can be made. Is a limit on processes or memory reached?");
+        return failure("can't create a thread. Is a limit on processes or memory reached?");
 
     vellux::QtApplication::onDisplayLost([&] { mainThread.runAndWait([&] { program.end(); }); });
     program.show(window);
     application.waitForFirstPaint(window);
-    if (!vellux::isTerminationRequested()) // else nothing is lit any more
+    if (!vellux::isTerminationRequested()) // otherwise nothing may be lit
         program.start();
 
     const vellux::ResumeNotice resumeNotice([&lights] { lights.redeliver(); });
