@@ -1,4 +1,4 @@
-// Colours: what each one is on each family of lights.
+// Colours: the code or the levels of each for each family of lights.
 
 #include "VelluxControl/VelluxControl.h"
 
@@ -8,7 +8,7 @@ namespace {
 
 struct ColourRow {
     std::uint8_t byFramedCode;           // 0xFF with bit 4 cleared for red, 5 for green, 6 for blue
-    std::uint8_t byPlainCode;            // no rule
+    std::uint8_t byPlainCode;            // arbitrary
     std::uint8_t byRed, byGreen, byBlue; // 0 to 255; not full scale: kept-on-purpose:levels-not-full-scale
 };
 

@@ -1,4 +1,4 @@
-// Discovery: which devices are lights, which light is of which type, and notices of their coming and going.
+// Discovery: which devices are lights, which light is of which type, and the notices of arrival and removal.
 
 #include "VelluxControl/VelluxControl.h"
 
@@ -59,7 +59,7 @@ std::vector<HidMatching> matchingEntries() {
     return entries;
 }
 
-// Leaves the entry of a light that no row knows as it was. (kept-on-purpose:type-remembered)
+// A light that matches no row keeps the entry of its index. (kept-on-purpose:type-remembered)
 void classify(const HidDeviceRef& device, std::atomic<std::uint8_t>& byType)
     VELLUX_REQUIRES(vellux::mainThreadRole) {
     std::int64_t nProductID = 0;

@@ -24,13 +24,13 @@ constexpr std::size_t kPlainReport = 64;
 // The framed report of type 1: "USBC", 0x00, 0x40, 0x02, then the colour code.
 constexpr std::array<std::uint8_t, 7> kFrame = {0x55, 0x53, 0x42, 0x43, 0x00, 0x40, 0x02};
 
-// The report lock: taken for one attempt (fill, send) or one change of the shadow, never over a pause.
+// The report lock: held for one attempt (fill, send) or one change of the shadow, never over a pause.
 Mutex reportLock;
 using ReportBuffer = std::array<std::uint8_t, kPlainReport>;
 ReportBuffer gabyVelluxOutputReportBuffer VELLUX_GUARDED_BY(reportLock){};
 
-// One shadow for all V30 lights; the off bit is clear and no flash is on until somebody says otherwise. It is
-// never reset, and changed even when the report then fails. (kept-on-purpose:shared-shadow)
+// One shadow for all V30 lights: at first on and not flashing. It is never reset, and changes even if the
+// report then fails. (kept-on-purpose:shared-shadow)
 struct Shadow {
     std::uint8_t byRedValue = 0;
     std::uint8_t byGreenValue = 0;
@@ -49,9 +49,9 @@ bool hasPluggedDevice() {
     return bDevicePlugged && gnNumberOfVelluxDevices != 0;
 }
 
-// Fills the buffer and sends it, up to 50 times. The buffer is filled anew for each attempt: another thread
-// may have sent in the pause. `fill` is given the buffer and the shadow as it then is, and returns the
-// report's length.
+// Fills the buffer and sends it, up to 50 times. The buffer is filled again for each attempt, since another
+// thread may have sent a report during the pause. `fill` takes the buffer and the current shadow and returns
+// the report's length.
 template <typename Fill> VelluxResult sendWithRetries(const HidDeviceRef& device, Fill fill) {
     for (int nAttempt = 1;; ++nAttempt) {
         VelluxResult result = kIOReturnSuccess;
@@ -70,18 +70,18 @@ template <typename Fill> VelluxResult sendWithRetries(const HidDeviceRef& device
     }
 }
 
-// Sends to the device at an index of the list, or says why there is none.
+// Sends to the device at an index of the list, or returns why there is none.
 template <typename Fill> VelluxResult sendToDeviceAt(std::uint8_t byDeviceIndex, Fill fill) {
     const std::shared_ptr<const HidDeviceList> list = gDeviceCFArrayRef.get();
     if (list == nullptr || list->empty())
         return kIOReturnNoDevice;
-    // A light beyond the type table counts as not there: what it understands is not known.
+    // A light beyond the type table counts as missing: its report format is unknown.
     if (byDeviceIndex >= list->size() || byDeviceIndex >= vellux::kDeviceTableSize)
         return kIOReturnBadArgument;
     return sendWithRetries((*list)[byDeviceIndex], fill);
 }
 
-// Red, blue, green: that is how the lights read them. (kept-on-purpose:level-order)
+// Red, blue, green: the order in which the lights read them. (kept-on-purpose:level-order)
 std::size_t fillV30(ReportBuffer& buffer, const Shadow& state) {
     const std::array<std::uint8_t, kShortReport> report = {state.byRedValue,
                                                            state.byBlueValue,
@@ -95,8 +95,8 @@ std::size_t fillV30(ReportBuffer& buffer, const Shadow& state) {
     return kShortReport;
 }
 
-// Changes the shadow of a V30 light and sends it, as it is at each attempt: a report that is tried again
-// never takes back what another thread has changed meanwhile, so the last one sent always tells the latest
+// Changes the shadow of a V30 light and sends it. Each attempt sends the shadow as it then is, so a retry
+// never reverts what another thread has changed meanwhile, and the last report always carries the latest
 // state.
 template <typename Change> VelluxResult changeV30(std::uint8_t byDeviceIndex, Change change) {
     if (!hasLevels(byDeviceIndex))
@@ -141,8 +141,8 @@ VelluxResult HIDSendVelluxControlCode(std::uint8_t byDeviceIndex, std::uint8_t b
             std::copy(kFrame.begin(), kFrame.end(), buffer.begin());
             buffer[7] = byCode;
         }
-        // Any other family: the buffer as it is, which still holds the report sent last. No colour gets here
-        // with one. (kept-on-purpose:unknown-family-report)
+        // Any other family: the first 8 bytes of the report sent last. No colour operation gets here.
+        // (kept-on-purpose:unknown-family-report)
         return kShortReport;
     });
 }

@@ -2,10 +2,10 @@
 // them, Reports.cpp builds and sends the output reports, Colours.cpp turns colours into reports.
 //
 // Every operation that addresses a light takes its device index, the position in gDeviceCFArrayRef, and
-// returns a result code. Discovery, release and both notices run on the main thread. The senders may be
-// called from any thread: the list is copied out, the report buffer and the shadow bytes stand behind one
-// lock that is held for one attempt at a time. Which report follows which is up to the callers, who order
-// their colours under the controller's lock.
+// returns a result code. Levels range from 0 to 255. Discovery, release and both notices run on the main
+// thread. The senders may be called from any thread: the list is copied out, and one lock, held for one
+// attempt at a time, guards the report buffer and the shadow bytes. The order of reports is up to the
+// callers, who order their colours under the controller's lock.
 //
 // Names and result codes are those of another platform's HID service. (kept-on-purpose:foreign-names)
 #pragma once
@@ -44,7 +44,7 @@ constexpr std::uint8_t byMaskBit6Bit7 = 0xC0;         // bits that nothing uses
 constexpr std::uint8_t byMaskVolumeControl = 0x0F;    // music control 2: volume
 constexpr std::uint8_t byMaskMute = 0x80;             // music control 2: mute
 
-/// Head of the driver's log lines; nothing prints it. (kept-on-purpose:log-prefix)
+/// Prefix of the driver's log lines; nothing prints it. (kept-on-purpose:log-prefix)
 constexpr std::string_view strLogPrefix = "VelluxControl-Lib:";
 
 // ---- Lights ----
@@ -71,17 +71,17 @@ extern std::atomic<std::int32_t> gnNumberOfVelluxDevices;
 /// while it is false.
 extern std::atomic<bool> bDevicePlugged;
 
-/// Lists the lights, their number and their types anew; the first call also makes the manager. False when
-/// the manager is not to be had or can't be opened; true also when there is no light. Main thread; the first
-/// call may block while the platform lists its devices.
+/// Lists the lights and their types again and writes their number to `nDeviceCount`; the first call also
+/// creates the manager. False when the manager is unavailable or can't be opened; true even when there is no
+/// light. Main thread; the first call may block while the platform lists its devices.
 bool VelluxFindDevices(std::int32_t& nDeviceCount);
 
-/// Gives the list and the manager back; afterwards every send answers kIOReturnNoDevice. Main thread.
+/// Releases the list and the manager; afterwards every send returns kIOReturnNoDevice. Main thread.
 void VelluxReleaseDevices();
 
 /// Reads a numeric property of a device as a signed 32-bit integer into the low half of `nValue`; leaves it
-/// untouched when the handle is null, or the property absent or not a number. A handle that is no HID device
-/// is a fault of ours and ends the program. Main thread.
+/// untouched when the handle is null, or the property absent or not a number. A handle that isn't a HID
+/// device is a bug and ends the program. Main thread.
 void IOHIDDevice_GetLongProperty(const vellux::HidDeviceRef& pIOHIDDeviceRef, std::string_view strKey,
                                  std::int64_t& nValue) VELLUX_REQUIRES(vellux::mainThreadRole);
 
@@ -94,9 +94,10 @@ void Handle_DeviceMatchingCallback(const vellux::HidDeviceRef& device)
 void Handle_DeviceRemovalCallback(const vellux::HidDeviceRef& device) VELLUX_REQUIRES(vellux::mainThreadRole);
 
 // ---- Reports ----
-// Each send is tried 50 times, with a pause of 10 ms after each attempt but the 50th; so it blocks for 10 ms
-// at least, and for half a second with a light that refuses at once. What a light that hangs adds to that,
-// ten seconds at first, is up to the platform's HidManager::deviceSetReport.
+// Each send makes up to 50 attempts, with a pause of 10 ms after each but the 50th. So it blocks for at least
+// 10 ms, and for half a second when the light refuses every report at once; a light that hangs adds to that,
+// at first 10 s: see HidManager::deviceSetReport. A light at index 32 or beyond has no type:
+// HIDSendVelluxControlCode returns kIOReturnBadArgument for it, and the V30 operations kIOReturnNoDevice.
 
 /// Sends one colour code to a light of type 1 or 2.
 VelluxResult HIDSendVelluxControlCode(std::uint8_t byDeviceIndex, std::uint8_t byCode);
@@ -106,8 +107,9 @@ VelluxResult HIDSendVellux30ControlCode(std::uint8_t byDeviceIndex, std::uint8_t
                                         std::uint8_t byBlue, std::uint8_t byControl, std::uint8_t byMusic1,
                                         std::uint8_t byMusic2);
 
-// The state that V30 lights share, changed one piece at a time: each changes its shadow byte, also when the
-// send then fails, and sends all of them. Not a V30 light: kIOReturnNoDevice, and nothing changes.
+// The state that all V30 lights share, changed one byte at a time. Each operation changes its shadow byte,
+// even if the send then fails, and sends the whole state. For any other light it returns kIOReturnNoDevice
+// and changes nothing.
 
 VelluxResult TurnOnV30Light(std::uint8_t byDeviceIndex);
 /// Keeps the levels and the flash bits, so that the next switch-on shows them again.
@@ -122,11 +124,11 @@ VelluxResult SelectLightFlashSpeed(std::uint8_t byDeviceIndex, std::uint8_t bySp
 
 // ---- Colours ----
 
-/// Switches a V30 light on at the given levels, in four reports, ending at the first that fails.
+/// Switches a V30 light on at the given levels in four reports, stopping at the first that fails.
 VelluxResult TurnOnRGBLights(std::uint8_t byDeviceIndex, std::uint8_t byRed, std::uint8_t byGreen,
                              std::uint8_t byBlue);
 
-// Each shows one colour. A light of no known type: success, and nothing is sent.
+// Each shows one colour. For a light of unknown type they send nothing and return success.
 VelluxResult VelluxTurnOnRedLight(std::uint8_t byDeviceIndex);
 VelluxResult VelluxTurnOnGreenLight(std::uint8_t byDeviceIndex);
 VelluxResult VelluxTurnOnBlueLight(std::uint8_t byDeviceIndex);
@@ -134,6 +136,6 @@ VelluxResult VelluxTurnOnYellowLight(std::uint8_t byDeviceIndex);
 VelluxResult VelluxTurnOnMagentaLight(std::uint8_t byDeviceIndex);
 VelluxResult VelluxTurnOnCyanLight(std::uint8_t byDeviceIndex);
 VelluxResult VelluxTurnOnWhiteLight(std::uint8_t byDeviceIndex);
-/// Only V30 lights have orange; any other answers kIOReturnNoDevice.
+/// Only V30 lights have orange; for any other it returns kIOReturnNoDevice.
 VelluxResult VelluxTurnOnOrangeLight(std::uint8_t byDeviceIndex);
 VelluxResult VelluxTurnOffLight(std::uint8_t byDeviceIndex);
