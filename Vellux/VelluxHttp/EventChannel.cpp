@@ -13,8 +13,8 @@ namespace {
 
 constexpr std::chrono::seconds kLongPollTimeout{15};
 constexpr vellux::Seconds kRetryWait{0.5};
-// A limit of this process's descriptors and memory, as the transport's for a body is, and no rule of the
-// channel.
+// Limits this process's descriptors and memory, like the transport's limit for a body; the protocol has no
+// such rule.
 constexpr std::size_t kMostPolls = 16;
 
 bool contains(const std::string& strText, const char* strPart) {
@@ -59,10 +59,10 @@ void VelluxHttp::httpGet_EventChannels() {
             vellux::getRequest(*strUrl, {{"Authorization", *strAuthorization}}, issuerOf(*strAuthorization));
     request.timeout = kLongPollTimeout;
     if (m_openPolls.size() == kMostPolls) {
-        m_openPolls.front()->cancel(); // let go long ago
+        m_openPolls.front()->cancel(); // replaced long ago
         m_openPolls.erase(m_openPolls.begin());
     }
-    // An earlier poll that is still open is let go, not cancelled: what comes on it counts.
+    // An earlier poll that is still open is not cancelled: events that arrive on it still count.
     // (kept-on-purpose:poll-let-go)
     urlConnectionToGetEvents = vellux::platform().httpTransport.createConnection(request, *this);
     m_openPolls.push_back(urlConnectionToGetEvents);
@@ -70,13 +70,13 @@ void VelluxHttp::httpGet_EventChannels() {
     noteWhetherFollowing();
 }
 
-// A sign-in under way goes on, and opens a channel of its own. (kept-on-purpose:sign-in-goes-on)
+// A sign-in that is under way continues, and opens a channel of its own. (kept-on-purpose:sign-in-goes-on)
 void VelluxHttp::abortEventChannelConnection() {
     vellux::assertMainThread();
     if (urlConnectionToGetEvents != nullptr)
         urlConnectionToGetEvents->cancel();
-    for (const auto& poll :
-         std::exchange(m_openPolls, {})) // those let go: nothing they bring counts any more
+    // The replaced ones, too: nothing that arrives on them counts any more.
+    for (const auto& poll : std::exchange(m_openPolls, {}))
         poll->cancel();
     bIsUserOnCall = false;
     presenceStatus.set("");
@@ -85,9 +85,9 @@ void VelluxHttp::abortEventChannelConnection() {
 
 void VelluxHttp::connectionDidReceiveResponse(vellux::HttpConnection&) {}
 
-// The next poll is opened from the innermost loop alone: a batch without a presence event opens none, which
-// ends the following (kept-on-purpose:batch-ends-following), and one with two opens two
-// (kept-on-purpose:poll-per-event). The first member that is missing ends the whole batch
+// The next poll is opened only in the innermost loop: a batch without a presence event opens none, which ends
+// the following (kept-on-purpose:batch-ends-following), and one with two opens two
+// (kept-on-purpose:poll-per-event). The first missing member ends the whole batch
 // (kept-on-purpose:member-ends-batch).
 void VelluxHttp::connectionDidReceiveData(vellux::HttpConnection&, std::string_view data) {
     vellux::assertMainThread();

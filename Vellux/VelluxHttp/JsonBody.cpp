@@ -24,8 +24,8 @@ const Json* member(const Json* pValue, const char* strKey) {
     return found == pValue->end() ? nullptr : &*found;
 }
 
-// No answer means to be like this. Each level and each value costs the library some 80 bytes, so that a body
-// of nothing but brackets would take more than a gigabyte.
+// Far beyond any real answer. The library spends some 80 bytes on each level and each value, so that 16 MiB
+// of brackets would take more than a gigabyte.
 constexpr std::size_t kDeepest = 200'000;
 constexpr std::size_t kMostValues = 1'000'000;
 

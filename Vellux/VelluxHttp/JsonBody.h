@@ -1,4 +1,4 @@
-// What the client reads out of the server's JSON answers. A member of the wrong kind counts as absent.
+// What the client reads out of the server's JSON answers. A member of the wrong type counts as absent.
 #pragma once
 
 #include <initializer_list>
@@ -27,11 +27,12 @@ public:
     /// Names of members, from the top level down.
     using KeyPath = std::initializer_list<const char*>;
 
-    /// Absent unless the body is one JSON object in UTF-8, and one that memory is there for: at most
-    /// 1,000,000 values, 200,000 deep.
+    /// Absent unless the body is one JSON object in UTF-8 with at most 1,000,000 values, nested at most
+    /// 200,000 deep; also when memory runs out.
     static std::optional<JsonBody> parse(std::string_view strBody);
 
-    /// The text at the end of the path; absent when a member on the way is missing or it is no text.
+    /// The string at the end of the path; absent when a member on the way is missing or the value isn't a
+    /// string.
     std::optional<std::string> text(KeyPath path) const;
 
     /// The entries of "sender"; absent when there is no such list.

@@ -23,8 +23,8 @@ std::string newEndpointId() {
     return text.data();
 }
 
-// Single quotes, so not strict JSON (kept-on-purpose:single-quotes), and a user agent of another name
-// (kept-on-purpose:user-agent): servers take both.
+// Single quotes, so not strict JSON (kept-on-purpose:single-quotes), and a fixed user agent
+// (kept-on-purpose:user-agent): servers accept both.
 std::string registrationBody(const std::string& strEndpointId) {
     return "{'Culture':'en-US','endpointId':'" + strEndpointId + "','userAgent':'Virelto-" + strEndpointId +
            "'}";
@@ -57,8 +57,8 @@ VelluxHttp::httpGet_ApplicationServiceURL(const std::optional<std::string>& strH
     const auto strHref = answer->text({"_links", "applications", "href"});
     if (!strHref)
         return std::nullopt;
-    // The server may name another host than the user did; all requests go to the user's. Replaced wherever it
-    // occurs, in the path, too. (kept-on-purpose:host-replaced-everywhere)
+    // The server may name another host than the user did; all requests go to the user's. It is replaced
+    // wherever it occurs, even in the path. (kept-on-purpose:host-replaced-everywhere)
     std::string strApplicationsUrl = vellux::replaceAll(*strHref, hostOf(*strHref), *strHost);
     strApplicationsServiceUrl.set(strApplicationsUrl);
     return strApplicationsUrl;
@@ -84,7 +84,7 @@ VelluxHttp::httpPost_SetupApplicationsAndGetPresenceURL(const std::optional<std:
     if (!vellux::isUtf8(*strBody))
         return std::nullopt;
 
-    // Anywhere in the text. (kept-on-purpose:text-search)
+    // Anywhere in the text, before it is parsed. (kept-on-purpose:text-search)
     if (vellux::toLower(*strBody).find("makemeavailable") != std::string::npos) {
         const auto answer = vellux::JsonBody::parse(*strBody);
         if (!answer)
@@ -95,7 +95,7 @@ VelluxHttp::httpPost_SetupApplicationsAndGetPresenceURL(const std::optional<std:
         const std::string strUrl = "https://" + *strHost + *strHref;
         if (!vellux::isHttpUrl(strUrl))
             return std::nullopt;
-        // Unlike everywhere else only the presence of a body counts here, not a transport error beside it.
+        // Unlike elsewhere, only the presence of a body counts here; a transport error beside it is ignored.
         // (kept-on-purpose:body-beside-error)
         strBody = vellux::platform()
                       .httpTransport
@@ -104,7 +104,7 @@ VelluxHttp::httpPost_SetupApplicationsAndGetPresenceURL(const std::optional<std:
         if (!strBody)
             return std::nullopt;
         if (strBody->empty() || !vellux::isUtf8(*strBody)) {
-            // The usual case: a 204. Registering again gives the resource with its presence link.
+            // The usual case: a 204. Registering again returns the resource with its presence link.
             // (kept-on-purpose:registered-twice)
             strBody = vellux::exchangeOrAlert(registration);
             if (!strBody)

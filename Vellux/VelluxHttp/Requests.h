@@ -8,18 +8,19 @@
 
 namespace vellux {
 
-/// A GET without a body, 30 seconds at most. `strCredentialOrigin` as for an HttpRequest.
+/// A GET without a body and a timeout of 30 s. `strCredentialOrigin` as for an HttpRequest.
 HttpRequest getRequest(std::string strUrl, HttpHeaderFields headerFields,
                        std::optional<std::string> strCredentialOrigin = {});
 
-/// A POST with the body's byte count as its last header field, "Content-Length"; 30 seconds at most.
+/// A POST with a timeout of 30 s and the body's byte count as its last header field, "Content-Length".
 HttpRequest postRequest(std::string strUrl, HttpHeaderFields headerFields, std::string strBody,
                         std::optional<std::string> strCredentialOrigin);
 
-/// Performs the exchange; the body when one came and nothing went wrong, else absent. Blocks.
+/// Performs the exchange; returns the body, or absent when there was none or an error occurred. Blocks for up
+/// to request.timeout.
 std::optional<std::string> exchange(const HttpRequest& request);
 
-/// The same, but tells the user when the server can't be reached, and waits for the dismissal.
+/// The same, but on failure shows an alert that the server can't be reached, and waits until it is dismissed.
 std::optional<std::string> exchangeOrAlert(const HttpRequest& request);
 
 } // namespace vellux

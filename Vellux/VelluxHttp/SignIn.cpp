@@ -11,7 +11,7 @@
 #include <algorithm>
 
 namespace {
-// More than the sign-ins that overlap: an older value is not in use any more.
+// More than sign-ins can overlap: older values are no longer in use.
 constexpr std::size_t kMostIssued = 16;
 } // namespace
 
@@ -21,7 +21,7 @@ VelluxHttp& VelluxHttp::sharedVelluxHttp() {
     return vellux::sharedInstance(sharedVelluxHttpInstance, [] { return new VelluxHttp; });
 }
 
-// Nobody calls it: users type their server. (kept-on-purpose:discovery-unused)
+// The program doesn't call it: users type their server's name. (kept-on-purpose:discovery-unused)
 std::string VelluxHttp::httpGet_StartAutomaticDiscovery(const std::optional<std::string>& strDomain,
                                                         bool bUseHttps, bool bInternal) {
     if (!strDomain)
@@ -41,7 +41,7 @@ std::string VelluxHttp::httpGet_StartAutomaticDiscovery(const std::optional<std:
     const auto strSelf = answer->text({"_links", "self", "href"});
     if (!strSelf || strSelf->empty())
         return "";
-    // Of "https://lyncdiscover.<domain>/path" this is what stands between "//" and the domain.
+    // Of "https://lyncdiscover.<domain>/path" this is the text between "//" and the domain.
     const std::string strBeforeDomain = vellux::split(*strSelf, *strDomain).front();
     const auto pieces = vellux::split(strBeforeDomain, "//");
     if (pieces.size() < 2)
@@ -69,7 +69,7 @@ std::optional<std::string> VelluxHttp::httpPost_GetOAuthToken(const std::optiona
     // The caller shows an alert of its own after this one. (kept-on-purpose:two-alerts)
     if (answer->text({"error"}) == "invalid_grant")
         AlertPopup::sharedAlertPopup().display("Vellux", "Username/Password Pair is invalid");
-    // The token's lifetime is not read; an expired one is noticed by nobody. (kept-on-purpose:token-lifetime)
+    // The token's lifetime is not read, and the token is never renewed. (kept-on-purpose:token-lifetime)
     const auto strTokenType = answer->text({"token_type"});
     const auto strAccessToken = answer->text({"access_token"});
     if (!strTokenType || !strAccessToken)

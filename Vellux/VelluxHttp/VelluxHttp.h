@@ -4,11 +4,12 @@
 // SignIn.cpp         discovery and sign-in
 // Registration.cpp   the user's applications resource, registration, make me available
 // EventChannel.cpp   presence query, event channel and its callbacks
-// JsonBody.h       what is read out of the server's answers
+// Requests.h         what all requests have in common
+// JsonBody.h         what is read out of the server's answers
 //
 // Sign-in and registration run on the status monitor's thread and block it, 30 seconds a request at most. The
 // event channel lives on the main thread. Absent results mean failure; "" is a value. HTTP status codes are
-// never looked at.
+// ignored.
 #pragma once
 
 #include "model/ViewState.h"
@@ -36,14 +37,15 @@ public:
     // ---- SignIn.cpp ----
 
     /// Asks the discovery service of a domain, over HTTPS or HTTP, at its internal or its public name, which
-    /// host to sign in against. One request, no second try, no alert. Returns the host; "" on any failure.
+    /// host to sign in against. One request, no retry, no alert. Blocks for up to 30 s. Returns the host; ""
+    /// on any failure.
     std::string httpGet_StartAutomaticDiscovery(const std::optional<std::string>& strDomain, bool bUseHttps,
                                                 bool bInternal);
 
     /// Signs in with user name and password, both sent as they are, without percent-encoding: that is what
-    /// servers expect. Returns the Authorization value and keeps it together with the host; absent on
-    /// failure, and then what an earlier sign-in left stays. Alerts when the server can't be reached or
-    /// refuses the password, and waits for the alert's dismissal.
+    /// servers expect. Returns the Authorization value and keeps it together with the host; on failure
+    /// absent, and the values of an earlier sign-in stay. Shows an alert when the server can't be reached or
+    /// refuses the password, and waits until it is dismissed.
     std::optional<std::string> httpPost_GetOAuthToken(const std::optional<std::string>& strHost,
                                                       const std::optional<std::string>& strUserName,
                                                       const std::optional<std::string>& strPassword);
@@ -73,29 +75,30 @@ public:
 
     /// Whether the last presence that was read says "on-the-phone". Any thread.
     bool IsUserOnCall() const { return bIsUserOnCall; }
-    /// The last presence token; absent when the server's answer had none, "" for none at all. Any thread.
+    /// The last presence token; absent when the server's answer had none, "" before the first answer and
+    /// after an abort. Any thread.
     std::optional<std::string> getPresenceStatus() const { return presenceStatus.get(); }
     /// Replaces the token. Any thread.
     void setPresenceStatus(const std::optional<std::string>& strToken) { presenceStatus.set(strToken); }
 
-    /// Opens the next long poll, which fails after 15 seconds without a word from the server; does nothing
-    /// when no URL is known. At most sixteen are held: another closes the oldest, which calls nobody back.
-    /// Main thread.
+    /// Opens the next long poll, which fails after 15 s of silence from the server; does nothing when no URL
+    /// is known. At most sixteen are open: another one closes the oldest, without a callback. Main thread.
     void httpGet_EventChannels();
 
-    /// Cancels the long poll opened last, then those that were let go, and forgets the presence. A sign-in
+    /// Cancels the long poll opened last, then those that it replaced, and forgets the presence. A sign-in
     /// that is still under way opens a channel of its own afterwards. Main thread.
     void abortEventChannelConnection();
 
-    /// Whether the presence is being followed; for the view, nothing here depends on it. Any thread reads it.
+    /// For the view: whether the presence is being followed. Nothing in the client depends on it. Any thread.
     vellux::Observable<vellux::ChannelState>& channel() { return m_channel; }
 
-    /// The status code is not looked at: an error's body comes as data like any other.
+    /// Does nothing: the status code is ignored, and an error's body arrives as data like any other.
     void connectionDidReceiveResponse(vellux::HttpConnection& connection) override;
-    /// Handles one batch of events: reads the presence anew for each presence event in it, hands it to the
-    /// controller and opens the next long poll. A batch without such an event opens none.
+    /// Handles one batch of events: for each presence event in it reads the presence, reports it to the
+    /// listener and opens the next long poll. A batch without such an event opens none.
     void connectionDidReceiveData(vellux::HttpConnection& connection, std::string_view data) override;
-    /// Notes that the following has ended when this was the last open poll: no answer has opened another.
+    /// If this was the last open poll, no answer has opened another: channel() reports that the following has
+    /// ended.
     void connectionDidFinishLoading(vellux::HttpConnection& connection) override;
     /// Waits half a second on the main thread and opens the same long poll again, without limit.
     void connectionDidFailWithError(vellux::HttpConnection& connection,
@@ -110,9 +113,9 @@ private:
 
     VelluxHttp() = default;
 
-    /// The URL that issued an Authorization value, and so the place it may go to: two sign-ins that overlap
-    /// mix one's host with the other's value, and links in answers lead anywhere. Absent for a value that was
-    /// not issued to this process: it belongs nowhere. Any thread.
+    /// The URL that issued an Authorization value, and so the only place it may be sent to: overlapping
+    /// sign-ins may combine one's host with the other's value, and links in answers may point anywhere.
+    /// Absent for a value that was not issued to this process. Any thread.
     std::optional<std::string> issuerOf(const std::string& strAuthorization) const;
     void forgetPoll(const vellux::HttpConnection& connection) VELLUX_REQUIRES(vellux::mainThreadRole);
     void noteWhetherFollowing() VELLUX_REQUIRES(vellux::mainThreadRole);
