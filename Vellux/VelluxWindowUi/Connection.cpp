@@ -32,7 +32,7 @@ void VelluxWindowUi::onConnectButtonClicked(Button&) {
         // What comes back from the file counts, not what was typed. (kept-on-purpose:credentials-from-file)
         writeSettings(strServer, strUser, strSecret);
         const bool bComplete = readSettings();
-        controls.textFieldLyncStatus->setText(""); // before the monitor, who writes the presence there, runs
+        controls.textFieldLyncStatus->setText(""); // before the monitor, which writes the presence there
         if (bComplete)
             processLyncServerConnectionRequest();
     } else if (strTitle == vellux::kTitleDisconnect) {

@@ -15,7 +15,7 @@ void VelluxWindowUi::devicePlugged() {
         return;
     if (m_light.get().access != vellux::LightState::Access::Usable) {
         const vellux::ScopedLock lock(m_displayLock);
-        m_lamp.set({}); // it refuses what follows and stays as dark as it came
+        m_lamp.set({}); // it will refuse what follows and stay dark
     }
     VelluxTurnOffLight(0); // kept-on-purpose:off-before-colour
     displayVelluxColor(nCurrentVelluxColor);

@@ -26,7 +26,7 @@ std::int32_t VelluxWindowUi::displayVelluxColor(std::int32_t nColor) {
     return nResult;
 }
 
-// Without the lamp, for the dark half of a worker's cycle: the lamp does not alternate.
+// Doesn't change the lamp: for the dark half of a worker's cycle, since the lamp does not alternate.
 std::int32_t VelluxWindowUi::sendVelluxColor(std::int32_t nColor) {
     const vellux::ScopedLock lock(m_displayLock);
     nCurrentVelluxColor = nColor; // whether it can be shown or not; kept-on-purpose:colour-recorded
@@ -37,7 +37,8 @@ std::int32_t VelluxWindowUi::sendVelluxColor(std::int32_t nColor) {
     return static_cast<std::int32_t>(kColourFunctions[nColor](0)); // kept-on-purpose:first-light-only
 }
 
-// Under the display lock, so that the lamp has the light's order. A light that refused shows what it showed.
+// Under the display lock, so that the lamp changes in the same order as the light. A light that refused keeps
+// what it showed.
 void VelluxWindowUi::showOnLamp(std::int32_t nColor, std::int32_t nResult) {
     const bool bLight = nNumberOfVelluxDevices != 0;
     if (m_bDisplayClosed || !vellux::isColour(nColor))

@@ -20,7 +20,7 @@ void waitUntilFinished(const vellux::WorkerThreadRef& thread) {
     while (!thread->isFinished());
 }
 
-// A light that refused goes on as before; without a light, the lamp shows what one would do.
+// A light that refused stays as it was; without a light, the lamp shows what one would do.
 bool isRefused(VelluxResult result) {
     return result != kIOReturnSuccess && result != kIOReturnNoDevice;
 }
@@ -37,8 +37,8 @@ void VelluxWindowUi::setFlashing(Flasher flasher, bool bFlashing) {
     });
 }
 
-// One worker's life. Period and colour are read anew at each step; the stop flag only after the colour half,
-// so a worker leaves with the colour shown. It begins with the dark half. (kept-on-purpose:worker-ends-lit)
+// The body of a worker. Period and colour are read at every step, the stop flag only after the lit half, so a
+// worker ends with the colour shown. It begins with the dark half. (kept-on-purpose:worker-ends-lit)
 void VelluxWindowUi::flash(Flasher worker, const std::atomic<bool>& bQuit,
                            const std::atomic<float>& flInterval, const std::atomic<std::int64_t>& nColor) {
     vellux::Clock& clock = vellux::platform().clock;
@@ -102,9 +102,9 @@ void VelluxWindowUi::startManualFlashing() {
     threadForManualFlash->start();
 }
 
-// Replaces the sync worker, whose stop has been asked for. Under the gate the request is repeated, since the
-// other side may have started a new worker in between, and so is the question, since it may have left the
-// call.
+// Replaces the sync worker, which has been asked to stop. Under the gate the request is repeated, since the
+// other thread may have started a new worker in between; and whether to flash is checked again, since the
+// call may have ended.
 void VelluxWindowUi::restartSyncFlashing() {
     const vellux::ScopedLock gate(m_syncFlashGate);
     bQuitSyncFlashing = true;

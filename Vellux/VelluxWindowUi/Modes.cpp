@@ -43,7 +43,8 @@ void VelluxWindowUi::setManualMode(Button&) {
     controls.buttonConnect->setEnabled(false);
 
     VelluxHttp::sharedVelluxHttp().abortEventChannelConnection();
-    // Asked again by a light that arrives in manual mode. (kept-on-purpose:reconnection-forgotten)
+    // A light that arrives in manual mode gets here, too, with nothing connected any more.
+    // (kept-on-purpose:reconnection-forgotten)
     bToConnect = vellux::isConnected(*controls.buttonConnect);
     controls.buttonConnect->setTitle(vellux::kTitleConnect);
     controls.textFieldLyncStatus->setText("");

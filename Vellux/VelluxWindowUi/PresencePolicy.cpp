@@ -61,8 +61,8 @@ void VelluxWindowUi::showPresence(const PresenceReading& reading) {
     }
     stopSyncFlashing();
     updateVelluxStatus(reading.strStatus);
-    // The presence's colour first, then off. (kept-on-purpose:off-after-colour) Asked again: the user may
-    // have chosen otherwise while the worker ended.
+    // The presence's colour first, then off. (kept-on-purpose:off-after-colour) Both are read again: the user
+    // may have changed them while the worker ended.
     if (reading.bOnCall && hasNoCallColour() && isFlashOnCall())
         displayVelluxColor(vellux::kColourOff);
 }

@@ -102,8 +102,8 @@ void VelluxWindowUi::restoreSettings() {
         processLyncServerConnectionRequest();
 }
 
-// Stored as typed, without escaping: a ";" in one of them gives a fourth part, and reading back fails without
-// a word. (kept-on-purpose:no-escaping)
+// Stored as typed, without escaping: a ";" in one of them makes a fourth part, and reading back fails
+// silently. (kept-on-purpose:no-escaping)
 void VelluxWindowUi::writeSettings(const std::string& strServer, const std::string& strUser,
                                    const std::string& strSecret) const {
     const std::string strText = strServer + kSeparator + strUser + kSeparator + strSecret;
@@ -115,7 +115,7 @@ void VelluxWindowUi::writeSettings(const std::string& strServer, const std::stri
         vellux::writeFile(strConfigFile, *strEncoded, vellux::FileAccess::OwnerOnly);
 }
 
-// Takes the credentials from the file; false, and all three "", unless it holds exactly three parts.
+// Reads the credentials from the file; false, and all three "", unless it holds exactly three parts.
 bool VelluxWindowUi::readSettings() {
     std::vector<std::string> parts;
     if (const auto strEncoded = vellux::readTextFile(strConfigFile)) {

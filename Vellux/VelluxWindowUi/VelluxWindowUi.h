@@ -10,9 +10,9 @@
 //   Connection.cpp       Connect and Disconnect, the status monitor
 //   Settings.cpp         the two files: uistate.txt and configv31.bin
 //
-// Operations run on the main thread unless their comment says otherwise. Nobody above the driver looks at its
-// result codes. Fields that several threads touch are atomic or Shared; plain ones are guarded by the
-// main thread's role.
+// Operations run on the main thread unless their comment says otherwise. Above the driver its result codes
+// are ignored. Fields that several threads touch are atomic or Shared; plain ones are guarded by the main
+// thread's role.
 #pragma once
 
 #include "model/Colour.h"
@@ -43,8 +43,7 @@ struct FlashSpeed;
 
 class VelluxWindowUi : public vellux::Listener {
 public:
-    /// The one instance. Any thread. Its fourteen controls exist from the start, as the window design has
-    /// them.
+    /// The one instance. Any thread. Its fourteen controls exist from the start, in their initial state.
     static VelluxWindowUi& sharedVelluxWindowUi();
     VelluxWindowUi(const VelluxWindowUi&) = delete;
     VelluxWindowUi& operator=(const VelluxWindowUi&) = delete;
@@ -55,8 +54,8 @@ public:
     template <typename T> using Ref = std::shared_ptr<T>;
 
     // ---- Controls.cpp ----
-    // Getters on any thread. Setters are for whoever builds the window, before initConfig; never null. None
-    // of our windows uses them. (kept-on-purpose:control-setters)
+    // Getters on any thread. Setters are for whoever builds the window, before initConfig; never null. Our
+    // windows don't use them. (kept-on-purpose:control-setters)
 
     Ref<Button> buttonSelectSyncMode() const { return controls.buttonSelectSyncMode; }
     Ref<TextField> textFieldLyncServerName() const { return controls.textFieldLyncServerName; }
@@ -108,7 +107,8 @@ public:
 
     // ---- Controls.cpp: start-up, window actions ----
 
-    /// Start-up: lists, defaults, placeholders, both files; connects by itself when the files say so.
+    /// Start-up: fills the lists, sets defaults and placeholders, and reads both files; connects if they say
+    /// so.
     void initConfig();
 
     /// Opens a new About window, above ordinary windows.
@@ -122,27 +122,28 @@ public:
 
     // ---- Devices.cpp ----
 
-    /// A light arrived: lists the lights anew, shows the colour asked for last, re-applies the mode and
+    /// A light arrived: lists the lights again, shows the colour asked for last, re-applies the mode and
     /// refills the colour lists. May wait for a flashing worker's cycle.
     void devicePlugged() override;
-    /// A light left: lists the lights anew and asks both flashing workers to stop; waits for nothing.
+    /// A light left: lists the lights again and asks both flashing workers to stop; waits for nothing.
     void deviceUnplugged() override;
 
     // ---- Display.cpp ----
 
     /// Records a colour index (see model/Colour.h) and shows it on the first light. Returns the driver's
-    /// result code; 0 where there is nothing to send. Any thread; under the display lock, so it may wait for
-    /// another colour's reports.
+    /// result code; 0 when there is nothing to send. Any thread; takes the display lock. Blocks for its own
+    /// reports and for another thread's: 10 to 40 ms each time, but seconds with a light that refuses or
+    /// hangs (see VelluxControl.h).
     std::int32_t displayVelluxColor(std::int32_t nColor);
-    /// Shows off, and no colour ever after, whoever asks; colour requests are still recorded.
+    /// Switches the light off; no colour is shown afterwards. Requests are still recorded.
     void switchOffForGood();
 
     // ---- Modes.cpp ----
 
-    /// Enters manual mode: leaves the connection, remembering to take it up again, waits for the sync worker
-    /// and shows the manual colour.
+    /// Enters manual mode: disconnects, remembering to reconnect later, waits for the sync worker and shows
+    /// the manual colour.
     void setManualMode(Button& sender);
-    /// Enters sync mode: waits for the manual worker and takes up a connection left for manual mode. The
+    /// Enters sync mode: waits for the manual worker, and reconnects if manual mode had disconnected. The
     /// light keeps its colour until the next presence.
     void setSyncMode(Button& sender);
 
@@ -155,7 +156,7 @@ public:
     /// Stores the chosen speed and, while the user is on a call and flash-on-call is checked, flashes at it.
     /// Main thread, and the status monitor's by way of the presence policy.
     void onSyncModeFlashSpeedListSelection(ComboBox& sender);
-    /// Enables or disables the two sync lists and shows the presence anew. May wait for the sync worker.
+    /// Enables or disables the two sync lists and shows the presence again. May wait for the sync worker.
     void onFlashOnCallCheckedChanged(Button& sender);
 
     // Remembered positions of the four lists. Any thread.
@@ -168,22 +169,22 @@ public:
     // Lights of type 1 and 2 can't flash by themselves: a worker alternates off and the colour. At most one
     // manual and one sync worker run.
 
-    /// Bodies of the workers; each ends with the colour shown, up to two half periods after its stop request.
+    /// Bodies of the workers; each ends with the colour shown, up to two half periods (1.5 s) after its stop
+    /// request.
     void manualFlashingThreadMainMethod();
     void syncFlashingThreadMainMethod();
-    /// Ask a worker to stop, and a V30 light to flash no more; don't wait.
+    /// Ask a worker, and a V30 light, to stop flashing; don't wait.
     void quitManualFlashingThread();
     void quitSyncFlashingThread();
     /// Wait until a running worker has ended; no time-out.
     void waitForManualFlashingThreadToExit();
     void waitForSyncFlashingThreadToExit();
-    /// First step of ending: from now on no sync flashing worker is started, so that a status monitor still
+    /// First step of shutdown: from now on no sync flashing worker is started, so that a status monitor still
     /// at work can't start one that nobody stops. Waits for the end of a worker being replaced.
     void beginShutdown();
 
     // ---- PresencePolicy.cpp ----
-    // On the thread of whoever brings the presence: main, or the status monitor. May wait for the sync
-    // worker.
+    // On the thread that brings the presence: main, or the status monitor's. May wait for the sync worker.
 
     /// In sync mode, shows what a presence token means, or flashes on a call, and puts the token, as the
     /// server spelled it, into the status line. An absent token means off and an empty line.
@@ -315,10 +316,9 @@ private:
     vellux::RecursiveMutex m_displayLock;
     bool m_bDisplayClosed VELLUX_GUARDED_BY(m_displayLock) = false;
 
-    // Makes each stop, wait, create, clear, start sequence of the sync worker whole: main and the status
-    // monitor both reach it, and without the gate one could wait forever for a worker whose stop flag the
-    // other has just cleared. Its holder waits for nothing but the worker's end, and takes innermost locks
-    // only.
+    // Makes each stop, wait, create, clear, start sequence of the sync worker atomic: main and the status
+    // monitor both run it, and without the gate one could wait forever for a worker whose stop flag the other
+    // has just cleared. Its holder waits only for the worker's end, and takes innermost locks only.
     vellux::Mutex m_syncFlashGate;
     bool m_bTerminating VELLUX_GUARDED_BY(m_syncFlashGate) = false;
 };
