@@ -15,8 +15,7 @@ struct Colour {
     bool bForCodes;       ///< whether lights that take a colour code have it; all others have every colour
 };
 
-/// By colour index, which is what the whole program above the driver calls a colour: a position in the colour
-/// lists.
+/// By colour index. Above the driver a colour is its index: a position in the colour lists.
 inline constexpr Colour kColours[] = {
     {"Red", 0xe0342b, true},    {"Green", 0x3fb950, true},   {"Yellow", 0xffd335, true},
     {"Purple", 0x9a45cf, true}, {"Cyan", 0x2cc5d8, true},    {"Blue", 0x2d67e0, true},
@@ -35,9 +34,9 @@ constexpr bool isColour(std::int32_t nColor) {
     return nColor >= 0 && nColor < kColourCount;
 }
 
-/// Whether a light of the family has the colour; false also for what is no colour, and without a family. The
-/// list of lights without orange is one entry shorter, and its "None" has the index of orange: there it is no
-/// switch, and these lights go on showing what they showed. (kept-on-purpose:none-without-orange)
+/// Whether lights of the family have the colour; false for an index out of range, and without a family. The
+/// list for lights without orange is one entry shorter, so that its "None" has the index of orange: it
+/// doesn't switch these lights off, they keep showing what they showed. (kept-on-purpose:none-without-orange)
 constexpr bool canShow(std::int32_t nColor, LightFamily family) {
     if (!isColour(nColor) || family == LightFamily::None)
         return false;

@@ -1,5 +1,5 @@
-// The titles of the Connect button. What a press does is decided by the title, so they are a state as much as
-// a text. (kept-on-purpose:title-decides)
+// The titles of the Connect button. The title decides what a press does, so it is state as well as text.
+// (kept-on-purpose:title-decides)
 #pragma once
 
 #include "model/Controls.h"

@@ -27,8 +27,8 @@ public:
     bool isEnabled() const { return m_bEnabled.get(); }
     void setEnabled(bool bEnabled);
 
-    /// Tells of every write, on the writing thread, with no lock held, after the new value can be read. Any
-    /// thread; what the observer refers to lives until every worker thread has ended.
+    /// Calls the observer after every write, when the new value can be read, on the writing thread and with
+    /// no lock held. Any thread. What the observer refers to must live until every worker thread has ended.
     [[nodiscard]] Observation observe(Observer observer) { return m_observers.add(std::move(observer)); }
 
 protected:
@@ -49,11 +49,11 @@ public:
     static constexpr std::int64_t kOn = 1;
     static constexpr std::int64_t kMixed = -1;
 
-    /// kOn, kOff or kMixed; kOn and kOff for a push button mean nothing.
+    /// kOn, kOff or kMixed; without meaning for a push button.
     std::int64_t state() const { return m_nState.get(); }
     void setState(std::int64_t nState);
 
-    /// What is written on it.
+    /// Its text.
     std::string title() const { return m_strTitle.get(); }
     void setTitle(std::string strTitle);
 
@@ -72,10 +72,10 @@ struct Placeholder {
     bool operator==(const Placeholder&) const = default;
 };
 
-/// A line of text: an input (masked or not, which is the view's business) or a status line.
+/// A line of text: an input (whether it is masked is up to the view) or a status line.
 class TextField : public Control {
 public:
-    /// What stands in it; "" when nothing does.
+    /// Its text; "" when it is empty.
     std::string text() const { return m_strText.get(); }
     void setText(std::string strText);
 

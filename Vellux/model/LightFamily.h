@@ -1,4 +1,4 @@
-// The families of lights, by the reports that they understand.
+// The families of lights, by the reports that they take.
 #pragma once
 
 #include <cstdint>

@@ -17,7 +17,7 @@ struct LampState {
     bool operator==(const LampState&) const = default;
 };
 
-/// The first light, as far as a user has to know it.
+/// What a user needs to know about the first light.
 struct LightState {
     enum class Access {
         NoLight,      ///< none found
@@ -38,7 +38,7 @@ struct LightState {
 enum class ChannelState {
     Closed, ///< never opened, or closed by us
     Open,
-    Ended, ///< over, though we did not close it
+    Ended, ///< ended without our closing it
 };
 
 } // namespace vellux

@@ -39,14 +39,14 @@ public:
     virtual void setLevel(WindowLevel level) VELLUX_REQUIRES(mainThreadRole) = 0;
 };
 
-/// What a window loaded by its description's name tells. Main thread only.
+/// Callbacks of a window loaded by its description's name. Main thread only.
 class WindowController {
 public:
     virtual ~WindowController() = default;
 
-    /// The window's contents are there.
+    /// The window's contents have been loaded.
     virtual void windowDidLoad() = 0;
-    /// The user wants to close it; whether it may be.
+    /// The user wants to close it; returns whether it may close.
     virtual bool windowShouldClose(const void* sender) = 0;
 };
 

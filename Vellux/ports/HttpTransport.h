@@ -15,21 +15,20 @@ namespace vellux {
 
 using HttpHeaderFields = std::vector<std::pair<std::string, std::string>>;
 
-/// One request. The header fields go out in this order, each once, after Host and with nothing of the
-/// transport's own invention among them.
+/// One request. The header fields go out in this order, each once, after Host; the transport puts none of its
+/// own between them.
 struct HttpRequest {
     std::string strMethod = "GET";
     std::string strUrl;
     HttpHeaderFields headerFields;
     /// Absent for a request without a body; an empty body is a body.
     std::optional<std::string> body;
-    /// For a synchronous request what it may take in all, name look-up, connecting and handshake included.
-    /// For an asynchronous one how long nothing may arrive: each piece of the answer, also of its head,
-    /// starts it again.
+    /// For a synchronous request the total time, including name look-up, connecting and handshake. For an
+    /// asynchronous one the longest silence: each piece of the answer, headers included, restarts it.
     std::chrono::milliseconds timeout{30'000};
-    /// Where the credential in this request belongs: the URL that issued the Authorization value, or that the
-    /// password was typed for. Such a request goes by https to the host and port of that URL, or fails before
-    /// a byte of it has left; so does one with an Authorization field but without this.
+    /// The URL that this request's credential belongs to: the one that issued the Authorization value, or
+    /// that the password was typed for. The request is sent only by https to that URL's host and port, and
+    /// otherwise fails before any byte is sent; so does one with an Authorization field but without this.
     std::optional<std::string> strCredentialOrigin{};
 };
 
@@ -38,15 +37,15 @@ struct HttpError {
     std::string strDescription;
 };
 
-/// What came of a synchronous exchange. The status code is not there: nobody looks at it.
+/// The result of a synchronous exchange. It has no status code: nothing reads it.
 /// (kept-on-purpose:status-codes)
 struct HttpResponse {
-    /// Absent when no answer came at all; empty for an answer without content (a 204, an empty 200).
+    /// Absent when there was no answer at all; empty for an answer without content (a 204, an empty 200).
     std::optional<std::string> body;
-    /// Absent when the exchange went through. A broken transfer gives the bytes so far and the error.
+    /// Absent on success. A broken transfer has both the bytes so far and the error.
     std::optional<HttpError> error;
 
-    /// A body came back and nothing went wrong.
+    /// Whether there is a body and no error.
     bool succeeded() const { return body.has_value() && !error.has_value(); }
 };
 
@@ -57,7 +56,7 @@ class HttpConnectionDelegate {
 public:
     virtual ~HttpConnectionDelegate() = default;
     virtual void connectionDidReceiveResponse(HttpConnection& connection) VELLUX_REQUIRES(mainThreadRole) = 0;
-    /// Pieces that belong together come together: the whole body, or what came before 100 ms of silence.
+    /// The data that belongs together: the whole body, or what arrived before 100 ms of silence.
     virtual void connectionDidReceiveData(HttpConnection& connection, std::string_view data)
         VELLUX_REQUIRES(mainThreadRole) = 0;
     /// Last callback of a request whose answer is complete.
@@ -67,8 +66,8 @@ public:
         VELLUX_REQUIRES(mainThreadRole) = 0;
 };
 
-/// An asynchronous request. Main thread only. It lives on by itself until it is over: dropping the
-/// reference does not cancel it.
+/// An asynchronous request. Main thread only. It keeps itself alive until it is over: dropping the reference
+/// does not cancel it.
 class HttpConnection {
 public:
     HttpConnection() = default;
@@ -86,10 +85,10 @@ class HttpTransport {
 public:
     virtual ~HttpTransport() = default;
 
-    /// Performs one exchange. Any thread, with no lock held; blocks until it is over, request.timeout at
-    /// most. A text that forms no URL, user information or no host in it, a header value with a line break, a
-    /// credential that would leave its origin, a body over 16 MiB: an error. Redirects are followed, but a
-    /// request with a body or a credential is not sent to another scheme, host or port.
+    /// Performs one exchange. Any thread, with no lock held; blocks until it is over, for up to
+    /// request.timeout. Errors include a URL that is malformed, has no host or has user information; a header
+    /// field with a line break; a credential that would leave its origin; and a body over 16 MiB. Redirects
+    /// are followed, but a request with a body or a credential is not sent to another scheme, host or port.
     virtual HttpResponse sendSynchronousRequest(const HttpRequest& request) = 0;
 
     /// Creates an asynchronous request whose callbacks go to `delegate`, which must outlive it. Main thread.

@@ -1,4 +1,4 @@
-// Whom the light driver and the presence client report to.
+// What the light driver and the presence client report to.
 #pragma once
 
 #include "threads/MainThread.h"
@@ -8,7 +8,7 @@
 
 namespace vellux {
 
-/// Implemented by the controller, so that the modules below it need not know it.
+/// Implemented by the controller, so that the modules below it don't depend on it.
 class Listener {
 public:
     virtual ~Listener() = default;

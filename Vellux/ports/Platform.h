@@ -10,8 +10,8 @@
 
 namespace vellux {
 
-/// References to all ports, and to the one that the modules below the controller report to. Whoever installs
-/// it owns what it refers to, and keeps that alive until every worker thread has ended.
+/// References to all ports, and to the listener that the driver and the client report to. Whoever installs it
+/// keeps what it refers to alive until every worker thread has ended.
 struct Platform {
     HidManager& hidManager;
     HttpTransport& httpTransport;

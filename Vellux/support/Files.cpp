@@ -32,8 +32,8 @@ template <typename Call> bool succeeds(Call call) {
     return true;
 }
 
-// A regular file, open for as long as the object lives. Nothing else is opened for good: a pipe or a device
-// could block, or swallow the text. Each operation says whether it succeeded.
+// A regular file, open while the object lives. Anything else counts as not open: a pipe or a device could
+// block, or swallow the text. Each operation returns whether it succeeded.
 class File {
 public:
     File(const std::string& strPath, int nAccess)
@@ -100,15 +100,14 @@ private:
     bool m_bRegular = false;
 };
 
-// Takes group and others their access; the owner's own stays as it is, so that a file made read-only stays
-// so.
+// Removes access for group and others; the owner's stays, so that a read-only file stays read-only.
 void tighten(const std::string& strPath) {
     struct stat status {};
     if (::stat(strPath.c_str(), &status) == 0 && S_ISREG(status.st_mode) && (status.st_mode & kOthers) != 0)
         ::chmod(strPath.c_str(), status.st_mode & ~kOthers);
 }
 
-// Where modes can't be changed the user's own file is as private as that file system lets it be.
+// Where modes can't be changed, the user's own file is as private as the file system allows.
 bool isPrivate(const struct stat& status) {
     return (status.st_mode & kOthers) == 0 || status.st_uid == ::geteuid();
 }
@@ -155,7 +154,7 @@ void writeFile(const std::string& strPath, std::string_view strText, FileAccess 
         return;
     if (file.write(strText) && file.cut(static_cast<off_t>(strText.size())))
         return;
-    file.write(strBefore); // into room that it has already
+    file.write(strBefore); // into space that it already has
     file.cut(file.status().st_size);
 } catch (const std::bad_alloc&) {
 }

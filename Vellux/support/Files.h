@@ -1,5 +1,5 @@
-// Small files, read and written whole. Failures are values or nothing at all; nothing throws. Whatever stands
-// at a path, nothing waits for it: what is no regular file is neither read nor written.
+// Small files, read and written whole. Failures are values or nothing at all; nothing throws. Only regular
+// files are read or written, so that nothing blocks on a pipe or a device.
 #pragma once
 
 #include <optional>
@@ -13,16 +13,15 @@ enum class FileAccess {
     OwnerOnly, ///< created 0600; group and others lose what access a file gives them
 };
 
-/// Creates the directory with its parents, for its owner alone (0700), unless it is there. Failure is
-/// ignored.
+/// Creates the directory with its parents, for its owner alone (0700), unless it exists. Failure is ignored.
 void createPrivateDirectory(const std::string& strPath);
 
-/// Creates an empty file unless there is something at the path. With OwnerOnly, a looser file that is there
-/// is tightened. Failure is ignored.
+/// Creates an empty file unless something exists at the path. With OwnerOnly, an existing file loses access
+/// for group and others. Failure is ignored.
 void createFileIfMissing(const std::string& strPath, FileAccess access);
 
-/// The whole of a regular file as UTF-8 text; absent when it can't be read, is no UTF-8, or is larger than
-/// 1 MiB, which no file of ours comes near.
+/// The whole of a regular file as UTF-8 text; absent when it can't be read, isn't UTF-8, or is larger than 1
+/// MiB, far more than our files are.
 std::optional<std::string> readTextFile(const std::string& strPath);
 
 /// Overwrites the file in place, creating it if need be (kept-on-purpose:written-in-place). Where there is no

@@ -87,7 +87,7 @@ bool CallQueue::runNext(std::uint64_t nLast) {
 
 bool CallQueue::runPending() {
     const auto end = std::chrono::steady_clock::now() + kLongestTurn;
-    std::uint64_t nLast = 0; // a number and not a count: loops inside the calls take calls off, too
+    std::uint64_t nLast = 0; // a sequence number, since loops inside calls take calls off, too
     {
         ScopedLock lock(m_mutex);
         nLast = m_nTaken + m_calls.size();

@@ -16,10 +16,10 @@ namespace vellux {
 /// First in, first out. The thread that constructs the queue is the main thread.
 class CallQueue : public MainThread {
 public:
-    /// `wake` is called with no lock held, after each call that was queued on the posting thread, and on the
-    /// main thread before a call that leaves others waiting; a toolkit's loop answers it with runPending().
-    /// It may come as late as the last thread that posts ends, also after close(): what it refers to lives
-    /// until then. Without one, run() is the loop.
+    /// `wake` asks a toolkit's loop to call runPending(). It is called with no lock held: on the posting
+    /// thread after each call it queues, and on the main thread before a call that leaves others waiting. It
+    /// may be called until the last posting thread has exited, even after close(); captured references must
+    /// outlive those threads. Without it, run() is the loop.
     explicit CallQueue(std::function<void()> wake = {});
     ~CallQueue() override;
 
@@ -27,10 +27,10 @@ public:
     void post(std::function<void()> call) override;
     bool runAndWait(std::function<void()> call) override;
 
-    /// Main thread: one turn. Runs the calls that are queued now, and of these as many as begin within 50 ms,
-    /// but one at least; does not block. Then the toolkit has its turn: calls that queue calls never keep it
-    /// out, and what is left has woken it again. A loop inside a call, such as an open alert's, takes turns
-    /// of its own and goes on with the next call in order. True when calls are left.
+    /// Main thread: one turn. Runs those of the calls queued so far that can start within 50 ms, but at least
+    /// one; does not block. Then it is the toolkit's turn, so that calls that queue calls never starve it;
+    /// for calls that are left it has been woken again. A loop inside a call, such as an open alert's, takes
+    /// turns of its own and continues with the next call in order. True when calls are left.
     bool runPending();
     /// Main thread: runs calls as they come, until close().
     void run();

@@ -7,10 +7,10 @@
 
 namespace vellux {
 
-/// The main thread as a role that clang's thread-safety analysis knows. Nobody locks it: assertMainThread()
-/// holds it for the rest of a function, and what only the main thread may touch or call is guarded by it or
-/// requires it. A call through std::function is not followed, so what is posted to the main thread asserts
-/// it.
+/// The main thread as a role that clang's thread-safety analysis knows. It is never locked:
+/// assertMainThread() holds it for the rest of a function, and what only the main thread may touch or call is
+/// guarded by it or requires it. The analysis doesn't follow calls through std::function, so what is posted
+/// to the main thread asserts it.
 class VELLUX_CAPABILITY("role") MainThreadRole {};
 inline constexpr MainThreadRole mainThreadRole;
 
@@ -28,12 +28,12 @@ public:
 
     /// Runs a call on the main thread and waits until it has returned; at once when the caller is the main
     /// thread. Any thread, with no lock held. Blocks for as long as the main thread is busy. After the loop
-    /// has been closed it returns at once, so that quitting never hangs a waiter; the call may then be still
-    /// running or never run, so it owns what it captures. Whether the call has run to its end.
+    /// has been closed it returns at once, so that quitting never hangs a waiter; the call may then still be
+    /// running or never run, so it must own what it captures. Returns whether the call ran to its end.
     virtual bool runAndWait(std::function<void()> call) = 0;
 };
 
-/// Ends the program when the calling thread is not the main thread: a fault of ours, never of the input.
+/// Ends the program when the calling thread is not the main thread: a bug, never caused by input.
 void assertMainThread(const MainThread& mainThread) VELLUX_ASSERT_CAPABILITY(mainThreadRole);
 
 } // namespace vellux

@@ -1,4 +1,4 @@
-// A value that somebody wants to see change.
+// A value whose changes can be observed.
 #pragma once
 
 #include "threads/Observers.h"
@@ -8,7 +8,7 @@
 
 namespace vellux {
 
-/// One value whose changes are told. Any thread reads and writes.
+/// One value that reports its changes. Any thread reads and writes.
 template <typename T> class Observable {
 public:
     using Observer = Observers<>::Observer;
@@ -17,7 +17,7 @@ public:
     void set(T value) {
         update([&value](T& current) { current = std::move(value); });
     }
-    /// Changes the value in place; `change` is short and locks nothing.
+    /// Changes the value in place; `change` must be short and lock nothing.
     template <typename Change> void update(Change change) {
         bool bChanged = false;
         m_value.update([&](T& current) {
@@ -29,9 +29,9 @@ public:
             m_observers.notify();
     }
 
-    /// Tells of every change, on the thread that made it, with no lock held, after the new value can be read;
-    /// a write of the same value is no change. Any thread; what the observer refers to lives until every
-    /// worker thread has ended.
+    /// Calls the observer after every change, when the new value can be read, on the thread that made it and
+    /// with no lock held; writing an equal value is no change. Any thread. What the observer refers to must
+    /// live until every worker thread has ended.
     [[nodiscard]] Observation observe(Observer observer) { return m_observers.add(std::move(observer)); }
 
 private:

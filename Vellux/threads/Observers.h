@@ -1,4 +1,4 @@
-// Those who want to be told of something.
+// Observers, and the notifications that they get.
 #pragma once
 
 #include "threads/Shared.h"
@@ -11,17 +11,17 @@
 
 namespace vellux {
 
-/// What keeps an observer observing; none of its owner's business what is behind it.
+/// Subscription handle; destroying it unsubscribes.
 using Observation = std::shared_ptr<const void>;
 
-/// Any thread observes, stops observing and notifies.
+/// Any thread may subscribe, unsubscribe and notify.
 template <typename... Arguments> class Observers {
 public:
     using Observer = std::function<void(Arguments...)>;
 
-    /// Calls the observer at each notice, on the thread of whoever notifies and with no lock held, for as
-    /// long as the observation lives. A notice under way on another thread may still come after that: what
-    /// the observer refers to lives until all threads that notify have ended.
+    /// Calls the observer on each notification, on the notifying thread and with no lock held, as long as the
+    /// observation lives. A notification that is under way on another thread may still arrive after that, so
+    /// what the observer refers to must live until all notifying threads have ended.
     [[nodiscard]] Observation add(Observer observer) {
         auto entry = std::make_shared<const Observer>(std::move(observer));
         m_entries.update([&entry](Entries& entries) {
@@ -31,7 +31,7 @@ public:
         return entry;
     }
 
-    /// Tells all observers, in the order in which they were added.
+    /// Calls all observers, in the order in which they were added.
     void notify(Arguments... arguments) const {
         for (const auto& each : m_entries.get())
             if (const auto observer = each.lock())

@@ -28,13 +28,14 @@ public:
         std::swap(m_value, value);
     }
 
-    /// What `read` makes of the value in place; it is short, locks nothing and keeps no reference.
+    /// Returns what `read` returns for the value in place; it must be short, lock nothing and keep no
+    /// reference.
     template <typename Read> auto with(Read read) const {
         ScopedLock lock(m_mutex);
         return read(m_value);
     }
 
-    /// Changes the value in place; `change` is short and locks nothing.
+    /// Changes the value in place; `change` must be short and lock nothing.
     template <typename Change> void update(Change change) {
         ScopedLock lock(m_mutex);
         change(m_value);

@@ -44,7 +44,7 @@ void WorkerThread::start() {
                                      state->progress = Progress::Finished;
                                  }));
     } catch (const std::system_error&) {
-        std::fputs("vellux: no thread can be made\n", stderr);
+        std::fputs("vellux: can't create a thread\n", stderr);
         m_state->body = nullptr;
         m_state->progress = Progress::Finished;
     }

@@ -18,8 +18,8 @@ public:
     WorkerThread(std::function<void()> body, double dPriority);
 
     double priority() const { return m_dPriority; }
-    /// Starts the thread and returns at once; once per handle. When the platform can't make a thread, it
-    /// says so on standard error, and the handle is finished without its body having run.
+    /// Starts the thread and returns at once; once per handle. When the platform can't create a thread, this
+    /// is reported on standard error, and the handle is finished without its body having run.
     void start();
 
     /// Started and not yet finished. Any thread.
