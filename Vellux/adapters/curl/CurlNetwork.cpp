@@ -25,13 +25,13 @@ CurlNetwork::CurlNetwork(CurlTransportOptions options) : m_options(std::move(opt
 
 CurlNetwork::~CurlNetwork() = default;
 
-// Under the lock, once. Whatever can't be made now is tried again with the next transfer.
+// Under the lock, until it has succeeded. What can't be created now is tried again with the next transfer.
 bool CurlNetwork::makeThread() {
     if (curl_global_init(CURL_GLOBAL_DEFAULT) != CURLE_OK) // again does nothing
         return false;
     m_share.reset(makeShare());
     m_multi.reset(curl_multi_init());
-    // Without a descriptor left curl makes a handle all the same, but nothing would wake its poll up.
+    // Without a free descriptor curl still creates a handle, but nothing could wake its poll.
     if (m_share == nullptr || m_multi == nullptr || curl_multi_wakeup(m_multi.get()) != CURLM_OK)
         return false;
     try {
@@ -42,7 +42,7 @@ bool CurlNetwork::makeThread() {
     return true;
 }
 
-// Under the lock, and never once closed: the multi handle, if made, is there.
+// Under the lock, and not after close(): the multi handle still exists if it was created.
 void CurlNetwork::wakeUp() {
     if (m_multi != nullptr)
         curl_multi_wakeup(m_multi.get());
@@ -96,9 +96,9 @@ void CurlNetwork::run() {
         finishDone();
         const int nTimeout = watchSilence();
         if (curl_multi_poll(m_multi.get(), nullptr, 0, nTimeout, nullptr) != CURLM_OK)
-            std::this_thread::sleep_for(kBreath); // no memory to wait with: not in a circle, then
+            std::this_thread::sleep_for(kBreath); // out of memory: don't spin
     }
-    // Closed: takePending has begun what was still to be started, so that everything ends here.
+    // Closed: takePending has begun what was waiting to be started, so that everything ends here.
     while (!m_running.empty()) {
         const std::shared_ptr<CurlTransfer> transfer = m_running.back();
         drop(transfer);
@@ -149,7 +149,7 @@ void CurlNetwork::finishDone() {
             continue;
         const std::shared_ptr<CurlTransfer> transfer = *found;
         transfer->tellIfUnconnected(code, m_options);
-        drop(transfer); // its connection is free for whatever the end sets off
+        drop(transfer); // first, so that its connection is free for requests that the end sets off
         transfer->end(code);
     }
 }
@@ -161,15 +161,15 @@ void CurlNetwork::drop(const std::shared_ptr<CurlTransfer>& transfer) {
     transfer->release();
 }
 
-// Hands on what is due, and ends what has been silent for too long; returns the milliseconds until something
-// will be.
+// Delivers gathered bytes that are due, and ends transfers that have been silent for too long. Returns the
+// milliseconds until the next of either is due.
 int CurlNetwork::watchSilence() {
     const auto now = CurlTransfer::Clock::now();
     auto next = now + kNoHurry;
     Transfers silent;
     for (const auto& transfer : m_running) {
         if (transfer->silenceDue() <= now)
-            silent.push_back(transfer); // its end hands on what is left
+            silent.push_back(transfer); // its end delivers what is left
         else if (transfer->gatheredDue() <= now)
             transfer->flush();
         next = std::min({next, transfer->silenceDue(), transfer->gatheredDue()});

@@ -14,9 +14,9 @@
 
 namespace vellux {
 
-/// Runs transfers. The network thread and all that is curl's come with the first of them. Operations may be
-/// called from any thread; the transfers' callbacks come on the network thread, which blocks on nothing but
-/// its own poll and sleeps while there is nothing to do.
+/// Runs transfers. The first of them creates the network thread and curl's handles. Operations may be called
+/// from any thread; the transfers' callbacks come on the network thread, which blocks on nothing but its own
+/// poll and sleeps while there is nothing to do.
 class CurlNetwork {
 public:
     explicit CurlNetwork(CurlTransportOptions options);
@@ -24,17 +24,17 @@ public:
     CurlNetwork(const CurlNetwork&) = delete;
     CurlNetwork& operator=(const CurlNetwork&) = delete;
 
-    /// Starts a transfer. Else, when the network is closed or nothing is left to make its thread of, says why
-    /// not, and the transfer never ends.
+    /// Starts a transfer. Absent on success; else why it was not started (closed, or no resources for the
+    /// thread), and the transfer calls nobody.
     std::optional<HttpError> start(const std::shared_ptr<CurlTransfer>& transfer);
-    /// Drops a transfer and closes its socket; it never ends.
+    /// Drops a transfer without a callback, and closes its socket.
     void cancel(const std::shared_ptr<CurlTransfer>& transfer);
-    /// Takes no more, ends every transfer that a thread waits for with an error, and drops the others.
+    /// Accepts no more transfers, ends those that a thread waits for with an error, and drops the others.
     /// Returns at once.
     void close();
     bool isClosed();
-    /// Closes, waits for the network thread, whose every callback has returned by then, and closes the pool.
-    /// Not on the network thread. Needed before the last reference goes.
+    /// Closes, waits until the network thread and so every callback has ended, and closes the pool. Not on
+    /// the network thread. Required before the last reference is dropped.
     void stop();
 
 private:

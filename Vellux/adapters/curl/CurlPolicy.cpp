@@ -16,7 +16,7 @@ bool breaksLine(std::string_view strText) {
     return strText.find_first_of(std::string_view("\r\n\0", 3)) != std::string_view::npos;
 }
 
-// curl leaves out slashes that are too many, and takes what follows them for the host.
+// curl skips extra slashes and takes what follows them for the host.
 bool namesNoHost(const std::string& strUrl) {
     const std::size_t nHost = strUrl.find("://") + 3;
     return nHost >= strUrl.size() || std::string_view("/?#").find(strUrl[nHost]) != std::string_view::npos;
@@ -36,8 +36,8 @@ std::optional<std::string> part(CURLU* url, CURLUPart which, unsigned int nFlags
     return strPart;
 }
 
-// Scheme, host and port, as curl itself reads them: no other opinion counts about where it will go. Absent
-// with user information, and for what is no URL.
+// Scheme, host and port as curl itself parses them, since it is curl that connects. Absent for a URL that is
+// malformed or has user information.
 std::optional<std::string> originOf(const std::string& strUrl) {
     const std::unique_ptr<CURLU, FreeUrl> url(curl_url());
     if (url == nullptr || curl_url_set(url.get(), CURLUPART_URL, strUrl.c_str(), 0) != CURLUE_OK)

@@ -8,15 +8,14 @@
 
 namespace vellux {
 
-/// Why the request must not be sent at all; absent when it may. A URL that can't be formed, without a host or
-/// with user information; a header field with a line break or a zero byte in it, which would become another
-/// request than the one that was meant; a credential bound for another place than its own, or one of which
-/// nobody says where it belongs. Any thread.
+/// Why the request must not be sent; absent when it may. Refused are a URL that is malformed, has no host or
+/// has user information; a header field with a line break or NUL, which could smuggle in another field or
+/// request; and a credential that is bound for another origin than its own, or whose origin isn't given. Any
+/// thread.
 std::optional<HttpError> validate(const HttpRequest& request);
 
-/// Whether the request may go to this URL, its own or one that a redirect leads to: anywhere without user
-/// information, but with a body or a credential to the scheme, host and port of its own URL alone. Any
-/// thread.
+/// Whether the request may be sent to this URL, its own or a redirect's: with a body or a credential only to
+/// the scheme, host and port of its own URL, else to any URL without user information. Any thread.
 bool mayGoTo(const HttpRequest& request, const std::string& strUrl);
 
 /// Whether the request has the field. `strName` is in lower case.

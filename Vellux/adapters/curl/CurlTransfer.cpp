@@ -17,9 +17,9 @@ constexpr std::chrono::milliseconds kSilence{100};
 constexpr long kMostRedirects = 20;
 constexpr long kOldestIdleConnection = 60; // seconds; servers and firewalls drop them silently
 constexpr const char* kProtocols = "http,https";
-constexpr const char* kSafeProtocols = "https"; // a password must not be sent again without its cover
+constexpr const char* kSafeProtocols = "https"; // a password must not be sent again in clear
 
-// curl's own way to write a field without a value ends in ";"; "Name:" would mean to leave the field out.
+// For curl "Name;" is a field without a value; "Name:" removes the field.
 std::string fieldLine(const std::string& strName, const std::string& strValue) {
     const bool bBlank = strValue.find_first_not_of(" \t") == std::string::npos;
     return bBlank ? strName + ";" : strName + ": " + strValue;
@@ -61,13 +61,13 @@ CURL* CurlTransfer::prepare(const CurlTransportOptions& options, CURLSH* share) 
     curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 1L);
     curl_easy_setopt(easy, CURLOPT_MAXREDIRS, kMostRedirects);
     curl_easy_setopt(easy, CURLOPT_HTTP_VERSION, CURL_HTTP_VERSION_1_1);
-    // curl counts the whole transfer, or at least what comes before the request goes out; it shares that time
-    // out among the addresses of a host. A poll's silence is for the network to watch.
+    // A request's limit covers the whole transfer; a poll's only the time until the request goes out, which
+    // curl divides among the host's addresses. CurlNetwork::watchSilence watches a poll's silence.
     curl_easy_setopt(easy, m_received ? CURLOPT_CONNECTTIMEOUT_MS : CURLOPT_TIMEOUT_MS,
                      static_cast<long>(m_request.timeout.count()));
     m_lastArrival = Clock::now();
     curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
-    curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L); // a name look-up that hangs doesn't hold the end up
+    curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L); // a name look-up that hangs must not delay the end
     curl_easy_setopt(easy, CURLOPT_MAXAGE_CONN, kOldestIdleConnection);
     curl_easy_setopt(easy, CURLOPT_OPENSOCKETFUNCTION, openSocket);
     curl_easy_setopt(easy, CURLOPT_PREREQFUNCTION, &CurlTransfer::onConnected);
@@ -90,7 +90,7 @@ CURL* CurlTransfer::prepare(const CurlTransportOptions& options, CURLSH* share) 
 
     if (m_request.body) {
         curl_easy_setopt(easy, CURLOPT_POST, 1L);
-        curl_easy_setopt(easy, CURLOPT_POSTFIELDS, m_request.body->c_str()); // not copied; lives as long
+        curl_easy_setopt(easy, CURLOPT_POSTFIELDS, m_request.body->c_str()); // not copied, lives as long
         curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(m_request.body->size()));
     }
     setHeaderFields();
@@ -117,22 +117,22 @@ void CurlTransfer::setHeaderFields() {
         }
     };
     HttpHeaderFields headerFields = m_request.headerFields;
-    // curl writes the length itself, as the last field and with this value. Left to it, the field also
-    // disappears when a redirect turns the request into one without a body.
+    // curl writes this field itself, last and with this value, and drops it when a redirect turns the request
+    // into one without a body.
     if (m_request.body && !headerFields.empty() &&
         headerFields.back() ==
             std::pair<std::string, std::string>("Content-Length", std::to_string(m_request.body->size())))
         headerFields.pop_back();
     for (const auto& [strName, strValue] : headerFields)
         append(fieldLine(strName, strValue));
-    // What curl would add of its own.
+    // Fields that curl would add by itself.
     for (const char* strOwn : {"Accept", "Expect", "Content-Type"})
         if (!hasField(m_request, toLower(strOwn)))
             append(std::string(strOwn) + ":");
     curl_easy_setopt(m_easy.get(), CURLOPT_HTTPHEADER, m_headerFields.get());
 }
 
-// Before each request of the transfer goes out, those that redirects lead to included.
+// Called before each request of the transfer goes out, including redirected ones.
 int CurlTransfer::onConnected(void* self, char*, char*, int, int) {
     const auto& transfer = *static_cast<CurlTransfer*>(self);
     const char* strUrl = nullptr;
@@ -155,7 +155,7 @@ std::size_t CurlTransfer::onBytes(char* bytes, std::size_t nSize, std::size_t nC
     }
     try {
         transfer.m_bytes.append(bytes, nBytes);
-    } catch (const std::bad_alloc&) { // the library that called can't be thrown through
+    } catch (const std::bad_alloc&) { // no exception may cross the library that calls
         return 0;
     }
     transfer.m_nTotal += nBytes;
@@ -188,7 +188,7 @@ void CurlTransfer::end(CURLcode code) {
 void CurlTransfer::finish(std::optional<HttpError> error) {
     flush();
     HttpResponse answer;
-    // An answer without content is an empty body; a failure without content is none.
+    // An answer without content has an empty body; a failure without content has none.
     if (!error || m_nTotal > 0)
         answer.body = std::move(m_bytes);
     answer.error = std::move(error);

@@ -13,7 +13,7 @@
 
 namespace vellux {
 
-/// What differs between the product, which uses the defaults, and programs with a server of their own.
+/// Options for programs with a server of their own; the product uses the defaults, and proxies.
 struct CurlTransportOptions {
     /// Certificate authorities to trust, as PEM text; absent: the system's trust store. Verification is
     /// always on.
@@ -22,21 +22,21 @@ struct CurlTransportOptions {
     bool bUseProxies = true;
     /// The proxy of a URL, "" for none; absent leaves it to the environment. Called for each request, on the
     /// thread that sends it. `bAsk` is set for a request without an Authorization value, which begins a
-    /// sign-in: it may then take a second to look at the settings again. Optional.
+    /// sign-in: the function may then take up to a second to read the settings again. Optional.
     std::function<std::optional<std::string>(const std::string& strUrl, bool bAsk)> proxyOf{};
-    /// Called on the network thread, which it must not hold up, when no connection for a URL could be made:
-    /// the settings may have changed. Optional.
+    /// Called on the network thread, which it must not block, when no connection for a URL could be made: the
+    /// proxy settings may have changed. Optional.
     std::function<void(const std::string& strUrl)> connectionFailed{};
 };
 
-/// One request, the easy handle that performs it, and what has come of it so far. Created anywhere, then used
-/// by the network thread alone, its callbacks included.
+/// One request, the easy handle that performs it, and its result so far. Created on any thread, then used on
+/// the network thread only, callbacks included.
 class CurlTransfer {
 public:
     using Clock = std::chrono::steady_clock;
 
-    /// Called with what came since the last call, once it is clear that nothing belongs to it any more: the
-    /// response is complete, or nothing came for 100 ms. Without one the whole body is given to `ended`.
+    /// Called with the bytes since the last call when the response is complete or nothing has arrived for 100
+    /// ms. Without it the whole body goes to `ended`.
     using Received = std::function<void(std::string bytes)>;
     /// Called once, last. Without a `received`, the answer holds the body.
     using Ended = std::function<void(HttpResponse answer)>;
@@ -51,26 +51,26 @@ public:
     /// Sets the easy handle up; null when curl can't make one.
     CURL* prepare(const CurlTransportOptions& options, CURLSH* share);
     CURL* handle() const { return m_easy.get(); }
-    /// Tells the options of a failure before there was a connection. While the easy handle is there.
+    /// Calls connectionFailed if the transfer failed before there was a connection. Before release().
     void tellIfUnconnected(CURLcode code, const CurlTransportOptions& options) const;
-    /// Frees the easy handle, which is in no multi handle any more. On the network thread: the handle touches
-    /// what all of them share.
+    /// Frees the easy handle, which must have left the multi handle. On the network thread, since it touches
+    /// what the handles share.
     void release();
 
     static constexpr Clock::time_point kNever = Clock::time_point::max();
-    /// When gathered bytes are to be handed on; kNever when there are none.
+    /// When gathered bytes are to be delivered; kNever when there are none.
     Clock::time_point gatheredDue() const;
     /// When the transfer will have been silent for too long; kNever for one whose time counts from its start.
     Clock::time_point silenceDue() const;
-    /// Hands gathered bytes on.
+    /// Delivers gathered bytes.
     void flush();
 
-    /// Ends the transfer, once; its callbacks, and what they hold, are gone afterwards.
+    /// Ends the transfer, once; then releases its callbacks and what they hold.
     void end(CURLcode code);
-    /// Ends the transfer without a call.
+    /// Ends the transfer without a callback.
     void abandon();
     /// Ends the transfer because the network closes: with an error when a thread waits for it, else without a
-    /// call.
+    /// callback.
     void close();
 
 private:

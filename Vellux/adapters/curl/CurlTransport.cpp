@@ -17,7 +17,7 @@ public:
     void finish(HttpResponse answer) {
         const std::lock_guard lock(m_mutex);
         m_answer = std::move(answer);
-        m_finished.notify_one(); // under the lock: the waiter may be gone right after
+        m_finished.notify_one(); // under the lock: the waiter may be destroyed right after it
     }
 
     HttpResponse wait() {
@@ -32,7 +32,7 @@ private:
     std::optional<HttpResponse> m_answer;
 };
 
-// An asynchronous request. Its callbacks are posted to main and hold it until the last of them has run.
+// An asynchronous request. Its callbacks are posted to main and keep it alive until the last of them has run.
 class CurlConnection : public HttpConnection, public std::enable_shared_from_this<CurlConnection> {
 public:
     CurlConnection(MainThread& mainThread, std::shared_ptr<CurlNetwork> network, HttpRequest request,
@@ -79,7 +79,7 @@ private:
         });
     }
 
-    // Any of these may cancel the connection.
+    // Each call of the delegate may cancel the connection.
     bool isOver() VELLUX_REQUIRES(mainThreadRole) { return m_bCancelled || m_network->isClosed(); }
     void respond() VELLUX_REQUIRES(mainThreadRole) {
         if (!isOver() && !std::exchange(m_bResponded, true))
@@ -91,7 +91,7 @@ private:
             m_delegate.connectionDidReceiveData(*this, bytes);
     }
     void finish(const HttpResponse& answer) VELLUX_REQUIRES(mainThreadRole) {
-        m_transfer = nullptr; // and with it the circle that kept this connection alive
+        m_transfer = nullptr; // ends the cycle that kept this connection alive
         if (!answer.error)
             respond();
         if (isOver())

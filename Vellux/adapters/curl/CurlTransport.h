@@ -9,14 +9,14 @@
 
 namespace vellux {
 
-/// Any thread may send; callbacks of asynchronous requests go to the main thread. All requests ride on the
-/// connections of one pool, whichever thread asks.
+/// Any thread may send; callbacks of asynchronous requests go to the main thread. All requests share one pool
+/// of connections, whichever thread asks.
 class CurlTransport : public HttpTransport {
 public:
     /// Does nothing yet: the network thread starts with the first request. `mainThread` must outlive the
     /// transport.
     explicit CurlTransport(MainThread& mainThread, CurlTransportOptions options = {});
-    /// Closes and waits for the network thread. Connections that somebody still holds are then dead.
+    /// Closes and waits for the network thread. Connections that are still referenced are dead afterwards.
     ~CurlTransport() override;
     CurlTransport(const CurlTransport&) = delete;
     CurlTransport& operator=(const CurlTransport&) = delete;

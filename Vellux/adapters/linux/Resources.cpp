@@ -45,8 +45,8 @@ const char* missingResource() {
     if (!hasDescriptors())
         return "fewer than 32 file descriptors are free. Is the limit (ulimit -n) too low?";
     if (!hasThreads())
-        return "fewer than 8 threads can be made. Is a limit on processes (ulimit -u) or memory (ulimit -v) "
-               "too low?";
+        return "fewer than 8 threads can be created. Is a limit on processes (ulimit -u) or memory "
+               "(ulimit -v) too low?";
     return nullptr;
 }
 

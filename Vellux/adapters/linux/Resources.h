@@ -1,12 +1,12 @@
-// What the process may still have of the system.
+// Whether the system has what the program needs to start.
 #pragma once
 
 namespace vellux {
 
-/// What the program can't start without, as a sentence for the user; null when there is enough: 32
-/// descriptors and 8 threads. Below some 10 descriptors the toolkit aborts, and for a thread that it can't
-/// have it waits without end. What is missing later is another matter: whoever asks for it goes on without.
-/// Takes less than a millisecond; the threads that it tries have ended when it returns.
+/// What is missing, as a sentence for the user; null when 32 descriptors and 8 threads are available. With
+/// fewer than some 10 descriptors the toolkit aborts, and without a thread it waits forever. Later shortages
+/// are handled where they occur. Takes less than a millisecond; the threads that it tries have ended when it
+/// returns.
 const char* missingResource();
 
 } // namespace vellux

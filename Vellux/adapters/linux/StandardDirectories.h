@@ -15,7 +15,7 @@ struct UserEnvironment {
 
 /// The directory of the user's data, absolute, without a trailing slash (but for the root itself):
 /// XDG_DATA_HOME, else ".local/share" below HOME, else below the account's home directory. A value that is
-/// empty or relative counts as unset. A user without any home lives in the root directory.
+/// empty or relative counts as unset. Without any home it is below the root directory.
 std::string userDataHome(const UserEnvironment& environment);
 
 /// The calling process's environment. Looks the account up, which may ask a directory service over the

@@ -23,7 +23,7 @@ constexpr std::int64_t kNone = -1;
 
 enum class Stage { Starting, Watched, Ending };
 
-// What the handler touches; it may call little else than sem_post().
+// Used by the signal handler, which may call little other than sem_post().
 std::atomic<Stage> stage{Stage::Starting};
 std::atomic<std::int64_t> nFirst{kNone}; // when the first request came: ms of the monotonic clock
 sem_t awake;                             // posted when the watch's thread has something to do

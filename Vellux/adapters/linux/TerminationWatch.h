@@ -1,4 +1,4 @@
-// Requests to end that come as signals, taken as an orderly end.
+// Signals that ask the program to end, turned into an orderly end.
 #pragma once
 
 #include <functional>
@@ -7,24 +7,23 @@
 
 namespace vellux {
 
-/// From now on SIGTERM, SIGINT and SIGHUP are requests to end, for as long as the process lives; one that is
-/// ignored, as under nohup, stays so. Until there is a TerminationWatch nothing is lit and nothing has
-/// changed, so the first ends the process at once, with status 0, whatever it waits for. From then on what
-/// comes within 2 s of the first is the same request: a session's end sends SIGTERM and SIGHUP, a terminal
-/// that closes SIGHUP twice. After that a SIGHUP still is; SIGTERM or SIGINT end the process at once, with
-/// 128 and their number as the status. No signal is blocked, so programs that are started by this one get
-/// them as ever. To be called first in main(); again does nothing.
+/// Turns SIGTERM, SIGINT and SIGHUP into requests to end, for the rest of the process; a signal that is
+/// ignored, as under nohup, stays ignored. Until there is a TerminationWatch nothing is lit and nothing has
+/// changed, so the first signal ends the process at once, with status 0, whatever it waits for. From then on
+/// signals within 2 s of the first belong to the same request: the end of a session sends SIGTERM and SIGHUP,
+/// a closing terminal SIGHUP twice. After that SIGHUP does nothing more, and SIGTERM and SIGINT end the
+/// process at once, with 128 plus their number as the status. No signal is blocked, so programs started by
+/// this one receive them as usual. Called first in main(); a second call does nothing.
 void catchTerminationSignals();
 
 /// Whether a request has come since catchTerminationSignals(). Any thread.
 bool isTerminationRequested();
 
-/// The thread that acts on such a request, once there is something to put in order. One process has one of
-/// these.
+/// The thread that acts on such a request, once there is something to shut down. One per process.
 class TerminationWatch {
 public:
-    /// `requested` is called once at most, on the watch's thread: it comes also while the main thread is
-    /// busy. Catches the signals first if that has not been done. Null when the platform gives no thread.
+    /// `requested` is called at most once, on the watch's thread, even while the main thread is busy. Catches
+    /// the signals first if that has not been done. Null when no thread can be created.
     static std::unique_ptr<TerminationWatch> start(std::function<void()> requested);
     /// Waits for that thread. The program is about to end: the signals stay caught.
     ~TerminationWatch();
