@@ -10,8 +10,8 @@
 
 namespace vellux {
 
-/// What a second start has to hand over: the token with which its launcher lets a window come to the front;
-/// "" without one.
+/// What a second start hands over: the token with which its launcher lets a window come to the front; "" for
+/// none.
 struct LaunchTokens {
     QString strActivationToken; ///< XDG_ACTIVATION_TOKEN
     QString strStartupId;       ///< DESKTOP_STARTUP_ID, its predecessor on X11
@@ -19,16 +19,16 @@ struct LaunchTokens {
     QString best() const { return strActivationToken.isEmpty() ? strStartupId : strActivationToken; }
 };
 
-/// Keeps activations until there is somebody to tell, and tells on the main thread's loop, when whoever sent
-/// one has already been answered. Main thread.
+/// Keeps activations until there is a handler, and calls it from the main thread's loop, after the sender has
+/// been answered. Main thread.
 class Activations {
 public:
-    /// Who is told of each activation, those that came before included.
+    /// Sets the handler of all activations, including those that came before.
     void setActivated(std::function<void(const QString& strToken)> activated) {
         m_activated = std::move(activated);
         deliverSoon();
     }
-    /// Takes an activation in; "" for one without a token.
+    /// Adds an activation; "" for one without a token.
     void add(const QString& strToken) {
         m_pending.append(strToken);
         deliverSoon();
@@ -46,7 +46,7 @@ private:
 
     std::function<void(const QString& strToken)> m_activated;
     QStringList m_pending;
-    QObject m_context; // what is still queued goes with it
+    QObject m_context; // its destruction drops what is queued
 };
 
 } // namespace vellux

@@ -12,7 +12,7 @@ namespace vellux {
 
 namespace {
 
-// A bus that takes connections and then says nothing would hold the library up for its own, far longer limit.
+// For a bus that accepts connections and never answers, the library itself would wait far longer.
 constexpr int kLongestAnswerMs = 1000;
 
 /// The value of one key of an address ("unix:path=/a,guid=1"), its escapes resolved; absent without the key.
@@ -28,8 +28,8 @@ QString runtimeBusPath() {
     return QFile::decodeName(qgetenv("XDG_RUNTIME_DIR")) + QStringLiteral("/bus");
 }
 
-/// Whether what listens at a local address speaks the bus's protocol: it lists its ways to sign in when
-/// asked.
+/// Whether what listens at a local address speaks the bus's protocol: it lists its authentication mechanisms
+/// when asked.
 bool answersAt(const QString& strPath, QLocalSocket::SocketOptions options) {
     QLocalSocket socket;
     socket.setSocketOptions(options);

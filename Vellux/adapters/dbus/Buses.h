@@ -8,8 +8,8 @@
 namespace vellux {
 
 /// The session bus, connected. Absent when the environment names none (none is ever launched) or none
-/// answers. The first call finds out, blocking a second at most per address; later ones only repeat it, but
-/// for a bus that has gone since. After the application object has been made; main thread.
+/// answers. The first call finds out, blocking for up to a second per address; later ones return the same,
+/// unless the bus has gone since. Main thread, once the application object exists.
 std::optional<QDBusConnection> sessionBus();
 
 /// The same for the system bus.

@@ -71,7 +71,7 @@ private:
                 QStringLiteral("org.freedesktop.portal.Desktop"),
                 QStringLiteral("/org/freedesktop/portal/desktop"),
                 QStringLiteral("org.freedesktop.portal.ProxyResolver"), QStringLiteral("Lookup"));
-            call.setAutoStartService(false); // to start one may take longer than anybody waits for a request
+            call.setAutoStartService(false); // starting one may take longer than a request may wait
             call << QString::fromStdString(strOrigin);
             known.question = m_bus.asyncCall(call, kLongestLookUpMs);
         }

@@ -39,7 +39,7 @@ std::optional<QByteArray> runtimeDirectory() {
         return strGiven;
     const QByteArray strOwn =
         QFile::encodeName(QDir::tempPath()) + "/vellux-" + QByteArray::number(::getuid());
-    ::mkdir(strOwn.constData(), S_IRWXU); // there already, perhaps, and perhaps somebody else's
+    ::mkdir(strOwn.constData(), S_IRWXU); // it may exist, and may be somebody else's
     return isPrivateDirectory(strOwn) ? std::optional(strOwn) : std::nullopt;
 }
 
@@ -79,7 +79,7 @@ std::optional<bool> InstanceLock::tryLock() {
         return errno == EWOULDBLOCK ? std::optional(false) : std::nullopt;
     QLocalServer::removeServer(socket()); // what a crash has left
     // If this fails (a path that is too long, no descriptor left), the lock still keeps other starts out, but
-    // only the bus name lets them reach this one. The same goes for a connection that can't be accepted: it
+    // only the bus name lets them reach this one. The same happens when a connection can't be accepted: that
     // ends the listening.
     m_server.listen(socket());
     return true;

@@ -12,24 +12,24 @@
 
 namespace vellux {
 
-/// A file that one process at a time can lock, and a local socket beside it on which that process takes
-/// activations. The lock ends with the process, however that ends, so that there is no stale one; the file
-/// stays. Given up with this object. Main thread.
+/// A file that one process at a time can lock, and a local socket beside it on which that process receives
+/// activations. The lock ends with the process, however it ends, so it is never stale; the file stays.
+/// Released with this object. Main thread.
 class InstanceLock {
 public:
-    /// `activations`, which must outlive this, takes in what the socket is sent.
+    /// `activations`, which must outlive this, gets what the socket receives.
     explicit InstanceLock(Activations& activations);
     ~InstanceLock();
     InstanceLock(const InstanceLock&) = delete;
     InstanceLock& operator=(const InstanceLock&) = delete;
 
-    /// Locks the file, unless another process holds it, and listens. Whether it is ours now; absent when
-    /// there is no private directory for it, or when it can't be opened or locked.
+    /// Locks the file, unless another process holds it, and listens. Returns whether we hold it now; absent
+    /// when there is no private directory for it, or it can't be opened or locked.
     std::optional<bool> tryLock();
 
-    /// Hands the activation to whoever listens. True when that one has taken it, or keeps it until it goes
-    /// on, having been silent until the deadline; false when nobody listens, or who did has ended. Blocks
-    /// until the deadline at most.
+    /// Sends the activation to the lock's holder. True when it was received, or when the holder was silent
+    /// until the deadline, and so will read it later; false when nobody listens or the holder has ended.
+    /// Blocks until the deadline at most.
     bool activateHolder(const LaunchTokens& tokens, const QDeadlineTimer& deadline) const;
 
 private:

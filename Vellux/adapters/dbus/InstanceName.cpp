@@ -42,7 +42,7 @@ QDBusMessage toBus(const char* strMethod) {
 
 } // namespace
 
-/// The interface as the bus sees it. There are no files to open and no actions: everything shows the program.
+/// The interface as the bus sees it. It opens no files and has no actions: every call shows the program.
 class ApplicationObject : public QObject {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
@@ -66,14 +66,14 @@ private:
     Activations& m_activations;
 };
 
-// The object is there before the name, so that nobody finds the one without the other.
+// The object is registered before the name, so that the name is never there without it.
 InstanceName::InstanceName(const QDBusConnection& bus, Activations& activations)
     : m_bus(bus), m_object(std::make_unique<ApplicationObject>(activations)) {
     m_bus.registerObject(objectPath(), m_object.get(), QDBusConnection::ExportScriptableInvokables);
 }
 
-// The name goes first. An activation that is still on its way then finds no object, and whoever sent it takes
-// the name.
+// The name is released first. An activation that is still on its way then finds no object, and its sender
+// takes the name.
 InstanceName::~InstanceName() {
     if (m_bHeld)
         m_bus.call(toBus("ReleaseName") << busName(), QDBus::Block, kLongestReleaseMs);
@@ -100,7 +100,7 @@ bool activateNameOwner(const QDBusConnection& bus, const LaunchTokens& tokens,
         platformData.insert(kStartupId, tokens.strStartupId);
     QDBusMessage call =
         QDBusMessage::createMethodCall(busName(), objectPath(), kInterface, QStringLiteral("Activate"));
-    call.setAutoStartService(false); // who starts it is this process
+    call.setAutoStartService(false); // this process is the one to start
     return callUntil(deadline, bus, call << platformData).type() == QDBusMessage::ReplyMessage;
 }
 

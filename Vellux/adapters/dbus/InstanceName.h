@@ -13,17 +13,17 @@ namespace vellux {
 
 class ApplicationObject;
 
-/// The bus name, and org.freedesktop.Application under it. Given up with this object. Main thread.
+/// The bus name, and org.freedesktop.Application under it. Released with this object. Main thread.
 class InstanceName {
 public:
-    /// Exports the interface; `activations`, which must outlive this, takes in what it is sent.
+    /// Exports the interface; `activations`, which must outlive this, gets what it receives.
     InstanceName(const QDBusConnection& bus, Activations& activations);
     ~InstanceName();
     InstanceName(const InstanceName&) = delete;
     InstanceName& operator=(const InstanceName&) = delete;
 
-    /// Asks for the name. Whether it is ours now; absent when the bus gives none, or does not answer by the
-    /// deadline.
+    /// Requests the name. Returns whether we own it now; absent when the bus refuses, or doesn't answer by
+    /// the deadline.
     std::optional<bool> request(const QDeadlineTimer& deadline);
 
 private:
@@ -32,8 +32,8 @@ private:
     bool m_bHeld = false;
 };
 
-/// Hands the activation to the name's owner. Whether that one has taken it; false, too, without an owner, or
-/// when it does not answer by the deadline. Blocks until then at most. Main thread.
+/// Sends the activation to the name's owner. Returns whether it was received; false without an owner, or
+/// without an answer by the deadline. Blocks until then at most. Main thread.
 bool activateNameOwner(const QDBusConnection& bus, const LaunchTokens& tokens,
                        const QDeadlineTimer& deadline);
 

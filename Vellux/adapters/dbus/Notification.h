@@ -1,12 +1,12 @@
-// A notice of the desktop's.
+// Desktop notifications.
 #pragma once
 
 #include <QString>
 
 namespace vellux {
 
-/// Shows a notice through org.freedesktop.Notifications. Returns at once; where that service is missing
-/// nothing happens. Main thread.
+/// Shows a notification by org.freedesktop.Notifications. Returns at once; does nothing where that service is
+/// missing. Main thread.
 void showNotification(const QString& strSummary, const QString& strBody);
 
 } // namespace vellux

@@ -23,9 +23,8 @@ QDBusMessage portalCall(const QString& strPath, const char* strInterface, const 
                                           QLatin1String(strInterface), QLatin1String(strMethod));
 }
 
-/// One hold on the system, asked for or got. It outlives its reference until the answer that is under way has
-/// come and what it brings has been given back; at the latest it goes with the application object, its
-/// parent.
+/// One inhibition, requested or held. It outlives its reference until a pending answer has come and what that
+/// brought has been released; at the latest it ends with its parent, the application object.
 class Inhibition : public QObject {
 public:
     explicit Inhibition(const std::string& strReason)
@@ -101,8 +100,8 @@ private:
     }
 
     const QString m_strReason;
-    bool m_bAsking = false;   // an answer is under way
-    bool m_bReleased = false; // nobody refers to it any more
+    bool m_bAsking = false;   // an answer is pending
+    bool m_bReleased = false; // there is no reference any more
     QString m_strRequest;     // the portal's, while it holds
     QDBusUnixFileDescriptor m_descriptor;
 };

@@ -17,15 +17,14 @@ namespace {
 constexpr qint64 kLongestClaimMs = 2000;
 constexpr unsigned long kPauseMs = 20; // between two attempts
 
-// Each start takes the lock first and the bus name second; they are given up in the opposite order.
+// Each start takes the lock first and the bus name second, and releases them in the opposite order.
 //
-// At most one stays: of those that see the same runtime directory only one has the lock, whatever bus they
-// see, and of those that see the same bus only one has the name, whatever directory they see. Two are left
-// only if they share neither.
+// At most one keeps running: of those with the same runtime directory only one holds the lock, and of those
+// on the same bus only one owns the name. Two keep running only if they share neither.
 //
-// At least one stays: a start ends only when another answers it, or is hung. Answers come from the loop of
-// one that stays; the socket is silent while its owner still waits for the name, and closes if that one then
-// ends. Whoever has the name stays, so nobody who has it waits for anybody else.
+// At least one keeps running: a start ends only when another answers it, or hangs. Answers come from the loop
+// of one that keeps running; the socket is silent while its owner still waits for the name, and closes if
+// that one then ends. Whoever owns the name keeps running, so an owner never waits for another start.
 class HeldInstance : public SingleInstance {
 public:
     HeldInstance(LaunchTokens tokens, const QDeadlineTimer& deadline)
@@ -35,8 +34,8 @@ public:
         m_activations.setActivated(std::move(activated));
     }
 
-    /// Takes the lock. False when another process has it and has been asked, or has not answered in time.
-    /// True without one where it is unavailable: then the name alone decides.
+    /// Takes the lock. False when another process holds it and has been activated, or has not answered in
+    /// time. True without the lock where it is unavailable: then the name alone decides.
     bool takeLock() {
         for (;; QThread::msleep(kPauseMs)) {
             const std::optional<bool> bOurs = m_lock.tryLock();
@@ -46,8 +45,7 @@ public:
                 return false;
             if (!bOurs)
                 return true;
-            // A holder that does not listen yet, or no longer, or that could not; or one that a crash has
-            // just ended.
+            // The holder doesn't listen yet, or no longer, or can't; or a crash has just ended it.
             if (m_deadline.hasExpired())
                 return false;
             const std::optional<QDBusConnection> bus = sessionBus();
@@ -56,8 +54,8 @@ public:
         }
     }
 
-    /// Takes the name. The same results; true without one where there is no bus, or where it gives no names
-    /// to this process.
+    /// Takes the name. Same results; true without the name where there is no bus, or where the bus refuses
+    /// names to this process.
     bool takeName() {
         const std::optional<QDBusConnection> bus = sessionBus();
         if (!bus)
@@ -68,7 +66,7 @@ public:
             if (bOurs == true)
                 return true;
             if (!bOurs && bOwned && bus->isConnected())
-                return false; // no time was left for the bus; its timers may be early by a twentieth
+                return false; // no time is left; coarse timers fire up to 5 % early
             if (!bOurs) {
                 m_name.reset();
                 return true;

@@ -12,8 +12,8 @@ class StatusNotifierListener;
 /// watcher says that a panel shows its items, which at log-in is later than the watcher itself. Main thread.
 class StatusNotifierHost {
 public:
-    /// `changed` is called on the main thread's loop: with true when a tray has come, with false when its
-    /// watcher has gone, in turns. Without a session bus it is never called.
+    /// `changed` is called on the main thread's loop: alternately with true when a tray has appeared and with
+    /// false when its watcher has gone. Without a session bus it is never called.
     explicit StatusNotifierHost(std::function<void(bool bPresent)> changed);
     ~StatusNotifierHost();
     StatusNotifierHost(const StatusNotifierHost&) = delete;
