@@ -9,7 +9,7 @@
 
 namespace vellux {
 
-/// Says what the program is. A window of its own, that blocks no other. Main thread.
+/// Shows what the program is. Modeless. Main thread.
 class AboutWindow : public QDialog, public Window {
     Q_OBJECT
 public:
@@ -20,7 +20,7 @@ public:
     void orderOut() override;
     void setLevel(WindowLevel level) override;
 
-    /// Every way of closing it, Escape too; the controller has the say.
+    /// All ways of closing it, including Escape; the controller decides.
     void done(int nResult) override;
 
 private:

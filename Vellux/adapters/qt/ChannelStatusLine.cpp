@@ -13,7 +13,7 @@ ChannelStatusLine::ChannelStatusLine(const MainWindow::Dependencies& dependencie
                                      std::function<void()> lost)
     : m_dependencies(dependencies), m_form(form), m_lost(std::move(lost)),
       m_update(dependencies.mainThread, [this] { show(); }) {
-    // The room for the button is always there, so that nothing moves when it comes.
+    // Room for the button is always reserved, so that nothing moves when it appears.
     QSizePolicy policy = m_form.buttonReconnect->sizePolicy();
     policy.setRetainSizeWhenHidden(true);
     m_form.buttonReconnect->setSizePolicy(policy);
@@ -28,7 +28,7 @@ ChannelStatusLine::ChannelStatusLine(const MainWindow::Dependencies& dependencie
 }
 
 void ChannelStatusLine::show() {
-    // A connection that is being made opens the channel and then enables the button: read in the other order.
+    // Connecting opens the channel first and enables the button last, so they are read in the opposite order.
     const auto button = m_dependencies.controller.buttonConnect();
     const bool bSettled = button->isEnabled();
     const ChannelState channel = m_dependencies.client.channel().get();

@@ -14,10 +14,10 @@ class MainWindow;
 namespace vellux {
 
 /// Compares what the Connect button says with the event channel: the server may have ended the following
-/// while the button still offers to disconnect. Main thread; ends like LightHeader.
+/// while the button still offers to disconnect. Main thread; destroyed like LightHeader.
 class ChannelStatusLine {
 public:
-    /// `lost` is told once per loss, after the line says so.
+    /// `lost` is called once per loss, after the line says so.
     ChannelStatusLine(const MainWindow::Dependencies& dependencies, Ui::MainWindow& form,
                       std::function<void()> lost);
     ChannelStatusLine(const ChannelStatusLine&) = delete;

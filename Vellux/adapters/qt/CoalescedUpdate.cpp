@@ -25,7 +25,7 @@ void CoalescedUpdate::ask() {
         return;
     m_mainThread.post([link = m_link, &mainThread = m_mainThread] {
         assertMainThread(mainThread);
-        link->bQueued = false; // first: a change that comes while the values are read asks anew
+        link->bQueued = false; // first, so that a change during the refresh asks again
         if (link->refresh)
             link->refresh();
     });

@@ -1,4 +1,4 @@
-// From a change on any thread to a look at it on the main thread.
+// Refreshes on the main thread after changes on any thread.
 #pragma once
 
 #include "threads/MainThread.h"
@@ -9,8 +9,8 @@
 
 namespace vellux {
 
-/// Runs one refresh on the main thread for any number of requests made until then. Lives on the main thread,
-/// until every thread that asks has ended; a refresh that is still queued then does nothing.
+/// Runs one refresh on the main thread for any number of requests before it. Created on the main thread, and
+/// destroyed there after every thread that asks has ended; a refresh that is still queued then does nothing.
 class CoalescedUpdate {
 public:
     /// `refresh` runs on the main thread only.
@@ -25,7 +25,7 @@ public:
 
 private:
     struct Link {
-        // Empty once nobody is there to refresh.
+        // Empty after the destruction of the object.
         std::function<void()> refresh VELLUX_GUARDED_BY(mainThreadRole);
         std::atomic<bool> bQueued{false};
     };

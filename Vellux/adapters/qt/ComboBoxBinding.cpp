@@ -19,7 +19,7 @@ void ComboBoxBinding::showContent() {
     std::vector<std::string> items = m_model->items();
     if (items != m_items) {
         m_items = std::move(items);
-        m_widget.hidePopup(); // its entries are no longer there to be chosen
+        m_widget.hidePopup(); // its entries no longer exist
         m_widget.clear();
         for (const std::string& strItem : m_items)
             m_widget.addItem(QString::fromStdString(strItem));

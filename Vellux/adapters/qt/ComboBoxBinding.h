@@ -7,7 +7,7 @@
 
 namespace vellux {
 
-/// A list to choose from. Every choice of the user counts, also that of the entry that is chosen already.
+/// A list to choose from. Every choice of the user counts, even of the entry that is already selected.
 class ComboBoxBinding : public ControlBinding {
 public:
     /// What the user's choice does, after the model has it.

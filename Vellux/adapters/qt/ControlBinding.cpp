@@ -25,8 +25,8 @@ void ControlBinding::show() {
     m_bShowing = bWasShowing;
 }
 
-// A button that is disabled for the time of its own work passes the focus on; it takes it back when it is
-// enabled again, unless the user has gone elsewhere meanwhile.
+// A button that is disabled while it works passes the focus on, and takes it back when it is enabled again,
+// unless the user has moved it meanwhile.
 void ControlBinding::showEnabled() {
     const bool bEnabled = m_model->isEnabled();
     if (m_widget.isEnabledTo(m_widget.parentWidget()) == bEnabled)

@@ -13,7 +13,7 @@
 namespace vellux {
 
 /// Common part of the bindings: the widget shows its model's newest state, whichever thread wrote it. Main
-/// thread; ends after the last thread that writes the model, and before the widget.
+/// thread; destroyed after the last thread that writes the model has ended, and before the widget.
 class ControlBinding {
 public:
     virtual ~ControlBinding() = default;
@@ -25,11 +25,11 @@ protected:
 
     /// Last step of a binding's constructor: shows the model and observes it from now on.
     void begin();
-    /// Shows what the kind of control has beyond being enabled or not. Writes nothing into the model.
+    /// Shows everything but whether it is enabled. Writes nothing into the model.
     virtual void showContent() = 0;
     /// Whether a change of the widget comes from the model rather than from the user.
     bool isShowing() const { return m_bShowing; }
-    /// The receiver of the widget's signals, so that none arrives after the binding's end.
+    /// The receiver of the widget's signals, so that none arrives after the binding's destruction.
     QObject* receiver() { return &m_receiver; }
 
 private:

@@ -39,7 +39,7 @@ double contrast(const QColor& one, const QColor& other) {
     return (dLight + 0.05) / (dDark + 0.05);
 }
 
-/// The outline's colour where that can be read on the disc, else black or white.
+/// The outline's colour if it is legible on the disc, else black or white.
 QColor shapeColour(const QColor& disc, const QColor& outline) {
     constexpr double kReadable = 3.0; // the guidelines' least contrast of graphics
     if (contrast(outline, disc) >= kReadable)
@@ -119,11 +119,11 @@ QString lampDescription(const LampState& lamp) {
 void paintLamp(QPainter& painter, const QRectF& square, const LampState& lamp, const QColor& outline) {
     const bool bLit = isLit(lamp);
     const qreal dSide = std::min(square.width(), square.height());
-    // A hollow disc is seen by its outline alone.
+    // A hollow disc has only its outline to be seen by.
     const qreal dOutline =
         bLit ? std::max(1.0, std::round(dSide / 18)) : std::max(2.0, std::round(dSide / 12));
     const qreal dStroke = std::max(2.0, std::round(dSide / 9));
-    // A flashing one leaves its rays room.
+    // A flashing one leaves room for its rays.
     const qreal dRadius = (lamp.bFlashing ? std::floor(0.42 * dSide) : std::floor(dSide / 2)) - dOutline / 2;
 
     painter.save();

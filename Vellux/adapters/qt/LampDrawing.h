@@ -11,15 +11,14 @@
 
 namespace vellux {
 
-/// "Red", "Green", … "Off", in the words of the window's colour lists; "Off" also for a number that is no
-/// colour.
+/// "Red", "Green", … "Off", in the words of the window's colour lists; "Off" also for an index out of range.
 QString lampColourName(const LampState& lamp);
 /// The name with "flashing" behind it while it flashes ("Red, flashing").
 QString lampDescription(const LampState& lamp);
 
 /// Paints an outlined disc in the lamp's colour into a square, with a shape inside that differs per colour,
-/// and a mark while it flashes, so that states can be told apart without seeing colours. `outline` is the
-/// colour of the outline and, where it can be read on the disc, of the shape. Main thread.
+/// and a mark while it flashes, so that states can be distinguished without seeing colours. `outline` is the
+/// colour of the outline and, if legible on the disc, of the shape. Main thread.
 void paintLamp(QPainter& painter, const QRectF& square, const LampState& lamp, const QColor& outline);
 
 /// The picture as an icon, in pixmaps from 16 to 64 pixels. Main thread.

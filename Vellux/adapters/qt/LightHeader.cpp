@@ -11,7 +11,7 @@ namespace vellux {
 
 namespace {
 
-// How lights of a family are told what to show; "" without one.
+// The kind of reports that a family takes; "" for none.
 QString familyName(LightFamily family) {
     switch (family) {
     case LightFamily::FramedCode:

@@ -1,4 +1,4 @@
-// The head of the main window: the lamp, and what there is to know about the light.
+// The head of the main window: the lamp and the light.
 #pragma once
 
 #include "adapters/qt/CoalescedUpdate.h"
@@ -14,15 +14,15 @@ class MainWindow;
 namespace vellux {
 
 /// Shows the lamp as a picture and in words, the light in a line, and a command to copy for a user who may
-/// not open it. Main thread; ends after the last thread that writes what it shows, and before the form's
-/// widgets.
+/// not open it. Main thread; destroyed after the last thread that writes what it shows has ended, and before
+/// the form's widgets.
 class LightHeader {
 public:
     LightHeader(const MainWindow::Dependencies& dependencies, Ui::MainWindow& form);
     LightHeader(const LightHeader&) = delete;
     LightHeader& operator=(const LightHeader&) = delete;
 
-    /// Reserves room for the longest line, so that the window keeps its width. For whenever the font has
+    /// Reserves room for the longest line, so that the window keeps its width. To be called when the font has
     /// changed.
     void reserveRoom();
 

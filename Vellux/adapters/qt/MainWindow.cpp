@@ -21,7 +21,7 @@ namespace vellux {
 
 namespace {
 
-// Room for every title that a button takes in turn, so that nothing moves when it changes.
+// Makes a button wide enough for all of its titles, so that nothing moves when the title changes.
 void reserveWidth(QPushButton& button, std::initializer_list<const char*> titles) {
     const QString strNow = button.text();
     int nWidth = 0;
@@ -40,11 +40,11 @@ class MainWindow::View {
 public:
     View(MainWindow& window, const Dependencies& dependencies);
 
-    /// Gives the form what it has of the style and the font in use.
+    /// Fits the form to the style and the font in use.
     void fit();
-    /// At the mode in use: no caret blinks in an idle window.
+    /// On the button of the current mode, so that there is no caret in an idle window.
     void placeFocus();
-    /// What a user who closes the window, or presses Escape, asks for.
+    /// The user closes the window or presses Escape.
     void askToClose() { m_dependencies.controller.windowShouldClose(m_window); }
     bool isFollowingLost() const { return m_following->isLost(); }
 
@@ -66,7 +66,7 @@ private:
     MainWindow& m_window;
     const Dependencies m_dependencies;
     Ui::MainWindow m_form;
-    // Those who write into the form end before it, in the reverse order.
+    // These write into the form, so they are destroyed before it, in reverse order.
     std::unique_ptr<ChannelStatusLine> m_following;
     std::unique_ptr<LightHeader> m_head;
     std::vector<std::unique_ptr<ControlBinding>> m_bindings;
@@ -75,7 +75,7 @@ private:
 MainWindow::View::View(MainWindow& window, const Dependencies& dependencies)
     : m_window(window), m_dependencies(dependencies) {
     m_form.setupUi(&window);
-    // A status that is read, not typed: without the ground of a field.
+    // The status is read, not typed: no field background.
     QPalette palette;
     palette.setBrush(QPalette::Base, Qt::transparent);
     m_form.textFieldLyncStatus->setPalette(palette);
@@ -176,14 +176,14 @@ void MainWindow::View::fit() {
     m_form.labelLampName->setFont(headingFont(m_window.font()));
     QLineEdit* const fields[] = {m_form.textFieldLyncServerName, m_form.textFieldUsername,
                                  m_form.textFieldPassword};
-    int nHeight = 0; // of the highest: placeholders have a font of their own
+    int nHeight = 0; // of the tallest: placeholders have a font of their own
     for (const QLineEdit* const pField : fields)
         nHeight = qMax(nHeight, pField->sizeHint().height());
     for (QLineEdit* const pField : fields)
         pField->setMinimumHeight(nHeight);
     m_head->reserveRoom();
     reserveWidth(*m_form.buttonConnect, {kTitleConnect, kTitleConnecting, kTitleDisconnect});
-    // What belongs to a mode, or to a box, stands under its words; what belongs together stands closer.
+    // What belongs to a mode or a box is aligned with its text; what belongs together is closer together.
     const QStyle& style = *m_window.style();
     const int nIndent = style.pixelMetric(QStyle::PM_ExclusiveIndicatorWidth) +
                         style.pixelMetric(QStyle::PM_RadioButtonLabelSpacing);
@@ -218,8 +218,8 @@ bool MainWindow::isFollowingLost() const {
     return m_view->isFollowingLost();
 }
 
-// The controller hides the window and says that it must not close. The event is accepted all the same: a
-// refused one would hold up the end of the session, and nothing is lost with a hidden window.
+// The controller hides the window and says that it must not close. The event is accepted anyway: ignoring it
+// would block the end of the session, and a hidden window loses nothing.
 void MainWindow::closeEvent(QCloseEvent* pEvent) {
     m_view->askToClose();
     pEvent->accept();

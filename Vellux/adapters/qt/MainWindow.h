@@ -15,8 +15,8 @@ class VelluxHttp;
 
 namespace vellux {
 
-/// Shows what the fourteen controls, the lamp, the light and the event channel say, and tells the controller
-/// what the user does. Main thread only; the values it shows are written by any thread. Closing hides it.
+/// Shows the fourteen controls, the lamp, the light and the event channel, and passes the user's actions to
+/// the controller. Main thread only; any thread may write the values that it shows. Closing hides it.
 class MainWindow : public QWidget, public Window {
     Q_OBJECT
 public:
@@ -29,7 +29,7 @@ public:
         std::function<std::string(std::uint16_t nVendorID, std::uint16_t nProductID)> remedy;
     };
 
-    /// Shows nothing yet. Needs no platform to be installed before the user does something.
+    /// Hidden at first. Needs no installed platform before the user does something.
     explicit MainWindow(const Dependencies& dependencies);
     /// After every worker thread has ended.
     ~MainWindow() override;
@@ -42,7 +42,7 @@ public:
     bool isFollowingLost() const;
 
 signals:
-    /// The window has just begun to say that the presence is no longer followed.
+    /// The presence is no longer followed; the window already says so.
     void followingLost();
     /// The window was painted for the first time.
     void firstPaint();

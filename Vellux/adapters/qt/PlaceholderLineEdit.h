@@ -21,13 +21,13 @@ public:
     /// Absent for none.
     void setPlaceholder(const std::optional<Placeholder>& placeholder);
 
-    /// High enough for the placeholder's font as well as for its own.
+    /// Tall enough for the placeholder's font as well as for its own.
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
 
     /// "Helvetica-Oblique" names a family and a slant; so does "Family-BoldItalic".
     static QFont fontOf(const Placeholder& placeholder);
-    /// The placeholder's colour on a light ground; on a dark one as much lighter as it is darker there.
+    /// The placeholder's colour on a light background; on a dark one inverted.
     static QColor colourOf(const Placeholder& placeholder, const QColor& ground);
 
 protected:

@@ -21,7 +21,7 @@ namespace {
 
 constexpr int kLongestWaitForPaint = 1000; // ms
 
-// While the application object is made, Qt can only tell by its log that there is no display; it then aborts.
+// While the application object is constructed, Qt reports a missing display only in its log, and then aborts.
 void onStartUpMessage(QtMsgType type, const QMessageLogContext&, const QString&) {
     if (type != QtFatalMsg)
         return;
@@ -34,8 +34,7 @@ void onStartUpMessage(QtMsgType type, const QMessageLogContext&, const QString&)
 
 Shared<std::function<void()>> displayLost;
 
-// All that Qt says before it ends the process because the display is gone; under Wayland it does so by
-// _exit().
+// Qt's only warning before it ends the process because the display is gone, under Wayland by _exit().
 void onRunTimeMessage(QtMsgType type, const QMessageLogContext& context, const QString& strMessage) {
     std::fprintf(stderr, "%s\n", qPrintable(qFormatLogMessage(type, context, strMessage)));
     if (!strMessage.startsWith(QLatin1String("The X11 connection broke")) &&
@@ -45,7 +44,7 @@ void onRunTimeMessage(QtMsgType type, const QMessageLogContext& context, const Q
         lost();
 }
 
-// Installs the handler before the base class is made.
+// Installs the handler before the base class is constructed.
 int& watchingStartUp(int& nArguments) {
     qInstallMessageHandler(onStartUpMessage);
     return nArguments;

@@ -20,7 +20,7 @@ QFont boldFont(QFont font) {
     return font;
 }
 
-// The box with all that the alert says, as plain text.
+// Gives the box the alert's texts, as plain text.
 void describe(QMessageBox& box, const Alert& alert) {
     const QString strTitle = QString::fromStdString(alert.strMessageText);
     box.setWindowModality(Qt::ApplicationModal);
@@ -51,7 +51,7 @@ QtDesktop::QtDesktop(MainWindow& window, Dependencies dependencies)
 std::int32_t QtDesktop::runModal(const Alert& alert) {
     if (m_bEnding)
         return kAlertFirstButtonReturn;
-    // Not of a window that nobody sees: the alert would be as hidden as that.
+    // No parent that is hidden: the alert would be hidden with it.
     const bool bSeen = m_window.isVisible() && !m_window.isMinimized();
     QMessageBox box(bSeen ? &m_window : nullptr);
     describe(box, alert);

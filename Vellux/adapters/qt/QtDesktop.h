@@ -23,7 +23,7 @@ public:
         std::string strDirectory;
         /// What the About window's link does.
         std::function<void()> openWebSite;
-        /// What ending the application means; called once, by the first terminate(), and returns at once.
+        /// Ends the application; called once, by the first terminate(). Returns at once.
         std::function<void()> end;
         /// Begins a process activity; empty where there is no such service.
         std::function<std::optional<ProcessActivity>(const std::string& strReason)> beginActivity;

@@ -23,7 +23,7 @@ void QtMainThread::Receiver::wake() {
 bool QtMainThread::Receiver::event(QEvent* event) {
     if (event->type() != kWake)
         return QObject::event(event);
-    m_bWoken = false; // first: a call that comes while these run wakes anew
+    m_bWoken = false; // first, so that a call queued meanwhile wakes again
     m_queue.runPending();
     return true;
 }

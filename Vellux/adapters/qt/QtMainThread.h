@@ -10,8 +10,8 @@
 namespace vellux {
 
 /// A CallQueue that Qt wakes: for each batch of calls one event is posted to an object of the main thread.
-/// Lives on the main thread, from after the application object was made until every thread that posts has
-/// ended.
+/// Created on the main thread once the application object exists, and destroyed there after every thread that
+/// posts has ended.
 class QtMainThread : public CallQueue {
 public:
     QtMainThread();

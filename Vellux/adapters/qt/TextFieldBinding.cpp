@@ -10,7 +10,7 @@ TextFieldBinding::TextFieldBinding(MainThread& mainThread, QLineEdit& widget,
                                    std::shared_ptr<TextField> model)
     : ControlBinding(mainThread, widget, model), m_widget(widget),
       m_pPlaceholder(qobject_cast<PlaceholderLineEdit*>(&widget)), m_model(std::move(model)) {
-    // Not textEdited, which keeps quiet about what assistive technology enters. No action hangs on it.
+    // Not textEdited, which is not emitted for what assistive technology enters. No action depends on it.
     QObject::connect(&m_widget, &QLineEdit::textChanged, receiver(), [this](const QString& strText) {
         if (!isShowing())
             m_model->setText(strText.toStdString());

@@ -9,7 +9,7 @@ namespace vellux {
 
 class PlaceholderLineEdit;
 
-/// A line of text. What the user changes is in the model at once, so that no refresh brings older text back.
+/// A line of text. The user's changes are in the model at once, so that no refresh restores older text.
 class TextFieldBinding : public ControlBinding {
 public:
     /// Shows the model at once. The widget outlives the binding.
@@ -19,7 +19,7 @@ private:
     void showContent() override;
 
     QLineEdit& m_widget;
-    PlaceholderLineEdit* const m_pPlaceholder; // the widget again, where it shows a placeholder
+    PlaceholderLineEdit* const m_pPlaceholder; // the widget, if it can show a placeholder; else null
     const std::shared_ptr<TextField> m_model;
 };
 

@@ -22,7 +22,7 @@ QString toolTipOf(const TrayState& state) {
 
 } // namespace
 
-/// The menu, which is there all the time, and the icon, which comes and goes with the desktop's tray.
+/// The menu, which always exists, and the icon, which comes and goes with the desktop's tray.
 class Tray::Icon {
 public:
     explicit Icon(Actions actions) : m_actions(std::move(actions)) {
@@ -48,7 +48,7 @@ public:
     }
 
 private:
-    /// An action announces only what changes it.
+    /// An action emits a signal only for a real change.
     void setMenu() {
         m_pConnect->setText(m_state.strConnectTitle);
         m_pConnect->setVisible(!m_state.strConnectTitle.isEmpty());
@@ -74,7 +74,7 @@ private:
     TrayState m_state;
     QMenu m_menu;
     QAction* m_pConnect = nullptr;         // the menu's
-    std::optional<QSystemTrayIcon> m_icon; // goes before its menu
+    std::optional<QSystemTrayIcon> m_icon; // destroyed before its menu
     StatusNotifierHost m_host{[this](bool bPresent) { setPresent(bPresent); }};
 };
 

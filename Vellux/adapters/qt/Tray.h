@@ -20,9 +20,9 @@ struct TrayState {
     bool operator==(const TrayState&) const = default;
 };
 
-/// Follows org.kde.StatusNotifierWatcher on the session bus: an icon is there while a watcher is that has a
-/// panel to show it, also one that comes later or restarts. Nothing is asked of Qt's tray before that, since
-/// Qt remembers for good that there was none. Main thread.
+/// Follows org.kde.StatusNotifierWatcher on the session bus: there is an icon while there is a watcher with a
+/// panel to show it, including one that appears later or restarts. Qt's tray is not used before that, since
+/// Qt never forgets that there was none. Main thread.
 class Tray {
 public:
     /// What the menu and a click on the icon do.

@@ -15,7 +15,7 @@ WindowTray::WindowTray(Dependencies dependencies)
               dependencies.window.makeKeyAndOrderFront();
           },
           [&controller = dependencies.controller] {
-              // A tray's menu works beside an open alert, under which nothing new begins.
+              // A tray's menu works while an alert is open, but nothing new may begin then.
               if (!alertToFront() && controller.buttonConnect()->isEnabled())
                   controller.onConnectButtonClicked(*controller.buttonConnect());
           },

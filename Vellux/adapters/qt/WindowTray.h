@@ -15,8 +15,8 @@ namespace vellux {
 
 class Window;
 
-/// Shows lamp and status line in the tray; its menu does what the window's buttons do. Main thread; what it
-/// shows is written by any thread, and it must outlive all of them.
+/// Shows lamp and status line in the tray; its menu does what the window's buttons do. Main thread; any
+/// thread may write what it shows, and it must outlive them all.
 class WindowTray {
 public:
     /// All of these outlive the tray.
