@@ -40,10 +40,10 @@ std::uint16_t primaryUsage(std::span<const std::uint8_t> descriptor);
 std::vector<HidrawEntry> matchingDevices(std::vector<HidrawEntry> present,
                                          const std::vector<HidMatching>& matching);
 
-/// What HidrawCatalogue::Open gives back.
+/// Result of HidrawCatalogue::Open.
 struct HidrawOpened {
     HidDeviceRef device;
-    /// False when the platform refused: the device is listed all the same and its sends fail.
+    /// False when the platform refused: the device is still listed, and its sends fail.
     bool bOpened = false;
 };
 
@@ -54,16 +54,16 @@ struct HidrawChanges {
     HidDeviceList arrived;
 };
 
-/// The matched devices of the last listing. A device keeps its place for as long as it is there, and new ones
-/// are added behind, so that a second light does not push the first one from the head of the list.
+/// The matched devices of the last listing. A device keeps its place while it is present, and new ones are
+/// appended, so that a second light doesn't displace the first.
 class HidrawCatalogue {
 public:
     /// Opens a device; the reference is never null.
     using Open = std::function<HidrawOpened(const HidrawEntry&)>;
 
-    /// Takes over a new listing. New devices are opened, and those are tried again that could not be opened
-    /// before: one that opens now leaves and comes back with a reference that works. With `bRedeliver`, the
-    /// devices that stay leave and come back as well.
+    /// Adopts a new listing. New devices are opened, and opening is retried for those that were refused
+    /// before: one that opens now is reported as removed and arrived, with a working reference. With
+    /// `bRedeliver` this is reported for all devices that stay.
     HidrawChanges update(const std::vector<HidrawEntry>& present, const Open& open, bool bRedeliver);
 
     /// The references of the present devices.

@@ -16,8 +16,8 @@ namespace vellux {
 
 /// Spares callers a device that hangs. The kernel waits 5 s for each report; after kTripAfter time-outs in a
 /// row the breaker is open, that is, no report goes out, for kCooldown. After that the next report is a
-/// trial: one more time-out opens it again, any other result closes it. So whoever sends again and again
-/// waits half of the time at most. Not thread-safe.
+/// trial: one more time-out opens it again, any other result closes it. So a caller that keeps sending waits
+/// at most half of the time. Not thread-safe.
 class CircuitBreaker {
 public:
     using Time = std::chrono::steady_clock::time_point;
@@ -29,7 +29,7 @@ public:
     bool isOpen(Time now, bool bShuttingDown) const {
         return bShuttingDown ? m_nTimeouts > 0 : m_nTimeouts >= kTripAfter && now - m_lastResult < kCooldown;
     }
-    /// What the device answered to a report, and when.
+    /// Records the result of a report and when it came.
     void record(HidResult result, Time now);
 
 private:
@@ -43,7 +43,7 @@ class HidrawDevice : public HidDevice {
 public:
     using Now = std::function<CircuitBreaker::Time()>;
 
-    /// Owns the descriptor of `node`; sends to a node that was refused all answer its code. `shuttingDown` is
+    /// Owns the descriptor of `node`; sends to a node that was refused all return its code. `shuttingDown` is
     /// read at each send: when set, a device whose last report timed out gets no other.
     HidrawDevice(HidrawEntry entry, HidrawNode node, std::shared_ptr<const std::atomic<bool>> shuttingDown,
                  Now now = std::chrono::steady_clock::now);

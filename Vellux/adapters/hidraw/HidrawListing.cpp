@@ -18,19 +18,20 @@ namespace vellux {
 
 namespace {
 
-// Of what the system was asked: it was not there, or the system could not say.
+// Why a device was not described: it has gone, or, if unknown, the system could not tell.
 struct Failure {
     bool bUnknown = false;
 };
 
-// After a call that failed: whether that says nothing about the device. One that has left is no failure.
+// After a failed call, by errno: a device that has gone is known to be so; any other error says nothing about
+// it.
 Failure failure() {
     return {errno != ENOENT && errno != ENODEV && errno != ENXIO};
 }
 
 // Absent when the descriptor can't be read.
 std::optional<std::uint16_t> primaryUsageOf(const std::string& strPlace) {
-    std::array<std::uint8_t, 4096> bytes{}; // the kernel takes none that is longer
+    std::array<std::uint8_t, 4096> bytes{}; // the kernel accepts none that is longer
     const int nFile = ::open((strPlace + "/report_descriptor").c_str(), O_RDONLY | O_CLOEXEC);
     if (nFile < 0)
         return std::nullopt;
@@ -43,15 +44,15 @@ std::optional<std::uint16_t> primaryUsageOf(const std::string& strPlace) {
     return primaryUsage({bytes.data(), static_cast<std::size_t>(nRead)});
 }
 
-// The kernel numbers the HID devices that it meets, and the number is part of their place in sysfs; the
-// node's inode is new whenever a driver takes a device up again.
+// The kernel numbers HID devices as they appear, and the number is part of their sysfs path; the node gets a
+// new inode whenever a driver binds to the device again.
 std::string instanceOf(const char* strPlace, const char* strPath) {
     struct stat node {};
     const bool bNode = ::stat(strPath, &node) == 0;
     return std::string(strPlace) + '#' + (bNode ? std::to_string(node.st_ino) : "");
 }
 
-// What the system says of a device; else whether it could say anything.
+// The device as the system describes it, or why there is no description.
 std::variant<HidrawEntry, Failure> describe(udev* pUdev, const char* strPlace) {
     errno = 0;
     const UdevPtr<udev_device> node(udev_device_new_from_syspath(pUdev, strPlace));
@@ -75,7 +76,7 @@ std::variant<HidrawEntry, Failure> describe(udev* pUdev, const char* strPlace) {
                        static_cast<std::uint16_t>(nProductID), *nUsage};
 }
 
-// By the socket through which udevd is controlled.
+// Checks for udevd's control socket.
 bool isUdevRunning() {
     return ::access("/run/udev/control", F_OK) == 0;
 }
@@ -89,8 +90,7 @@ std::optional<std::vector<HidrawEntry>> listHidrawDevices() {
     const UdevPtr<udev_enumerate> enumeration(udev_enumerate_new(context.get()));
     if (enumeration == nullptr || udev_enumerate_add_match_subsystem(enumeration.get(), "hidraw") < 0)
         return std::nullopt;
-    // A node that udev has not finished with has not got its permissions yet; udev's word that it has will
-    // come.
+    // A node that udev is still processing doesn't have its permissions yet; udev's event will follow.
     if (isUdevRunning() && udev_enumerate_add_match_is_initialized(enumeration.get()) < 0)
         return std::nullopt;
     if (udev_enumerate_scan_devices(enumeration.get()) < 0)
@@ -111,8 +111,8 @@ HidrawNode openHidrawNode(const std::string& strPath) {
     const int nDescriptor = ::open(strPath.c_str(), O_RDWR | O_CLOEXEC);
     if (nDescriptor < 0)
         return {-1, static_cast<HidResult>(errno)};
-    // A light that is unplugged while the kernel powers it up opens all the same. Only a node that answers as
-    // one of hidraw's has a device behind it.
+    // Opening succeeds even if the light is unplugged while the kernel powers it up. Only a node that answers
+    // this ioctl has a device behind it.
     int nDescriptorSize = 0;
     if (::ioctl(nDescriptor, HIDIOCGRDESCSIZE, &nDescriptorSize) < 0) {
         const auto nRefusal = static_cast<HidResult>(errno);

@@ -10,8 +10,8 @@
 
 namespace vellux {
 
-/// Every device with a hidraw node, in the order of their places in sysfs; one that leaves meanwhile may be
-/// left out. Absent when the system can't tell, for instance without a free descriptor. Opens no device and
+/// Every device with a hidraw node, in the order of their sysfs paths; one that leaves meanwhile may be
+/// missing. Absent when the system can't tell, for instance without a free descriptor. Opens no device and
 /// waits for none. Any thread.
 std::optional<std::vector<HidrawEntry>> listHidrawDevices();
 
@@ -24,7 +24,7 @@ struct HidrawNode {
 };
 
 /// Opens a node for writing, close-on-exec: ENODEV for one whose device has just left, ENOTTY for a file that
-/// is no hidraw node. Blocks while the kernel powers the device up, or while a report is under way to any
+/// isn't a hidraw node. Blocks while the kernel powers the device up, or while a report is under way to any
 /// device. Any thread.
 HidrawNode openHidrawNode(const std::string& strPath);
 

@@ -26,9 +26,9 @@ public:
     HidrawManager(const HidrawManager&) = delete;
     HidrawManager& operator=(const HidrawManager&) = delete;
 
-    /// A fresh manager, with nothing matched and nothing registered; one that was open is closed.
+    /// Resets the manager: nothing matched, nothing registered, and closed.
     bool create() override;
-    /// Counts from the next open() on.
+    /// Takes effect at the next open().
     void setDeviceMatchingMultiple(const std::vector<HidMatching>& matching) override;
     void registerDeviceMatchingCallback(std::function<void(const HidDeviceRef&)> callback) override;
     void registerDeviceRemovalCallback(std::function<void(const HidDeviceRef&)> callback) override;
@@ -50,9 +50,9 @@ public:
     /// From now on a device whose last send timed out gets no further report: its sends answer ETIMEDOUT at
     /// once.
     void beginShutdown() override;
-    /// errno of the failure; EACCES and the like for a device that may not be opened, ENODEV for one that is
-    /// gone or not of this manager, EIO when a part of the report was taken. ETIMEDOUT for a device that
-    /// hangs: after 5 s, or at once for the 5 s that follow the second time in a row.
+    /// errno of the failure: EACCES and the like for a device that may not be opened, ENODEV for one that is
+    /// gone or not of this manager, EIO when only part of the report was accepted. ETIMEDOUT for a device
+    /// that hangs: after 5 s, or at once during the 5 s that follow the second time-out in a row.
     HidResult deviceSetReport(const HidDeviceRef& device, std::uint8_t byReportID,
                               std::span<const std::uint8_t> payload) override;
 

@@ -13,8 +13,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// A plug gives several events, and a bad contact a shower of them: the list is read when they have been quiet
-// for the one time, or after this many of them.
+// A plug causes several events, and a bad contact very many: the devices are listed once events have paused
+// for the settling time, or after this many rounds.
 constexpr auto kSettlingTime = 50ms;
 constexpr int kMostSettlingRounds = 10;
 // After this time the system is asked again when it could not tell which devices there are.
@@ -60,7 +60,7 @@ void HidrawWatch::redeliver() {
 
 void HidrawWatch::run(std::promise<void> listed) {
     ::pthread_setname_np(::pthread_self(), "device-watch");
-    m_hotplug = std::make_unique<HotplugSource>(); // before the listing, so that nothing falls in between
+    m_hotplug = std::make_unique<HotplugSource>(); // before the listing, so that no event is missed
     refresh(false);
     listed.set_value();
 
@@ -69,7 +69,7 @@ void HidrawWatch::run(std::promise<void> listed) {
             m_hotplug->wait(m_wake, m_bListed ? std::nullopt : std::optional(kListAgainAfter));
         if (bChanged)
             settle();
-        m_wake.clear(); // before what was asked for is read, so that nothing asked for later is missed
+        m_wake.clear(); // before the requests are read, so that no later one is missed
         const bool bRedeliver = m_bRedeliver.exchange(false);
         if (!m_bStop && (bChanged || bRedeliver || !m_bListed))
             refresh(bRedeliver);
@@ -89,7 +89,7 @@ void HidrawWatch::settle() {
 void HidrawWatch::refresh(bool bRedeliver) {
     const auto listed = m_system.list();
     m_bListed = listed.has_value();
-    if (!m_bListed) { // what was there counts as there
+    if (!m_bListed) { // the last list stays valid
         m_bRedeliver = m_bRedeliver || bRedeliver;
         return;
     }

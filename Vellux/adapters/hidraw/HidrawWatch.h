@@ -1,4 +1,4 @@
-// The device watch: the thread that lists the devices, opens them and follows their coming and going.
+// The device watch: the thread that lists and opens the devices, and follows arrivals and removals.
 #pragma once
 
 #include "adapters/hidraw/HidrawCatalogue.h"
@@ -39,7 +39,7 @@ public:
     /// reported any more after that, and devices() is empty. The thread that called start().
     void stop();
 
-    /// Lists again and reports each present device as gone and come. Any thread; returns at once.
+    /// Lists again and reports each present device as removed and arrived. Any thread; returns at once.
     void redeliver();
     /// The present devices. Any thread.
     HidDeviceList devices() const { return m_devices.get(); }

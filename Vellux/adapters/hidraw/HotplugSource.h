@@ -25,8 +25,8 @@ struct UdevUnref {
 template <typename T> using UdevPtr = std::unique_ptr<T, UdevUnref>;
 
 /// udev's events of hidraw nodes, after its rules have run, and changes of the permissions of nodes that
-/// could not be opened. The events only wake: what changed is read from the next listing, so that a lost
-/// event or a burst of them does no harm. Without a udev daemon there are no events. Used by one thread.
+/// could not be opened. The events only wake: what changed is read from the next listing, so that lost events
+/// and bursts do no harm. Without a udev daemon there are no events. Used by one thread.
 class HotplugSource {
 public:
     HotplugSource();
@@ -39,8 +39,8 @@ public:
     void watchRefused(const std::string& strPath);
     void forgetRefused();
 
-    /// Waits for an event, or for `wake`, which is left as it is; without a limit, however long it takes.
-    /// True when devices may have changed.
+    /// Waits for an event or for `wake`, which it doesn't clear; forever without a limit. True when devices
+    /// may have changed.
     bool wait(const WakeUp& wake, std::optional<std::chrono::milliseconds> limit = std::nullopt);
 
 private:

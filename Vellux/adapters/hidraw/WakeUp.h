@@ -3,7 +3,7 @@
 
 namespace vellux {
 
-/// An event descriptor. Signals that come before they are answered are one.
+/// An eventfd. Signals before the next clear() count as one.
 class WakeUp {
 public:
     WakeUp();
@@ -11,7 +11,7 @@ public:
     WakeUp(const WakeUp&) = delete;
     WakeUp& operator=(const WakeUp&) = delete;
 
-    /// What to poll for reading; -1 when the platform gave none.
+    /// To be polled for reading; -1 if it could not be created.
     int descriptor() const { return m_nDescriptor; }
     /// Makes the descriptor readable. Any thread; never blocks.
     void signal();

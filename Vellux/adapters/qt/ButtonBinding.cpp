@@ -10,13 +10,13 @@ namespace vellux {
 
 namespace {
 
-// The letter behind the "&" of a form's text.
+// The letter after the "&" in a form's text.
 QString mnemonicOf(const QString& strText) {
     const qsizetype nMark = strText.indexOf(QLatin1Char('&'));
     return nMark < 0 ? QString() : strText.mid(nMark + 1, 1);
 }
 
-// A title with its mnemonic marked where the letter occurs, and every other "&" as it is.
+// A title with its mnemonic marked where the letter occurs, and every other "&" shown literally.
 QString marked(const std::string& strTitle, const QString& strMnemonic) {
     QString strText = QString::fromStdString(strTitle);
     const qsizetype nLetter =
@@ -36,7 +36,7 @@ ButtonBinding::ButtonBinding(MainThread& mainThread, QAbstractButton& widget, st
     : ControlBinding(mainThread, widget, model), m_widget(widget), m_model(std::move(model)),
       m_action(std::move(action)), m_strMnemonic(mnemonicOf(widget.text())) {
     QObject::connect(&m_widget, &QAbstractButton::clicked, receiver(), [this] { press(); });
-    // Assistive technology toggles a box without clicking it. After a click the model agrees already.
+    // Assistive technology toggles a box without clicking it. After a click the model already agrees.
     const auto takeOver = [this] {
         const bool bChecked = m_widget.isChecked();
         if (bChecked != (m_model->state() != Button::kOff) && (bChecked || !isRadioButton()))
@@ -69,13 +69,13 @@ void ButtonBinding::showContent() {
 void ButtonBinding::showState() {
     const std::int64_t nState = m_model->state();
     if (auto* const pBox = qobject_cast<QCheckBox*>(&m_widget)) {
-        pBox->setTristate(nState == Button::kMixed); // or a user's clicks would come past "mixed"
+        pBox->setTristate(nState == Button::kMixed); // else a user's clicks would pass through "mixed"
         pBox->setCheckState(nState == Button::kMixed ? Qt::PartiallyChecked
                             : nState == Button::kOff ? Qt::Unchecked
                                                      : Qt::Checked);
         return;
     }
-    // An exclusive group lets nobody uncheck its one checked button; here the models have the say.
+    // An exclusive group never unchecks its checked button; here the models decide.
     QButtonGroup* const pGroup = m_widget.group();
     if (pGroup != nullptr)
         pGroup->setExclusive(false);

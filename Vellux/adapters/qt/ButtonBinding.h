@@ -7,8 +7,8 @@
 
 namespace vellux {
 
-/// A button of any kind. Its words are the form's, unless its model has a title; the letter of its mnemonic
-/// always is.
+/// A button of any kind. Its text is the form's unless the model has a title; its mnemonic is always the
+/// form's.
 class ButtonBinding : public ControlBinding {
 public:
     /// What the user's press does, after the model has the new state.
