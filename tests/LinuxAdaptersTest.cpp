@@ -45,15 +45,6 @@ TEST(StandardDirectories, DataHomeComesFromTheFirstAbsoluteValue) {
         EXPECT_EQ(userDataHome(row.environment), row.strDataHome);
 }
 
-TEST(StandardDirectories, TheReaderTellsUnsetFromEmpty) {
-    ::unsetenv("XDG_DATA_HOME");
-    ::setenv("HOME", "", 1);
-    const UserEnvironment environment = readUserEnvironment();
-    EXPECT_EQ(environment.strXdgDataHome, std::nullopt);
-    EXPECT_EQ(environment.strHome, "");
-    EXPECT_EQ(userDataHome(environment).front(), '/');
-}
-
 TEST(SystemClock, SleepsAtLeastAsLongAsAskedAndNeverForNothing) {
     const Watchdog watchdog("sleep");
     SystemClock clock;

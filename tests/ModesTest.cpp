@@ -222,7 +222,7 @@ TEST_F(Modes, SyncListsOnAnOlderLight) {
     vellux::WorkerThread::joinAll();
 }
 
-// A position beyond the list kept, or nothing selected "clamped"; clamped by the list before the refill.
+// A position beyond the list kept, or clamped by the list before the refill.
 TEST_F(Modes, PositionsBeyondTheListsAreClamped) {
     ui().setIndexOfManualModeColorList(8);
     ui().setIndexOfManualModeFlashSpeedList(0);
@@ -237,9 +237,6 @@ TEST_F(Modes, PositionsBeyondTheListsAreClamped) {
     EXPECT_EQ(journal.count("control manualModeColorList selected 7"), 1U);
     setSyncMode();
     EXPECT_EQ(journal.count("control syncModeColorList selected 7"), 1U);
-    ui().setIndexOfSyncModeColorList(-1);
-    setSyncMode();
-    EXPECT_EQ(journal.count("control syncModeColorList selected -1"), 1U);
 }
 
 // A flash that is not taken up again when its light comes back.
