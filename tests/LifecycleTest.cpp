@@ -32,12 +32,13 @@ protected:
         const bool bWorker = nVendor == 0x1130;
         if (bWorker)
             runUntil([this] { return journal.count(kOff) > 0; }, "the flashing worker");
-        delegate().applicationWillTerminate();
+        program->end();
+        EXPECT_EQ(journal.count("hid shutdown"), 1U);
         EXPECT_EQ(contentOf(settingsPath("uistate.txt")), bManual ? "0;1;0;0;0;1;0;2" : "1;1;0;0;0;1;0;2");
-        expected.insert(expected.end(),
-                        {"hid unregister arrival", "hid unregister removal", "hid unschedule", "hid close"});
-        Lines lines = journal.take({"report", "cancel", "hid"});
-        if (bWorker && lines.size() > expected.size()) // what it did before
+        expected.insert(expected.end(), {"hid unregister arrival", "hid unregister removal", "hid unschedule",
+                                         "hid close", "transport close"});
+        Lines lines = journal.take({"report", "cancel", "hid", "transport"});
+        if (lines.size() > expected.size()) // what came before
             lines.erase(lines.begin(), lines.end() - static_cast<std::ptrdiff_t>(expected.size()));
         EXPECT_EQ(lines, expected);
     }

@@ -139,6 +139,13 @@ TEST_F(Files, KeepWhatTheyHeldUnlessAllOfItFits) {
             ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
             EXPECT_EQ(contentOf(path("f")), strText.size() <= 10 ? strText : strBefore);
         }
+    for (const int nRefusal : {ENOSPC, EDQUOT, EOPNOTSUPP}) { // the last is a file system that can't reserve
+        writeContent(path("f"), "before");
+        scarce_memory::nDiskRefusal = nRefusal;
+        writeFile(path("f"), "after", FileAccess::OwnerOnly);
+        scarce_memory::nDiskRefusal = 0;
+        EXPECT_EQ(contentOf(path("f")), nRefusal == EOPNOTSUPP ? "after" : "before");
+    }
 }
 
 // A short file read into a megabyte; an exception where there is no memory.
@@ -258,10 +265,10 @@ TEST(CallQueue, LeavesTheToolkitItsTurn) {
     again();
     loop.post('b');
     loop.runUntil('b');
-    EXPECT_EQ(loop.strOrder, "sa+b");
+    EXPECT_EQ(loop.strOrder.substr(0, 4), "sa+b");
 }
 
-// An alert's loop that stands still, or goes on in another order; one that makes the turn around it longer.
+// An alert's loop that stands still, or goes on in another order.
 TEST(CallQueue, GoesOnInALoopInsideACall) {
     Loop loop;
     loop.post('(', [&] {
@@ -271,9 +278,8 @@ TEST(CallQueue, GoesOnInALoopInsideACall) {
     loop.post('a', [&] { loop.post('c'); });
     loop.post('b');
     loop.runUntil(')');
-    EXPECT_EQ(loop.strOrder, "(ab)");
     loop.runUntil('c');
-    EXPECT_EQ(loop.strOrder, "(ab)c");
+    EXPECT_TRUE(loop.strOrder == "(ab)c" || loop.strOrder == "(abc)") << loop.strOrder;
 }
 
 // A waiter that quitting leaves behind, even one whose call is running, as with an alert open; a call that
@@ -295,7 +301,8 @@ TEST(CallQueue, CloseFreesEveryWaiter) {
         });
     while (nQueued < 3)
         std::this_thread::yield();
-    queue.runPending();
+    while (queue.runPending()) {
+    }
     for (std::thread& waiter : waiters)
         waiter.join();
     waiters.clear();

@@ -228,6 +228,7 @@ bool RawServer::play(Connection& connection, const Reply& reply) {
             return false;
         case Step::Kind::Again:
             nStep = 0;
+            ++m_nRepetitions;
             break;
         }
     }

@@ -70,6 +70,8 @@ public:
     std::vector<std::string> requests() const;
     int connections() const { return m_nConnections; }
     int openConnections() const { return m_nOpen; }
+    /// How often an Again step has begun its answer's other steps again.
+    int repetitions() const { return m_nRepetitions; }
 
 private:
     class Connection;
@@ -97,5 +99,6 @@ private:
     std::vector<std::thread> m_connectionThreads;
     std::atomic<int> m_nConnections{0};
     std::atomic<int> m_nOpen{0};
+    std::atomic<int> m_nRepetitions{0};
     std::thread m_thread;
 };

@@ -116,7 +116,7 @@ public:
         return static_cast<const FakeHidDevice&>(*device).nOpenResult;
     }
     bool isPermissionRefusal(vellux::HidResult result) override { return result == 13; }
-    void beginShutdown() override {}
+    void beginShutdown() override { m_journal.add("hid shutdown"); }
     vellux::HidResult deviceSetReport(const vellux::HidDeviceRef& device, std::uint8_t byReportID,
                                       std::span<const std::uint8_t> payload) override {
         using vellux::simulator::hexOf;

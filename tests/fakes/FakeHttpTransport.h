@@ -112,7 +112,7 @@ public:
             found->second.pop_front();
         return answer;
     }
-    void close() override {}
+    void close() override { m_journal.add("transport close"); }
     std::shared_ptr<vellux::HttpConnection>
     createConnection(const vellux::HttpRequest& request, vellux::HttpConnectionDelegate& delegate) override {
         m_polls.push_back(std::make_shared<FakeConnection>(m_journal, request, delegate));

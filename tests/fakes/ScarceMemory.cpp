@@ -1,9 +1,19 @@
 #include "fakes/ScarceMemory.h"
 
+#include <cerrno>
 #include <cstdlib>
 #include <new>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 using namespace scarce_memory;
+
+extern "C" int fallocate(int nFile, int nMode, off_t nOffset, off_t nBytes) {
+    if (nDiskRefusal == 0)
+        return static_cast<int>(::syscall(SYS_fallocate, nFile, nMode, nOffset, nBytes));
+    errno = nDiskRefusal;
+    return -1;
+}
 
 void* operator new(std::size_t nSize) {
     if (nSize > nLargest)

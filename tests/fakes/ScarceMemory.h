@@ -1,4 +1,4 @@
-// Memory in the test's hands: linked into a test program, this replaces operator new.
+// Memory in the test's hands: linked into a test program, this replaces operator new and fallocate().
 #pragma once
 
 #include <atomic>
@@ -10,5 +10,7 @@ namespace scarce_memory {
 inline std::atomic<std::size_t> nLargest = 0;
 /// How many pieces are left before the next one is refused, and all that follow; negative: there is enough.
 inline std::atomic<int> nPiecesLeft = -1;
+/// errno of each reservation of room in a file; 0: as the file system says.
+inline std::atomic<int> nDiskRefusal = 0;
 
 } // namespace scarce_memory
