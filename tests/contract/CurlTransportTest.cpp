@@ -2,21 +2,14 @@
 
 #include "adapters/curl/CurlTransport.h"
 #include "adapters/curl/CurlPolicy.h"
+#include "fakes/TestWorld.h"
 #include "fakes/Watchdog.h"
-#include "ports/Platform.h"
 #include "server/RawServer.h"
-#include "threads/CallQueue.h"
 
-#include <gtest/gtest.h>
 #include <pthread.h>
 #include <sys/resource.h>
 
-#include <atomic>
-#include <chrono>
-#include <functional>
-#include <string>
 #include <thread>
-#include <vector>
 
 using vellux::HttpConnection;
 using vellux::HttpError;
@@ -27,6 +20,8 @@ using vellux::simulator::CertificateAuthority;
 namespace {
 
 using Texts = std::vector<std::string>;
+
+std::atomic<int> nQueued{0}; // calls to the main thread
 
 HttpRequest get(const std::string& strUrl) {
     return {"GET", strUrl, {{"Content-Type", "application/json"}}, {}, {}};
@@ -44,41 +39,37 @@ HttpRequest post(const std::string& strUrl, const std::string& strBody) {
             strUrl};
 }
 
-class CurlTransportTest : public testing::Test, protected vellux::HttpConnectionDelegate {
+/// Journals what a poll hears as "response", "data ...", "complete" and "failed".
+class CurlTransportTest : public TestWorld, protected vellux::HttpConnectionDelegate {
 protected:
-    CurlTransportTest() { setenv("http_proxy", "http://127.0.0.1:1", 1); } // to be ignored when told to
+    CurlTransportTest() : TestWorld(std::make_unique<vellux::CallQueue>([] { ++nQueued; })) {
+        setenv("http_proxy", "http://127.0.0.1:1", 1); // to be ignored when told to
+    }
 
     RawServer::Tls secure() const { return {*authority.issueServerIdentity()}; }
     HttpResponse send(HttpRequest request) {
         request.timeout = std::chrono::seconds(20);
-        return transport.sendSynchronousRequest(request);
+        return curl.sendSynchronousRequest(request);
     }
     std::shared_ptr<HttpConnection> poll(const std::string& strUrl, int nTimeout = 20) {
         HttpRequest request = get(strUrl);
         request.timeout = std::chrono::seconds(nTimeout);
         vellux::assertMainThread(mainThread);
-        auto connection = transport.createConnection(request, *this);
+        auto connection = curl.createConnection(request, *this);
         connection->start();
         return connection;
     }
-    void waitFor(const std::function<bool()>& condition) { // main's calls are left alone
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-        while (!condition()) {
-            ASSERT_LT(std::chrono::steady_clock::now(), deadline) << testing::PrintToString(heard);
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        }
+    /// Leaves main's calls alone.
+    void waitFor(const std::function<bool()>& condition) {
+        while (!condition())
+            journal.waitForChange();
     }
-    void runUntil(const std::function<bool()>& condition) {
-        waitFor([&] {
-            mainThread.runPending();
-            return condition();
-        });
+    Lines heard() { return journal.lines({"response", "data", "complete", "failed"}); }
+    void runUntilHeard(std::size_t nCount) {
+        runUntil([&] { return heard().size() >= nCount; }, "what is heard");
     }
     void runUntilTheEnd() {
-        runUntil([&] { return !heard.empty() && (heard.back() == "complete" || heard.back() == "failed"); });
-    }
-    void runUntilHeard(std::size_t nCount) {
-        runUntil([&] { return heard.size() >= nCount; });
+        runUntil([&] { return journal.count("complete") + journal.count("failed") > 0; }, "the end");
     }
 
     void connectionDidReceiveResponse(HttpConnection&) override { hear("response"); }
@@ -89,14 +80,12 @@ protected:
     void connectionDidFailWithError(HttpConnection&, const HttpError&) override { hear("failed"); }
     void hear(const std::string& strLine) {
         EXPECT_TRUE(mainThread.isCurrent());
-        heard.push_back(strLine);
+        journal.add(strLine);
     }
 
-    std::atomic<int> nQueued{0};
-    vellux::CallQueue mainThread{[this] { ++nQueued; }};
+    const Watchdog watchdog{"a wait for the transport"};
     const CertificateAuthority authority = *CertificateAuthority::create();
-    vellux::CurlTransport transport{mainThread, {authority.pem(), false}};
-    Texts heard;
+    vellux::CurlTransport curl{mainThread, {authority.pem(), false}};
 };
 
 } // namespace
@@ -186,7 +175,7 @@ TEST_F(CurlTransportTest, RefusesMalformedRequestsBeforeSending) {
         EXPECT_FALSE(send(get(strUrl)).succeeded()) << strUrl;
     poll(server.origin() + "/a b");
     runUntilHeard(1);
-    EXPECT_EQ(heard, Texts{"failed"});
+    EXPECT_EQ(heard(), Texts{"failed"});
     EXPECT_EQ(server.connections(), 0);
 }
 
@@ -261,20 +250,20 @@ TEST_F(CurlTransportTest, KeepsCookiesInMemory) {
 }
 
 // Guards against a batch of events falling apart into pieces that are each unreadable. A busy machine may
-// really fall silent for 100 ms, so one whole delivery in ten tries is enough; without gathering there is
-// none.
+// really fall silent for 100 ms, so one whole delivery in ten tries is enough; without gathering so much
+// never comes at once.
 TEST_F(CurlTransportTest, GathersPiecesThatBelongTogether) {
-    const RawServer::Reply inPieces = {RawServer::send("HTTP/1.1 200 OK\r\nContent-Length: 8\r\n\r\nab"),
-                                       RawServer::send("cd"), RawServer::send("ef"), RawServer::send("gh")};
-    RawServer server(std::vector<RawServer::Reply>(10, inPieces));
-    int nWhole = 0;
-    for (int n = 0; n < 10 && nWhole == 0; ++n) {
-        heard.clear();
+    const std::string strLong(std::size_t{8} << 20, 'x');
+    RawServer server({});
+    bool bWhole = false;
+    for (int n = 0; n < 10 && !bWhole; ++n) {
+        journal.clear();
+        server.addReply(RawServer::answer(strLong));
         poll(server.origin() + "/");
         runUntilTheEnd();
-        nWhole += heard == Texts{"response", "data abcdefgh", "complete"} ? 1 : 0;
+        bWhole = heard() == Texts{"response", "data " + strLong, "complete"};
     }
-    EXPECT_EQ(nWhole, 1);
+    EXPECT_TRUE(bWhole);
 }
 
 // Guards against a batch waiting for the end of an answer that the server keeps open, and against a cut
@@ -284,10 +273,10 @@ TEST_F(CurlTransportTest, DeliversAfterSilenceAndThenTheFailure) {
                        RawServer::waitForGo(), RawServer::send("cd"), RawServer::close()}});
     poll(server.origin() + "/"); // the reference is dropped at once: that cancels nothing
     runUntilHeard(2);
-    EXPECT_EQ(heard, (Texts{"response", "data ab"}));
+    EXPECT_EQ(heard(), (Texts{"response", "data ab"}));
     server.go();
     runUntilHeard(4);
-    EXPECT_EQ(heard, (Texts{"response", "data ab", "data cd", "failed"}));
+    EXPECT_EQ(heard(), (Texts{"response", "data ab", "data cd", "failed"}));
 }
 
 // Guards against a second start asking twice, and a callback arriving after a cancel, even one already
@@ -301,7 +290,7 @@ TEST_F(CurlTransportTest, CallsNobodyAfterCancel) {
     connection->cancel();
     connection->cancel();
     mainThread.runPending();
-    EXPECT_EQ(heard, Texts{});
+    EXPECT_EQ(heard(), Texts{});
     EXPECT_EQ(server.requests().size(), 1U);
 }
 
@@ -317,17 +306,17 @@ TEST_F(CurlTransportTest, PollsMayFallSilentForSoLongAndRequestsLastForSoLong) {
     RawServer server({drip, drip, {RawServer::waitForGo()}});
     HttpRequest request = get(server.origin() + "/");
     request.timeout = std::chrono::seconds(2);
-    std::thread waiting([&] { EXPECT_TRUE(transport.sendSynchronousRequest(request).error); });
+    std::thread waiting([&] { EXPECT_TRUE(curl.sendSynchronousRequest(request).error); });
     poll(server.origin() + "/", 2);
     waitFor([&] { return server.requests().size() == 2; });
     runUntilTheEnd();
     waiting.join();
-    EXPECT_GE(heard.size(), 4U) << "a piece that is followed by silence doesn't wait for the rest";
-    EXPECT_EQ(heard.back(), "complete");
-    heard.clear();
+    EXPECT_GE(heard().size(), 4U) << "a piece that is followed by silence doesn't wait for the rest";
+    EXPECT_EQ(heard().back(), "complete");
+    journal.clear();
     poll(server.origin() + "/", 1);
     runUntilHeard(1);
-    EXPECT_EQ(heard, Texts{"failed"});
+    EXPECT_EQ(heard(), Texts{"failed"});
 }
 
 // Guards against a program that can't end while a server keeps it waiting, or that opens its polls again and
@@ -342,19 +331,18 @@ TEST_F(CurlTransportTest, CloseFreesAWaitingThreadAndCallsNobody) {
     waitFor([&] { return server.requests().size() == 2; });
     poll(server.origin() + "/");
     waitFor([&] { return nQueued == 2; });
-    transport.close();
+    curl.close();
     waiting.join();
     EXPECT_TRUE(answer.error.has_value());
     EXPECT_FALSE(send(get(server.origin() + "/")).succeeded());
     poll(server.origin() + "/a b");
     mainThread.runPending();
-    EXPECT_EQ(heard, Texts{});
+    EXPECT_EQ(heard(), Texts{});
 }
 
 // Guards against an end that hangs, or a program that ends at once, since there was no descriptor or no
 // thread left when the first request came; and against one that never tries again.
 TEST_F(CurlTransportTest, FailsWhileNothingIsLeftForIt) {
-    const Watchdog watchdog("a transport without a wake-up or a thread");
     rlimit usual{};
     getrlimit(RLIMIT_NOFILE, &usual);
     const rlimit none{3, usual.rlim_max}; // all of these are taken
@@ -368,10 +356,10 @@ TEST_F(CurlTransportTest, FailsWhileNothingIsLeftForIt) {
         EXPECT_TRUE(itsTransport.sendSynchronousRequest(request).error.has_value());
         itsTransport.createConnection(request, *this)->start();
     };
-    attempt(transport); // what a sanitizer meets for the first time may cost it a descriptor
+    attempt(curl); // what a sanitizer meets for the first time may cost it a descriptor
     runUntilHeard(1);
     for (const bool bThreads : {false, true}) {
-        heard.clear();
+        journal.clear();
         vellux::CurlTransport deprived(mainThread, {std::nullopt, false});
         auto ended = std::make_unique<vellux::CurlTransport>(mainThread, vellux::CurlTransportOptions{});
         bThreads ? pthread_setattr_default_np(&tooLarge) : setrlimit(RLIMIT_NOFILE, &none);
@@ -381,7 +369,7 @@ TEST_F(CurlTransportTest, FailsWhileNothingIsLeftForIt) {
         setrlimit(RLIMIT_NOFILE, &usual);
         pthread_setattr_default_np(&usualThread);
         mainThread.runPending();
-        EXPECT_EQ(heard, Texts{"failed"}) << "and nobody is called back by the one that has ended";
+        EXPECT_EQ(heard(), Texts{"failed"}) << "and nobody is called back by the one that has ended";
         RawServer server({RawServer::answer("there")});
         EXPECT_EQ(deprived.sendSynchronousRequest(get(server.origin() + "/")).body, "there");
     }
@@ -393,14 +381,14 @@ TEST_F(CurlTransportTest, ServesManyThreads) {
     constexpr int kThreads = 8;
     constexpr int kEach = 50;
     RawServer server(std::vector<RawServer::Reply>(kThreads * kEach, RawServer::answer("ok")));
-    std::vector<std::thread> threads;
+    std::vector<std::thread> senders;
     std::atomic<int> nGood{0};
     for (int n = 0; n < kThreads; ++n)
-        threads.emplace_back([&] {
+        senders.emplace_back([&] {
             for (int k = 0; k < kEach; ++k)
                 nGood += send(get(server.origin() + "/")).body == "ok" ? 1 : 0;
         });
-    for (std::thread& thread : threads)
-        thread.join();
+    for (std::thread& sender : senders)
+        sender.join();
     EXPECT_EQ(nGood, kThreads * kEach);
 }
