@@ -3,9 +3,6 @@
 #include "fakes/ServerTexts.h"
 #include "fakes/TestWorld.h"
 
-#include <atomic>
-#include <thread>
-
 namespace {
 
 using Lines = Journal::Lines;

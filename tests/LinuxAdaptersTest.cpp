@@ -10,12 +10,11 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
+#include <cerrno>
 #include <csignal>
-#include <cstdio>
 #include <semaphore>
 #include <sys/resource.h>
-#include <thread>
+#include <system_error>
 #include <unistd.h>
 
 using namespace vellux;

@@ -8,14 +8,12 @@
 #include "support/Url.h"
 #include "threads/SharedInstance.h"
 
-#include <atomic>
 #include <csignal>
 #include <limits>
 #include <pthread.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <thread>
 #include <unistd.h>
 
 namespace {

@@ -9,8 +9,6 @@
 #include <pthread.h>
 #include <sys/resource.h>
 
-#include <thread>
-
 using vellux::HttpConnection;
 using vellux::HttpError;
 using vellux::HttpRequest;

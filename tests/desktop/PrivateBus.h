@@ -12,16 +12,12 @@
 #include "desktop/ChildProcess.h"
 #include "fakes/Watchdog.h"
 
-#include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusVariant>
-#include <QFile>
 #include <QStringList>
 #include <QTemporaryDir>
-
-#include <string>
 
 enum class BusKind { Session, System };
 

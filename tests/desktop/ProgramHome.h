@@ -6,10 +6,8 @@
 #include "fakes/Sanitizers.h"
 #include "support/Files.h"
 
-#include <cstdlib>
 #include <filesystem>
 #include <span>
-#include <string>
 
 inline constexpr const char* kUserName = "EXAMPLE\\robin";
 inline constexpr const char* kPassword = "example-password";

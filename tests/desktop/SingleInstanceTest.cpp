@@ -12,7 +12,6 @@
 #include <memory>
 #include <ostream>
 #include <sys/file.h>
-#include <unistd.h>
 
 namespace {
 

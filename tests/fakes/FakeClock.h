@@ -4,11 +4,7 @@
 #include "fakes/Journal.h"
 #include "ports/Clock.h"
 
-#include <chrono>
-#include <condition_variable>
 #include <cstdio>
-#include <mutex>
-#include <string>
 #include <thread>
 
 /// Journals each sleep as "sleep SECONDS" (all digits that count). Sleeps take no time, but for those of a

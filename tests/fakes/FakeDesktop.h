@@ -7,8 +7,6 @@
 #include <functional>
 #include <memory>
 #include <optional>
-#include <string>
-#include <utility>
 
 /// Journals "window main front|out".
 class FakeWindow : public vellux::Window {

@@ -6,13 +6,9 @@
 #include "ports/HidManager.h"
 #include "threads/MainThread.h"
 
-#include <algorithm>
 #include <map>
 #include <memory>
 #include <optional>
-#include <string>
-#include <utility>
-#include <vector>
 
 /// A device of a given identity. Without a property map entry it lacks that property.
 struct FakeHidDevice : vellux::HidDevice {

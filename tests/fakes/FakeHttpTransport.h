@@ -9,11 +9,7 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
-#include <string>
-#include <utility>
-#include <vector>
 
 /// The request as one journal line: "METHOD URL | Name: value | ... | timeout | body".
 inline std::string requestLine(const vellux::HttpRequest& request) {

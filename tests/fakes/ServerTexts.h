@@ -3,9 +3,6 @@
 
 #include "fakes/FakeHttpTransport.h"
 
-#include <string>
-#include <vector>
-
 inline const std::string kConnectionAlert = "alert Not able to connect to Lync server. Please check your "
                                             "network connection and check whether you have "
                                             "entered the correct server name on the Configure dialog.";

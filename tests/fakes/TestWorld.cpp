@@ -2,7 +2,6 @@
 
 #include "fakes/WindowControls.h"
 
-#include <chrono>
 #include <fstream>
 #include <iterator>
 #include <type_traits>

@@ -20,12 +20,6 @@
 
 #include <atomic>
 #include <filesystem>
-#include <functional>
-#include <memory>
-#include <optional>
-#include <string>
-#include <utility>
-#include <vector>
 
 /// The test's thread is the main thread. Each test is a process of its own, so the shared instances are new.
 class TestWorld : public testing::Test {

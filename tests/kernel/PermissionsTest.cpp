@@ -7,8 +7,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
 
 using namespace vellux::simulator;

@@ -5,8 +5,6 @@
 #include <QDBusObjectPath>
 #include <QDBusVariant>
 
-#include <cstdlib>
-
 namespace {
 
 constexpr const char* kAccessible = "org.a11y.atspi.Accessible";

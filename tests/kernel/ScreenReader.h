@@ -5,9 +5,6 @@
 
 #include <QPair>
 
-#include <string>
-#include <vector>
-
 /// Has a display, a session bus and the accessibility bus for the programs that are started from now on; they
 /// end with this object.
 class ScreenReader {

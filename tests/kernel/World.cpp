@@ -3,9 +3,6 @@
 #include "Hex.h"
 #include "support/Files.h"
 
-#include <csignal>
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <sys/syscall.h>
 #include <utility>

@@ -10,7 +10,6 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <string>
 
 using vellux::simulator::LightModel;
 

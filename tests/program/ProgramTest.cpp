@@ -11,14 +11,8 @@
 #include <xcb/xcb.h>
 
 #include <atomic>
-#include <csignal>
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <memory>
-#include <string>
-#include <thread>
-#include <vector>
 
 namespace {
 

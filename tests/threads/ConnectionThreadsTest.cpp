@@ -3,10 +3,8 @@
 #include "fakes/TestWorld.h"
 #include "fakes/Watchdog.h"
 
-#include <atomic>
 #include <random>
 #include <semaphore>
-#include <thread>
 
 namespace {
 

@@ -3,9 +3,6 @@
 #include "fakes/LightWorld.h"
 #include "fakes/Watchdog.h"
 
-#include <atomic>
-#include <thread>
-
 namespace {
 
 class FlashWorkers : public LightWorld {
