@@ -19,7 +19,7 @@ set(layers
   "Program            | VelluxAppDelegate VelluxWindowUi ports threads                   |"
   "main               | Program VelluxAppDelegate VelluxWindowUi VelluxHttp adapters     | *"
   "adapters/curl      | ports threads support                      | *"
-  "adapters/hidraw    | ports threads support                      | *"
+  "adapters/hidraw    | adapters/linux ports threads support       | *"
   "adapters/linux     | ports                                      | *"
   "adapters/dbus      | adapters/ApplicationId ports threads       | *"
   "adapters/qt        | adapters/ApplicationId adapters/dbus VelluxWindowUi VelluxHttp ports model threads support | *"

@@ -1,10 +1,9 @@
 #include "server/EventChannel.h"
 
+#include "adapters/linux/WakeUp.h"
 #include "server/Bodies.h"
 
 #include <poll.h>
-#include <sys/eventfd.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -18,22 +17,13 @@ class EventChannel::Hold {
 public:
     enum class End { Released, TimeLimit, ClientGone };
 
-    Hold() : m_nWake(::eventfd(0, EFD_CLOEXEC)) {}
-    ~Hold() { ::close(m_nWake); }
-    Hold(const Hold&) = delete;
-    Hold& operator=(const Hold&) = delete;
-
     std::optional<Reply> reply;
 
-    void wake() const {
-        const std::uint64_t nOne = 1;
-        static_cast<void>(::write(m_nWake, &nOne, sizeof nOne) ==
-                          sizeof nOne); // can't fail: it is far from full
-    }
+    void wake() { m_wake.signal(); }
 
     End wait(int nSocket, std::chrono::milliseconds limit) const {
         constexpr std::int64_t kLongest = std::numeric_limits<int>::max();
-        std::array<pollfd, 2> waiting = {{{m_nWake, POLLIN, 0}, {nSocket, POLLRDHUP, 0}}};
+        std::array<pollfd, 2> waiting = {{{m_wake.descriptor(), POLLIN, 0}, {nSocket, POLLRDHUP, 0}}};
         const int nReady = ::poll(waiting.data(), waiting.size(),
                                   static_cast<int>(std::min<std::int64_t>(limit.count(), kLongest)));
         if (waiting[0].revents != 0)
@@ -42,7 +32,7 @@ public:
     }
 
 private:
-    const int m_nWake;
+    WakeUp m_wake;
 };
 
 EventChannel::EventChannel(std::string strApplicationPath, std::chrono::milliseconds holdLimit,

@@ -4,7 +4,7 @@
 #include "adapters/hidraw/HidrawCatalogue.h"
 #include "adapters/hidraw/HidrawListing.h"
 #include "adapters/hidraw/HotplugSource.h"
-#include "adapters/hidraw/WakeUp.h"
+#include "adapters/linux/WakeUp.h"
 #include "threads/Shared.h"
 
 #include <atomic>

@@ -1,7 +1,7 @@
 // What wakes the device watch to list again.
 #pragma once
 
-#include "adapters/hidraw/WakeUp.h"
+#include "adapters/linux/WakeUp.h"
 
 #include <libudev.h>
 

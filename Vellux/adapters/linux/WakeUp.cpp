@@ -1,4 +1,4 @@
-#include "adapters/hidraw/WakeUp.h"
+#include "adapters/linux/WakeUp.h"
 
 #include <sys/eventfd.h>
 #include <unistd.h>
