@@ -16,19 +16,19 @@ enum class AES128Direction : std::uint32_t { Encrypt = 0, Decrypt = 1 };
 /// credentials file depends on that (kept-on-purpose:ecb). Encrypting n bytes gives n rounded up to the next
 /// multiple of 16, or n + 16 for a multiple; decrypting checks and removes the padding. Absent for a length
 /// that is no multiple of 16, a bad padding, some 2 GiB or more, or when memory runs out.
-std::optional<vellux::ByteBuffer> AES128Operation(AES128Direction operation,
-                                                  std::span<const std::uint8_t> data,
-                                                  std::optional<std::string_view> key,
-                                                  std::optional<std::string_view> iv);
+[[nodiscard]] std::optional<vellux::ByteBuffer> AES128Operation(AES128Direction operation,
+                                                                std::span<const std::uint8_t> data,
+                                                                std::optional<std::string_view> key,
+                                                                std::optional<std::string_view> iv);
 
 /// AES128Operation by its two directions, with and without an initialisation vector.
-std::optional<vellux::ByteBuffer> AES128EncryptedDataWithKey(std::span<const std::uint8_t> data,
-                                                             std::optional<std::string_view> key);
-std::optional<vellux::ByteBuffer> AES128EncryptedDataWithKey(std::span<const std::uint8_t> data,
-                                                             std::optional<std::string_view> key,
-                                                             std::optional<std::string_view> iv);
-std::optional<vellux::ByteBuffer> AES128DecryptedDataWithKey(std::span<const std::uint8_t> data,
-                                                             std::optional<std::string_view> key);
-std::optional<vellux::ByteBuffer> AES128DecryptedDataWithKey(std::span<const std::uint8_t> data,
-                                                             std::optional<std::string_view> key,
-                                                             std::optional<std::string_view> iv);
+[[nodiscard]] std::optional<vellux::ByteBuffer>
+AES128EncryptedDataWithKey(std::span<const std::uint8_t> data, std::optional<std::string_view> key);
+[[nodiscard]] std::optional<vellux::ByteBuffer>
+AES128EncryptedDataWithKey(std::span<const std::uint8_t> data, std::optional<std::string_view> key,
+                           std::optional<std::string_view> iv);
+[[nodiscard]] std::optional<vellux::ByteBuffer>
+AES128DecryptedDataWithKey(std::span<const std::uint8_t> data, std::optional<std::string_view> key);
+[[nodiscard]] std::optional<vellux::ByteBuffer>
+AES128DecryptedDataWithKey(std::span<const std::uint8_t> data, std::optional<std::string_view> key,
+                           std::optional<std::string_view> iv);

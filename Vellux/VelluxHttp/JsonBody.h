@@ -29,7 +29,7 @@ public:
 
     /// Absent unless the body is one JSON object in UTF-8 with at most 1,000,000 values, nested at most
     /// 200,000 deep; also when memory runs out.
-    static std::optional<JsonBody> parse(std::string_view strBody);
+    [[nodiscard]] static std::optional<JsonBody> parse(std::string_view strBody);
 
     /// The string at the end of the path; absent when a member on the way is missing or the value isn't a
     /// string.

@@ -18,9 +18,9 @@ HttpRequest postRequest(std::string strUrl, HttpHeaderFields headerFields, std::
 
 /// Performs the exchange; returns the body, or absent when there was none or an error occurred. Blocks for up
 /// to request.timeout.
-std::optional<std::string> exchange(const HttpRequest& request);
+[[nodiscard]] std::optional<std::string> exchange(const HttpRequest& request);
 
 /// The same, but on failure shows an alert that the server can't be reached, and waits until it is dismissed.
-std::optional<std::string> exchangeOrAlert(const HttpRequest& request);
+[[nodiscard]] std::optional<std::string> exchangeOrAlert(const HttpRequest& request);
 
 } // namespace vellux

@@ -64,15 +64,16 @@ public:
     virtual Window* mainWindow() VELLUX_REQUIRES(mainThreadRole) = 0;
     /// Loads the window with the given description name ("AboutDialog") for its controller, which outlives
     /// it. Null when there is no such description.
-    virtual std::unique_ptr<Window> loadWindow(std::string_view strDescription, WindowController& controller)
+    [[nodiscard]] virtual std::unique_ptr<Window> loadWindow(std::string_view strDescription,
+                                                             WindowController& controller)
         VELLUX_REQUIRES(mainThreadRole) = 0;
     /// Opens an address in the user's default browser.
     virtual void openUrl(const std::string& strUrl) VELLUX_REQUIRES(mainThreadRole) = 0;
     /// Asks the application to end; returns before it does.
     virtual void terminate() VELLUX_REQUIRES(mainThreadRole) = 0;
     /// Begins a process activity; absent on a platform without that service.
-    virtual std::optional<ProcessActivity> beginActivityWithOptions(std::uint64_t nOptions,
-                                                                    const std::string& strReason)
+    [[nodiscard]] virtual std::optional<ProcessActivity>
+    beginActivityWithOptions(std::uint64_t nOptions, const std::string& strReason)
         VELLUX_REQUIRES(mainThreadRole) = 0;
     /// The first of the user's application-support directories, without a trailing slash, absolute.
     virtual std::string applicationSupportDirectory() VELLUX_REQUIRES(mainThreadRole) = 0;

@@ -50,7 +50,7 @@ public:
     virtual ~HidManager() = default;
 
     /// Makes the manager ready for use; false when the platform has none.
-    virtual bool create() VELLUX_REQUIRES(mainThreadRole) = 0;
+    [[nodiscard]] virtual bool create() VELLUX_REQUIRES(mainThreadRole) = 0;
     /// A device that matches any of the entries belongs to the manager's set.
     virtual void setDeviceMatchingMultiple(const std::vector<HidMatching>& matching)
         VELLUX_REQUIRES(mainThreadRole) = 0;
@@ -64,7 +64,7 @@ public:
     /// Whether the notices are attached to the calling (main) thread's loop.
     virtual void setScheduled(bool bScheduled) VELLUX_REQUIRES(mainThreadRole) = 0;
     /// Starts following devices; 0 on success. May block while the devices are listed for the first time.
-    virtual HidResult open() VELLUX_REQUIRES(mainThreadRole) = 0;
+    [[nodiscard]] virtual HidResult open() VELLUX_REQUIRES(mainThreadRole) = 0;
     /// Stops following devices and forgets them. References that are still held stay valid.
     virtual void close() VELLUX_REQUIRES(mainThreadRole) = 0;
 
@@ -73,7 +73,7 @@ public:
     virtual void beginShutdown() = 0;
 
     /// The devices that match now, in no particular order; absent when the platform can't tell.
-    virtual std::optional<HidDeviceList> copyDevices() VELLUX_REQUIRES(mainThreadRole) = 0;
+    [[nodiscard]] virtual std::optional<HidDeviceList> copyDevices() VELLUX_REQUIRES(mainThreadRole) = 0;
     /// A numeric property of a device; absent when it has none of that name, or it isn't a number.
     virtual std::optional<std::int64_t> deviceGetProperty(const HidDeviceRef& device, std::string_view strKey)
         VELLUX_REQUIRES(mainThreadRole) = 0;

@@ -89,12 +89,12 @@ public:
     /// request.timeout. Errors include a URL that is malformed, has no host or has user information; a header
     /// field with a line break; a credential that would leave its origin; and a body over 16 MiB. Redirects
     /// are followed, but a request with a body or a credential is not sent to another scheme, host or port.
-    virtual HttpResponse sendSynchronousRequest(const HttpRequest& request) = 0;
+    [[nodiscard]] virtual HttpResponse sendSynchronousRequest(const HttpRequest& request) = 0;
 
     /// Creates an asynchronous request whose callbacks go to `delegate`, which must outlive it. Main thread.
     /// Never null.
-    virtual std::shared_ptr<HttpConnection> createConnection(const HttpRequest& request,
-                                                             HttpConnectionDelegate& delegate)
+    [[nodiscard]] virtual std::shared_ptr<HttpConnection> createConnection(const HttpRequest& request,
+                                                                           HttpConnectionDelegate& delegate)
         VELLUX_REQUIRES(mainThreadRole) = 0;
 
     /// Cancels what is under way: synchronous requests return an error at once, asynchronous ones call nobody

@@ -22,7 +22,7 @@ void createFileIfMissing(const std::string& strPath, FileAccess access);
 
 /// The whole of a regular file as UTF-8 text; absent when it can't be read, isn't UTF-8, or is larger than 1
 /// MiB, far more than our files are.
-std::optional<std::string> readTextFile(const std::string& strPath);
+[[nodiscard]] std::optional<std::string> readTextFile(const std::string& strPath);
 
 /// Overwrites the file in place, creating it if need be (kept-on-purpose:written-in-place). Where there is no
 /// room for the whole text, the file keeps what it held. Nothing is flushed to the disk. With OwnerOnly

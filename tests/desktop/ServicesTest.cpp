@@ -76,7 +76,7 @@ TEST_F(Services, ThePortalInhibitsForAsLongAsAnActivityLives) {
     EXPECT_TRUE(waitUntil([&] { return portal.calls().size() == 2; }));
     EXPECT_EQ(portal.calls().last(), "Close");
 
-    beginProcessActivity("released before the answer");
+    static_cast<void>(beginProcessActivity("released before the answer"));
     EXPECT_TRUE(waitUntil([&] { return portal.calls().size() == 4; }));
     EXPECT_EQ(portal.calls().last(), "Close");
     EXPECT_EQ(logind.reasons(), QStringList());
@@ -89,7 +89,7 @@ TEST_F(Services, LogindInhibitsWhereThePortalDoesNot) {
         "raise dbus.exceptions.DBusException('no', name='org.freedesktop.DBus.Error.Failed')");
     Logind logind;
     std::optional<ProcessActivity> first = beginProcessActivity("first");
-    beginProcessActivity("released before the answer");
+    static_cast<void>(beginProcessActivity("released before the answer"));
     EXPECT_TRUE(waitUntil([&] { return logind.reasons() == QStringList("first"); }));
     std::optional<ProcessActivity> second = beginProcessActivity("second");
     EXPECT_TRUE(waitUntil([&] { return logind.reasons() == QStringList({"first", "second"}); }));

@@ -26,7 +26,7 @@ public:
 
     /// Starts a transfer. Absent on success; else why it was not started (closed, or no resources for the
     /// thread), and the transfer calls nobody.
-    std::optional<HttpError> start(const std::shared_ptr<CurlTransfer>& transfer);
+    [[nodiscard]] std::optional<HttpError> start(const std::shared_ptr<CurlTransfer>& transfer);
     /// Drops a transfer without a callback, and closes its socket.
     void cancel(const std::shared_ptr<CurlTransfer>& transfer);
     /// Accepts no more transfers, ends those that a thread waits for with an error, and drops the others.

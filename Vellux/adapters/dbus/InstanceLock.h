@@ -25,7 +25,7 @@ public:
 
     /// Locks the file, unless another process holds it, and listens. Returns whether we hold it now; absent
     /// when there is no private directory for it, or it can't be opened or locked.
-    std::optional<bool> tryLock();
+    [[nodiscard]] std::optional<bool> tryLock();
 
     /// Sends the activation to the lock's holder. True when it was received, or when the holder was silent
     /// until the deadline, and so will read it later; false when nobody listens or the holder has ended.

@@ -24,7 +24,7 @@ public:
 
     /// Requests the name. Returns whether we own it now; absent when the bus refuses, or doesn't answer by
     /// the deadline.
-    std::optional<bool> request(const QDeadlineTimer& deadline);
+    [[nodiscard]] std::optional<bool> request(const QDeadlineTimer& deadline);
 
 private:
     QDBusConnection m_bus;

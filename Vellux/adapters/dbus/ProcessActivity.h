@@ -12,6 +12,6 @@ namespace vellux {
 /// inhibitor on the system bus, and holds the inhibition while the reference lives. Returns at once: the
 /// services are asked in the background, and if none answers nothing is held and nothing is reported. Absent
 /// without any bus. Main thread.
-std::optional<ProcessActivity> beginProcessActivity(const std::string& strReason);
+[[nodiscard]] std::optional<ProcessActivity> beginProcessActivity(const std::string& strReason);
 
 } // namespace vellux

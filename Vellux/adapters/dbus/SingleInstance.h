@@ -17,7 +17,7 @@ public:
     /// Claims both, once the application object exists. Null when another process holds them: it has then
     /// been asked to show its window, with the activation token of this process's environment. Blocks for up
     /// to two seconds.
-    static std::unique_ptr<SingleInstance> claim();
+    [[nodiscard]] static std::unique_ptr<SingleInstance> claim();
     /// Releases both.
     virtual ~SingleInstance() = default;
     SingleInstance(const SingleInstance&) = delete;

@@ -13,7 +13,7 @@ namespace vellux {
 /// Every device with a hidraw node, in the order of their sysfs paths; one that leaves meanwhile may be
 /// missing. Absent when the system can't tell, for instance without a free descriptor. Opens no device and
 /// waits for none. Any thread.
-std::optional<std::vector<HidrawEntry>> listHidrawDevices();
+[[nodiscard]] std::optional<std::vector<HidrawEntry>> listHidrawDevices();
 
 /// What opening a node gives.
 struct HidrawNode {
@@ -26,7 +26,7 @@ struct HidrawNode {
 /// Opens a node for writing, close-on-exec: ENODEV for one whose device has just left, ENOTTY for a file that
 /// isn't a hidraw node. Blocks while the kernel powers the device up, or while a report is under way to any
 /// device. Any thread.
-HidrawNode openHidrawNode(const std::string& strPath);
+[[nodiscard]] HidrawNode openHidrawNode(const std::string& strPath);
 
 /// Where a device watch finds its devices. Both are called on its thread.
 struct HidrawSystem {

@@ -24,7 +24,7 @@ class TerminationWatch {
 public:
     /// `requested` is called at most once, on the watch's thread, even while the main thread is busy. Catches
     /// the signals first if that has not been done. Null when no thread can be created.
-    static std::unique_ptr<TerminationWatch> start(std::function<void()> requested);
+    [[nodiscard]] static std::unique_ptr<TerminationWatch> start(std::function<void()> requested);
     /// Waits for that thread. The program is about to end: the signals stay caught.
     ~TerminationWatch();
     TerminationWatch(const TerminationWatch&) = delete;
