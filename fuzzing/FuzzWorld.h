@@ -1,8 +1,8 @@
 // What the fuzz targets share: how an input is read, how a broken property is reported, and the real modules
 // on ports in memory.
 //
-// A target is one function, LLVMFuzzerTestOneInput. It makes no thread, sleeps nowhere, and each run starts
-// from the same state, so that an input that fails does so alone, too.
+// A target is one function, LLVMFuzzerTestOneInput. It creates no threads and never sleeps, and each run
+// starts from the same state, so that an input that fails also fails on its own.
 #pragma once
 
 #include "Program.h"

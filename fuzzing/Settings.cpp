@@ -16,7 +16,8 @@ int nSignIns = 0; // that were to start since the run began
 
 } // namespace
 
-// Instead of the real ones: a platform that can't make a thread. The only one that is asked for signs in.
+// In place of the real ones: a platform that can't create threads. The only one requested is the one that
+// signs in.
 namespace vellux {
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the real one keeps it
 WorkerThread::WorkerThread(std::function<void()> /*body*/, double dPriority)

@@ -24,7 +24,7 @@ namespace vellux::simulator {
 
 namespace {
 
-// Whether the light ended as it should, told on the standard error stream if not.
+// Whether the light ended as it should; prints on standard error if not.
 bool endedAsExpected(const LightRecord& light, const std::string& strExpected) {
     if (light.nFaults != 0)
         complain(kNotAsExpected,
@@ -45,7 +45,7 @@ int playDay(LightModel model, const Script& script) {
     Changes changes;
     const auto terminationWatch = vellux::TerminationWatch::start([&changes] { changes.end(); });
     if (terminationWatch == nullptr)
-        return complain(kNotAsExpected, "no thread can be made");
+        return complain(kNotAsExpected, "can't create a thread");
     Console console(stdout);
 
     const auto directory = PrivateDirectory::create();

@@ -67,7 +67,7 @@ int showWindow(char* strProgram, const Options& options) {
     const WindowWatch windowWatch(controller, console, changes);
     const auto terminationWatch = TerminationWatch::start([&] { program.requestEnd(); });
     if (terminationWatch == nullptr)
-        return complain(kNotAsExpected, "no thread can be made");
+        return complain(kNotAsExpected, "can't create a thread");
 
     program.show(window);
     application.waitForFirstPaint(window);

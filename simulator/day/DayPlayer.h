@@ -15,7 +15,7 @@
 namespace vellux::simulator {
 
 /// The user's steps are carried out on the main thread. At the end, also after a step that failed, it asks
-/// the application to end. What failed is told on the standard error stream.
+/// the application to end. Failures are printed on standard error.
 class DayPlayer {
 public:
     DayPlayer(Script script, Dependencies dependencies)
@@ -61,7 +61,7 @@ private:
     Failure waitFor(const char* strWhat, const std::function<bool()>& holds);
     Failure waitUntilConnected(std::size_t nAlertsBefore);
     Failure waitUntilNotPolling();
-    /// What of a wait's conditions does not hold, in words.
+    /// The conditions of a wait that don't hold, in words.
     std::vector<std::string> unmet(const WaitStep& step, const LightRecord& before) const;
 
     const Script m_script;

@@ -1,4 +1,4 @@
-// Reads the members of one JSON object and minds that none is missing, wrong or unknown.
+// Reads the members of one JSON object and checks that none is missing, wrong or unknown.
 #pragma once
 
 #include <nlohmann/json.hpp>
@@ -10,7 +10,7 @@
 
 namespace vellux::simulator {
 
-/// Getters take note of the first thing that is wrong and go on with a default; error() tells it at the end.
+/// Getters keep the first fault and return a default; error() returns it at the end.
 class Members {
 public:
     /// `object` must outlive this.

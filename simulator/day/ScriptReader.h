@@ -15,7 +15,7 @@ struct ScriptError {
     std::string strText;
 };
 
-/// Reads a script; the first thing that is wrong with it otherwise. Comments as in C++ are allowed.
+/// Reads a script, or returns its first fault. Comments as in C++ are allowed.
 std::variant<Script, ScriptError> readScript(std::string_view strText);
 
 } // namespace vellux::simulator

@@ -10,7 +10,7 @@
 
 namespace vellux::simulator {
 
-/// Appends the step that the object describes; what is wrong with it otherwise.
+/// Appends the step that the object describes, or returns what is wrong with it.
 std::optional<std::string> readStep(const nlohmann::json& object, std::vector<NamedStep>& steps);
 
 } // namespace vellux::simulator

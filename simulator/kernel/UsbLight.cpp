@@ -77,7 +77,7 @@ UsbLight::~UsbLight() {
     ::shutdown(m_nSocket, SHUT_RDWR); // which is what unplugs it
     m_thread.join();
     ::close(m_nSocket);
-    // Until the controller has noticed, what is being sent waits for its time limit, as it would not on a
+    // Until the controller has noticed, a report under way waits for its time limit, which it would not on a
     // cable.
     const std::string strPlace = "/sys/devices/platform/vhci_hcd.0/usb1/1-" + std::to_string(*m_nPort + 1);
     for (int nTry = 0; nTry < 1000 && std::filesystem::exists(strPlace); ++nTry)
@@ -130,7 +130,7 @@ void UsbLight::submit(const Request& request, const Bytes& data) {
 }
 
 void UsbLight::takeReport(const Request& request, const Bytes& report) {
-    const Answer answer = m_answer; // the one of now: who reads the log may ask for another
+    const Answer answer = m_answer; // a copy: whoever reads the log may ask for another
     log(report);
     if (answer != Answer::Silence)
         reply(request, answer == Answer::Accept ? 0 : -EPIPE, answer == Answer::Accept ? report.size() : 0);

@@ -34,8 +34,8 @@ public:
 
     LightRecord record() const;
 
-    /// One report from its owner; ENODEV when the light is not plugged, EACCES when the user may not open it,
-    /// 0 otherwise, decodable or not: a light has no way to object.
+    /// Takes one report. ENODEV when the light is not plugged, EACCES when the user may not open it, else 0,
+    /// even for a report that can't be decoded.
     HidResult take(std::uint8_t byReportID, std::span<const std::uint8_t> payload);
 
     /// Whether the user may open the light, which then takes reports. To be set before it is plugged.

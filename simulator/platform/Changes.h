@@ -19,7 +19,8 @@ public:
     /// takes.
     void notify();
 
-    /// Tells of each change, on the thread that made it. What the observer refers to outlives those threads.
+    /// Calls the observer for each change, on the thread that made it. What it refers to outlives those
+    /// threads.
     [[nodiscard]] Observation observe(std::function<void()> observer) {
         return m_observers.add(std::move(observer));
     }

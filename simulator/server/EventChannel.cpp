@@ -53,7 +53,7 @@ Reply EventChannel::record(Reply reply) {
 std::optional<Reply> EventChannel::takeNews() {
     const std::int64_t nAck = m_nAnswered + 1;
     Reply reply;
-    if (m_bFirstToCome) { // tells of the presence, too
+    if (m_bFirstToCome) { // its batch contains the presence, too
         m_bFirstToCome = false;
         m_bPresenceNews = false;
         reply.strBody = firstBatchBody(m_strApplicationPath, nAck);

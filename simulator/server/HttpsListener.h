@@ -27,7 +27,7 @@ public:
     /// Answers one request; on the connection's thread. May block until stop() is called.
     using Answer = std::function<Reply(const ServerRequest&)>;
 
-    /// Starts listening; null when no port is to be had.
+    /// Starts listening; null when no port is available.
     static std::unique_ptr<HttpsListener> start(const Identity& identity, Answer answer);
     /// Calls stop().
     ~HttpsListener();

@@ -17,7 +17,7 @@ namespace vellux::simulator {
 /// brings them "Online".
 class PresenceServer {
 public:
-    /// Starts serving; null when no port or no certificate is to be had. The observer may be null; it must
+    /// Starts serving; null when no port or no certificate is available. The observer may be null; it must
     /// outlive the server.
     static std::unique_ptr<PresenceServer> start(const CertificateAuthority& authority,
                                                  PresenceServerOptions options,

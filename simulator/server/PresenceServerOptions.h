@@ -7,13 +7,12 @@
 
 namespace vellux::simulator {
 
-/// Told of what happens at the server, on its threads or on that of whoever makes it happen, with no lock
-/// held.
+/// Called for events at the server, on its threads or on the thread that causes them, with no lock held.
 class PresenceServerObserver {
 public:
     virtual ~PresenceServerObserver() = default;
     /// A request has come; it has not been answered yet. The target holds path and query; header values and
-    /// bodies, which may hold credentials, are told to nobody.
+    /// bodies, which may hold credentials, are never reported.
     virtual void requestArrived(std::string_view strMethod, std::string_view strTarget) = 0;
     /// The user's presence is about to become this one.
     virtual void presenceChanges(std::string_view strAvailability) = 0;

@@ -53,7 +53,7 @@ public:
         pollfd socket{m_nSocket, POLLRDHUP, 0};
         return poll(&socket, 1, 0) != 0;
     }
-    void reset() { // which is how Linux takes a connect to nowhere
+    void reset() { // on Linux a connect() with AF_UNSPEC resets the connection
         sockaddr nowhere{};
         nowhere.sa_family = AF_UNSPEC;
         ::connect(m_nSocket, &nowhere, sizeof nowhere);

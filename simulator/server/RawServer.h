@@ -38,8 +38,8 @@ public:
     static Reply answer(const std::string& strBody, const std::string& strStatus = "200 OK",
                         const std::string& strFields = {});
 
-    /// What the server shows of itself, and the newest version of TLS that it speaks, 0 for whatever there
-    /// is. An older one is spoken even where it is not safe.
+    /// The server's certificate, and the newest version of TLS that it speaks, 0 for any. Old versions are
+    /// spoken although they are not safe.
     struct Tls {
         vellux::simulator::Identity identity;
         int nNewestVersion = 0;
@@ -55,7 +55,7 @@ public:
     explicit RawServer(std::vector<Reply> replies, std::optional<Tls> tls = {}, Answer answer = notFound);
     ~RawServer();
 
-    /// What coming connections meet: another certificate or version, or nobody who says a word.
+    /// What later connections meet: another certificate or version, or silence.
     void present(const Tls& tls);
     void fallSilent(bool bSilent);
 

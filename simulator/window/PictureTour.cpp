@@ -61,7 +61,7 @@ bool PictureTour::when(const Condition& condition) const {
     return m_dependencies.changes.waitUntil(condition, kLongestWait);
 }
 
-// For what rings no bell.
+// For what Changes doesn't report.
 bool PictureTour::eventually(const Condition& condition) const {
     const auto end = std::chrono::steady_clock::now() + kLongestWait;
     while (!m_dependencies.changes.hasEnded() && std::chrono::steady_clock::now() < end) {
