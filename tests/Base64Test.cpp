@@ -1,5 +1,4 @@
-// The Base64 codec: RFC 4648, leniency, and the log line of a failure. What becomes of it and its like
-// without memory.
+// The Base64 codec: RFC 4648, leniency, and the log line of a failure. Codec and cipher when memory runs out.
 
 #include "AES128Transform.h"
 #include "MF_Base64Additions.h"

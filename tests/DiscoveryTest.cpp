@@ -79,7 +79,7 @@ TEST_F(Discovery, PropertiesAreSigned32BitIntegers) {
 }
 
 // Success without a manager, or with one that did not open; a failed creation never tried again; a failed
-// opening tried again; lights counted that nobody can tell of, or their list thrown away with the count.
+// opening tried again; lights counted when the manager can't list them, or their list dropped with the count.
 TEST_F(Discovery, WithoutManagerOrSet) {
     hid.present(light);
     hid.bCreateFails = hid.bOpenFails = true;

@@ -178,8 +178,8 @@ TEST_F(EventChannelTest, failureWaitsAndAsksAgain) {
 }
 
 // Descriptors and memory used up by a server that sends more and more news on polls it never ends; or the
-// limit felt as a rule of the channel: news count on any poll, each event sends its own, and the oldest is
-// closed without a word, even while it is read.
+// limit that changes what the channel does: news count on any poll, each event sends its own, and the oldest
+// is closed without a word, even while it is read.
 TEST_F(EventChannelTest, sixteenPollsAreHeldAtMost) {
     std::string strEvents = kP;
     for (int n = 1; n < 15; ++n)
@@ -222,7 +222,7 @@ TEST_F(EventChannelTest, abortSilencesTheChannelAndForgetsThePresence) {
     EXPECT_EQ(deliver(batch("/n")), heard(1));
 }
 
-// A user who believes in a following that has ended, or is told of an end that was none.
+// A channel that counts as open after it has ended, or as ended when it has not.
 TEST_F(EventChannelTest, channelSaysWhetherItFollows) {
     using State = vellux::ChannelState;
     const auto state = [this] { return client().channel().get(); };

@@ -146,7 +146,7 @@ TEST_F(HidrawSteps, AnotherDeviceOnTheSamePathIsARemovalAndAnArrival) {
     });
 }
 
-// A light that stays dark after its permissions came; notices at each vain try.
+// A light that stays dark after its permissions came; notices at each failed attempt.
 TEST_F(HidrawSteps, ARefusedLightIsTriedAgainAndTakenUpOnceItOpens) {
     const auto a = light("a", "1");
     const auto b = light("b", "2");

@@ -1,4 +1,4 @@
-// What a light gets, and what its sender hears.
+// What is written to a light, and what its sender gets back.
 
 #include "adapters/hidraw/HidrawDevice.h"
 #include "fakes/KernelWrites.h"
@@ -166,7 +166,7 @@ TEST_F(HidrawDeviceTest, TheLastReferenceClosesTheNode) {
     sender.join();
 }
 
-// What is no node written to as if it were one; a descriptor that each try leaves.
+// A file that isn't a hidraw node written to; a descriptor that each attempt leaks.
 TEST(HidrawListing, OnlyHidrawNodesOpen) {
     const int nFirstFree = ::dup(0);
     ::close(nFirstFree);

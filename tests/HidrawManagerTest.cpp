@@ -183,8 +183,8 @@ TEST_F(HidrawManagerTest, AListingThatFailsSaysNothingAndIsRepeated) {
     EXPECT_EQ(notices(3), (Names{"-1", "+1", "+2"}));
 }
 
-// A light that nobody can ask about, since it may not be opened; one that stays dark after its permissions
-// came, or because they came while it was looked at.
+// A light that isn't listed since it may not be opened; one that stays dark after permission was granted, or
+// because it was granted during the attempt.
 TEST_F(HidrawManagerTest, ALightThatMayNotBeOpenedIsListedUntilItMay) {
     create();
     plug({1, 2});

@@ -105,9 +105,8 @@ TEST_F(LifecycleTest, lightStaysOffOnceSwitchedOffForGood) {
     EXPECT_EQ(journal.take({"report"}), Lines{kOff});
 }
 
-// An answer that nobody gave; two failing connections whose alerts pile up, since a modal loop goes on with
-// what is queued: all of it but another alert; a caller that goes on before the user has answered, or is busy
-// until then.
+// An answer that no user gave; the alerts of two failing connections inside each other, since a modal loop
+// runs what is queued; a caller that continues before the user has answered, or spins until then.
 TEST_F(LifecycleTest, alertsAreShownOnMainOneAfterTheOther) {
     AlertPopup& popup = AlertPopup::sharedAlertPopup();
     desktop.nResponse = 1001;
@@ -151,7 +150,7 @@ struct MainThreadRow {
 };
 struct MainThreadTest : TestWorld, testing::WithParamInterface<MainThreadRow> {};
 
-// An operation of the main thread that runs on another one, and is noticed by chance, if at all.
+// An operation of the main thread that runs unnoticed on another one.
 TEST_P(MainThreadTest, otherThreadsEndTheProgram) {
     EXPECT_DEATH(std::thread(GetParam().operation).join(), "of the main thread was called on another thread");
 }

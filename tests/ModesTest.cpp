@@ -31,7 +31,7 @@ protected:
             EXPECT_EQ(ui().syncModeFlashSpeedList()->isEnabled(), nPosition == 1);
         }
     }
-    /// The same, and this is what the light is told before the action ends.
+    /// The same, and what is sent to the light before the action ends.
     void expectChoice(Choice choice, std::int64_t nPosition, const Lines& expected) {
         journal.clear();
         choose(choice, nPosition);
@@ -132,7 +132,7 @@ TEST_F(Modes, ReturningToSyncModeReconnectsOnce) {
     setManualMode();
     plugInV30();
     setSyncMode();
-    vellux::WorkerThread::joinAll(); // for ever, if there is a monitor, since it waits for main
+    vellux::WorkerThread::joinAll(); // would block forever if there were a monitor, which waits for main
     EXPECT_EQ(transport.polls().size(), 3U);
     EXPECT_EQ(ui().buttonConnect()->title(), "Connect");
 }

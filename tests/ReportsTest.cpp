@@ -1,4 +1,4 @@
-// Reports of the three families byte by byte, and what becomes of refused ones.
+// Reports of the three families byte by byte, and what happens when a light refuses them.
 
 #include "fakes/LightWorld.h"
 
@@ -61,8 +61,8 @@ TEST_F(Reports, EveryColourOnEveryFamily) {
         }
 }
 
-// A report to a light that nobody knows, or that lies beyond the type table, or its operations remembered for
-// others; another colour than orange refused.
+// A report to a light of unknown type or beyond the type table, or its operations kept in the shared shadow;
+// a colour other than orange refused.
 TEST_F(Reports, LightsWithoutATypeAreSentNothing) {
     addLights(std::vector<std::int64_t>(40, 0x2C0D'0006));
     asDeviceInfo[0] = 0;

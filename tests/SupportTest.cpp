@@ -280,8 +280,8 @@ TEST(CallQueue, GoesOnInALoopInsideACall) {
     EXPECT_TRUE(loop.strOrder == "(ab)c" || loop.strOrder == "(abc)") << loop.strOrder;
 }
 
-// A waiter that quitting leaves behind, even one whose call is running, as with an alert open; a call that
-// runs after the close, or keeps what it holds.
+// A waiter that is never woken when the program quits, even while its call is running, as with an alert open;
+// a call that runs after the close, or keeps what it holds.
 TEST(CallQueue, CloseFreesEveryWaiter) {
     const Watchdog watchdog("a waiter of a closed queue");
     std::atomic<int> nQueued = 0;
@@ -313,8 +313,7 @@ TEST(CallQueue, CloseFreesEveryWaiter) {
 
 using Workers = TestWorld;
 
-// A handle that says of a thread what is not true; a thread that dies with its handle, or leaves what it
-// holds behind.
+// A handle that reports a wrong state; a thread that ends with its handle, or keeps what it captured.
 TEST_F(Workers, StateAndHandle) {
     std::atomic<bool> bGo = false;
     const auto token = std::make_shared<int>(0);

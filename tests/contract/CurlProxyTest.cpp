@@ -32,7 +32,7 @@ protected:
 
 } // namespace
 
-// A proxy that the desktop names being passed over, and one in the environment being used against it.
+// A proxy of the desktop's that is ignored, or the environment's that is used in its place.
 TEST_F(CurlProxyTest, GoesThroughTheProxyThatIsChosenForARequest) {
     RawServer server({RawServer::answer("{}"), RawServer::answer("{}")});
     setenv("http_proxy", "http://127.0.0.1:1", 1);

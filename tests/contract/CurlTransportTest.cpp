@@ -139,8 +139,8 @@ TEST_F(CurlTransportTest, TellsBodiesFromFailures) {
     EXPECT_FALSE(send(get(tooLarge.origin() + "/")).succeeded());
 }
 
-// Guards against a password being typed into whatever answers: the system's authorities and foreign ones
-// don't vouch for this server, and its own don't under a name that is not its.
+// Guards against a password sent to whatever answers: a server whose certificate comes from an authority that
+// is not trusted, or is for another name.
 TEST_F(CurlTransportTest, TrustsNobodyButItsAuthorities) {
     RawServer server({}, secure());
     const std::string strPort = server.host().substr(server.host().find(':'));

@@ -396,8 +396,8 @@ TEST_F(FaultsTest, TokensStayWhereTheyWereIssued) {
         runUntil([&] { return story().starts_with(strStory); }, strStory.c_str());
         disconnect();
     }
-    // One signs in here, then one there; then the first registers, and the poll has its link and the other's
-    // token.
+    // Two sign-ins overlap, here and elsewhere: the poll combines the link of the first with the token of the
+    // other.
     const std::string strHost = server.host();
     setFault("", 0, {});
     elsewhere.addReply(RawServer::answer(R"({"token_type":"Bearer","access_token":"other"})"));

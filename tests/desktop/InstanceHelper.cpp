@@ -1,5 +1,5 @@
 // One start of the program, as far as the single instance goes. Says "passed" and ends, or "held" and then
-// what it is sent. The token "give-up" makes it give its place up, and stay.
+// what it is sent. The token "give-up" makes it release the instance and keep running.
 
 #include "adapters/dbus/SingleInstance.h"
 

@@ -60,7 +60,7 @@ public:
     }
 };
 
-// A system that sleeps in the middle of the day, or never again.
+// A system that falls asleep while the program follows, or never again.
 TEST_F(Services, ThePortalInhibitsForAsLongAsAnActivityLives) {
     Portal portal("Inhibit");
     portal.answerInhibit(
@@ -102,7 +102,7 @@ TEST_F(Services, LogindInhibitsWhereThePortalDoesNot) {
     EXPECT_TRUE(waitUntil([&] { return logind.reasons().isEmpty(); }));
 }
 
-// Lights that stay dark after the lid is opened, or are taken up anew while it closes.
+// Lights that stay dark after a resume, or are announced again on the way to sleep.
 TEST_F(Services, EachWakeUpIsNoticedAndNoFallingAsleep) {
     Logind logind;
     int nResumed = 0;
@@ -187,7 +187,7 @@ TEST_F(Proxies, APortalThatHangsIsAskedAgainAndNotWaitedForAgain) {
     EXPECT_EQ(proxies.proxyOf("https://outside/", true), "http://proxy:8");
 }
 
-// A notice with nobody's name and icon, or whose text is taken for markup.
+// A notification without the program's name and icon, or whose text is taken for markup.
 TEST_F(Services, ANotificationBearsTheProgramsName) {
     showNotification("nobody", "is there to show it");
     DbusMock mock(BusKind::Session, "org.freedesktop.Notifications", "/org/freedesktop/Notifications",

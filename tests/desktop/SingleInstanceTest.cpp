@@ -30,7 +30,7 @@ constexpr Environment kBoth{true, Environment::Runtime};
 class Session {
 public:
     Session() {
-        // A temporary directory in which the place of ours is taken by a file.
+        // A temporary directory with a file where our own directory would be.
         std::filesystem::create_directory(directory() + "/none");
         std::ofstream(directory() + "/none/vellux-" + std::to_string(::getuid()));
     }
@@ -142,7 +142,7 @@ TEST_P(SingleInstance, APlaceGivenUpIsTaken) {
     EXPECT_EQ(start("t3")->readLine(), "held");
 }
 
-// A moment in which two hold it, or one in which an activation reaches nobody.
+// Two holders at once, or an activation that is lost.
 TEST_P(SingleInstance, OfTwentyAtOnceOneHoldsAndNoActivationIsLost) {
     std::vector<std::unique_ptr<ChildProcess>> starts;
     for (int n = 0; n < 20; ++n)

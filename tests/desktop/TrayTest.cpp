@@ -107,7 +107,7 @@ TEST_F(TrayTest, AnIconIsThereWheneverAPanelIs) {
     EXPECT_EQ((*menu)->actions().value(1)->text(), "Disconnect");
 }
 
-// States that only a person who sees colours tells apart, and sizes that a panel has to stretch.
+// States that can't be distinguished without seeing colours, and sizes that a panel has to scale.
 TEST(LampDrawing, PicturesDifferWithoutTheirColours) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     int nArguments = 0;

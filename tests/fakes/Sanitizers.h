@@ -1,11 +1,10 @@
-// What the sanitizers are told about programs that a test starts.
+// The sanitizers' options for programs that a test starts.
 #pragma once
 
 #include <cstdlib>
 #include <string>
 
-/// For programs that end at once, as at a second signal, and so leave their threads as they are: that is no
-/// leak.
+/// For programs that end at once, as at a second signal, with threads still running: that is not a leak.
 inline void expectThreadsAtTheEnd() {
     const char* const pOptions = std::getenv("TSAN_OPTIONS");
     ::setenv("TSAN_OPTIONS",

@@ -10,7 +10,7 @@ inline const std::string kConnectionAlert = "alert Not able to connect to Lync s
 /// Hosts that make no URL: a blank, a line break, beyond ASCII, malformed ports, a stray percent sign.
 inline const std::vector<std::string> kBadHosts = {"a b", "a\n", "l\xC3\xBDnc", "a:8x", "a:65536", "l%yn"};
 
-/// No answer at all; none and no error either; the given one, but with a transport error beside it.
+/// No answer; neither answer nor error; the given answer with a transport error beside it.
 inline std::vector<vellux::HttpResponse> brokenAnswers(const std::string& strBody) {
     return {FakeHttpTransport::failure(), {}, {strBody, vellux::HttpError{"connection reset"}}};
 }
@@ -52,7 +52,7 @@ inline std::vector<std::string> wrongKinds(const std::vector<std::string>& path,
     return bodies;
 }
 
-/// Both.
+/// Bodies that are no JSON object, or in which a member of the path is missing or of another kind.
 inline std::vector<std::string> badBodies(const std::vector<std::string>& path,
                                           const std::string& strRest = "") {
     std::vector<std::string> bodies = wrongKinds(path, strRest);

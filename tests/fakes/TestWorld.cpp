@@ -39,7 +39,7 @@ void TestWorld::observeControls(bool bAllControls) {
     if (!bAllControls)
         return;
 
-    // What a change of a control's own kind says.
+    // The journal's words for a change of a control.
     const auto told = [](const auto& control, Change change) -> std::string {
         using Control = std::decay_t<decltype(control)>;
         if (change == Change::Enabled)
@@ -68,7 +68,7 @@ void TestWorld::observeControls(bool bAllControls) {
     watch(control_rows::kLists);
 }
 
-// The observer added last, since they are told in order.
+// The observer added last, since they are called in order.
 void TestWorld::watchConnect() {
     const auto note = [this, button = ui().buttonConnect()] { bConnectNoticed = button->isEnabled(); };
     connectWatch = ui().buttonConnect()->observe([note](vellux::Control::Change) { note(); });

@@ -1,4 +1,4 @@
-// The fourteen controls: what the models say is shown, what the user does is told.
+// The fourteen controls: the window shows the models and passes on what the user does.
 #include "GuiWorld.h"
 #include "fakes/WindowControls.h"
 

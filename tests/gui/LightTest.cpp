@@ -18,8 +18,8 @@ protected:
     }
 };
 
-// A user left alone with a light that does nothing, that is taken for none or another, or is gone; who copies
-// a command that is not the one shown, or still sees it when it has helped.
+// A light that does nothing, and a window that doesn't say why, takes it for none or another, or shows one
+// that has gone; a copied command that is not the one shown, or that is still shown when it has helped.
 TEST_F(LightTest, lineSaysWhatThereIsAndWhatHelps) {
     EXPECT_EQ(textOf("labelLight"), "No light found.");
     const struct {
@@ -54,7 +54,7 @@ TEST_F(LightTest, lineSaysWhatThereIsAndWhatHelps) {
     }
 }
 
-// A lamp that tells its colour to the eyes alone.
+// A lamp whose colour a screen reader can't read out.
 TEST_F(LightTest, lampIsReadOut) {
     plugInFramed();
     EXPECT_EQ(textOf("labelLampName"), "Off");
@@ -95,7 +95,7 @@ TEST_F(LightTest, lampLooksAsTheLightDoes) {
                 << n << " " << nOther;
 }
 
-// A user who believes in a following that has ended, is told of it again and again, or can't begin anew.
+// A window that doesn't say that the following has ended, says so repeatedly, or offers no way to reconnect.
 TEST_F(LightTest, lostFollowingIsSaidOnceAndTakenUpAgain) {
     EXPECT_EQ(textOf("labelFollowing"), "Not connected.");
     client().httpGet_EventChannels(); // nowhere to go: over, but nobody was following

@@ -57,7 +57,7 @@ TEST_F(MainWindowTest, aboutFloatsAndCloses) {
             pAbout->findChild<QLabel*>("labelVersion")->text().contains(QRegularExpression("\\d\\.\\d")));
         EXPECT_EQ(pAbout->findChild<QWidget*>("emblem")->accessibleDescription(), "Green");
         if (n == 0)
-            continue; // opened anew while one is there
+            continue; // opened again while one is open
         QApplication::setActiveWindow(pAbout);
         if (n == 1)
             QTest::keyClick(pAbout, Qt::Key_Escape);

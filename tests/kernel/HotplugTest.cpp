@@ -40,7 +40,7 @@ protected:
         ASSERT_TRUE(waitUntil([this] { return m_program->handles() <= m_nHandles; })) << m_program->handles();
     }
 
-    /// In red, fast: by itself, or by what it is told.
+    /// Flashes red, fast: by itself, or by the reports it gets.
     void comesToFlash(const UhidLight& light, LightModel model) {
         if (model == LightModel::V30) {
             ASSERT_TRUE(comesToShow(light, model, "Red flashing fast"));

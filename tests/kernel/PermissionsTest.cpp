@@ -1,5 +1,5 @@
-// Who may open a light. The guest has no logind; its place is taken by the one file of its that udevd's own
-// "uaccess" asks: who sits at the first seat. Tag, rule order and access list are udevd's work.
+// Who may open a light. The guest has no logind; the file that says who sits at the first seat, which udevd's
+// "uaccess" reads, is written here. Tag, rule order and access list are udevd's work.
 
 #include "ScreenReader.h"
 #include "World.h"

@@ -21,8 +21,8 @@ INSTANTIATE_TEST_SUITE_P(Refusal, Pipes, testing::Values(ReportPipe::Control, Re
                              return pipe.param == ReportPipe::Control ? "Control" : "InterruptOut";
                          });
 
-// A report that is given up too early, tried for ever or without a pause; a program that takes offence for
-// good.
+// A report that is given up too early, or retried without limit or without pauses; a light that is ignored
+// after it has refused reports.
 TEST_P(Pipes, ARefusedReportIsTriedFiftyTimes) {
     startFollowing();
     UsbLight light(kFramedLight, GetParam());
@@ -73,7 +73,7 @@ TEST_F(Hanging, ALightThatHangsIsSurvived) {
     endProgram();
 }
 
-// Fifty attempts at each report, 5 s for each: a program that nobody gets to end.
+// Fifty attempts at each report, 5 s for each: a program that can't be ended.
 TEST_F(Hanging, ALightThatHangsForGoodDoesNotHoldTheEndUp) {
     startFollowing();
     UsbLight light(kFramedLight, ReportPipe::InterruptOut);
@@ -85,8 +85,8 @@ TEST_F(Hanging, ALightThatHangsForGoodDoesNotHoldTheEndUp) {
     endProgram();
 }
 
-// A code that is lost on its way up; a program that stands still for a light that hangs, or gives it up for
-// good; a node that is handed down.
+// An error code that is lost; a program that blocks on a light that hangs, or never tries it again; a node
+// that child processes inherit.
 TEST_F(Hanging, FailuresAreResultCodes) {
     UsbLight first(kFramedLight);
     ASSERT_TRUE(waitUntil([] { return nodes() == 1; }));

@@ -215,7 +215,7 @@ TEST_F(ProgramTest, LeavesAnIgnoredSignalIgnoredAndNoneBlocked) {
     EXPECT_EQ(statusAfter(*m_program, SIGTERM), 0);
 }
 
-// A toolkit that aborts or hangs where a sentence would do; a program that refuses to start with enough.
+// A toolkit that aborts or hangs instead of an error message; a program that refuses to start with enough.
 TEST_F(ProgramTest, SaysWhatItLacksToStart) {
     const std::string strCopy = m_home.directory() + "/vellux"; // where any user may start it
     fs::copy_file(VELLUX_PROGRAM, strCopy);
@@ -262,7 +262,7 @@ TEST_F(ProgramTest, EndsInOrderWhenTheDisplayGoesAway) {
     EXPECT_EQ(m_home.content("uistate.txt"), "1;0;0;0;0;1;0;2");
 }
 
-// A crash with a core dump where a sentence would do.
+// A crash instead of an error message.
 TEST_F(ProgramTest, SaysThatThereIsNoDisplay) {
     ::unsetenv("QT_QPA_PLATFORM");
     ChildProcess& program = start();

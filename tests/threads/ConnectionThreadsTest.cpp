@@ -1,4 +1,5 @@
-// A status monitor at work while main changes modes and ends the program. Each test ends by itself or loudly.
+// A status monitor at work while main changes modes and ends the program. A watchdog aborts a test that
+// hangs.
 #include "fakes/ServerTexts.h"
 #include "fakes/TestWorld.h"
 #include "fakes/Watchdog.h"
