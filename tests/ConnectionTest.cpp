@@ -160,13 +160,13 @@ TEST_F(ConnectionTest, unwritableFileConnectsWithTheEarlierCredentials) {
 TEST_F(ConnectionTest, disconnectsStepByStep) {
     plugInV30();
     scriptPresence(R"({"availability":"Online","activity":"on-the-phone"})");
-    userSets(ui().buttonFlashOnCall(), true);
+    choose(FlashOnCall, 1);
     clickThrough();
     click(); // while the light flashes red by itself
     EXPECT_EQ(journal.take(), (Lines{kCancel, "title Connect", "status Disconnected",
                                      "report ff0000100000ffff", "report ff0000110000ffff"}));
     EXPECT_EQ(client().getPresenceStatus(), "");
-    userSets(ui().buttonLightOffOnAvailable(), true);
+    choose(OffOnAvailable, 1);
     EXPECT_EQ(journal.take(), Lines{});
     for (const char* strTitle : {"Connecting...", "", "connect"}) {
         ui().buttonConnect()->setTitle(strTitle);

@@ -20,7 +20,7 @@ protected:
         delegate().applicationDidFinishLaunching();
         runPending();
         scriptServer(R"({"availability":"Busy","activity":"on-the-phone"})");
-        userSets(ui().buttonFlashOnCall(), true);
+        choose(FlashOnCall, 1);
         clock.letRun();
         connect();
         if (bManual)

@@ -7,35 +7,20 @@ namespace {
 
 const std::string kSlow = "0.75", kMedium = "0.34999999403953552", kFast = "0.10000000149011612"; // seconds
 
-enum Choice { ManualColour, ManualSpeed, SyncColour, SyncSpeed, FlashOnCall };
-
 class Modes : public LightWorld {
 protected:
     void setManualMode() { ui().setManualMode(*ui().buttonSelectManualMode()); }
     void setSyncMode() { ui().setSyncMode(*ui().buttonSelectSyncMode()); }
 
-    /// The user selects a position or sets the box.
-    void choose(Choice choice, std::int64_t nPosition) {
-        using Ui = VelluxWindowUi;
-        if (choice == ManualColour)
-            userSelects(ui().manualModeColorList(), nPosition, &Ui::onManualModeColorListSelection);
-        else if (choice == ManualSpeed)
-            userSelects(ui().manualModeFlashSpeedList(), nPosition, &Ui::onManualModeFlashSpeedListSelection);
-        else if (choice == SyncColour)
-            userSelects(ui().syncModeColorList(), nPosition, &Ui::onSyncModeColorListSelection);
-        else if (choice == SyncSpeed)
-            userSelects(ui().syncModeFlashSpeedList(), nPosition, &Ui::onSyncModeFlashSpeedListSelection);
-        else {
-            userSets(ui().buttonFlashOnCall(), nPosition == 1);
-            EXPECT_EQ(ui().syncModeColorList()->isEnabled(), nPosition == 1);
-            EXPECT_EQ(ui().syncModeFlashSpeedList()->isEnabled(), nPosition == 1);
-        }
-    }
-    /// The same, and what is sent to the light before the action ends.
+    /// The user's choice, and this is what the light is told before the action ends.
     void expectChoice(Choice choice, std::int64_t nPosition, const Lines& expected) {
         journal.clear();
         choose(choice, nPosition);
         EXPECT_EQ(journal.lines({"report", "alert", "request"}), expected) << choice << " " << nPosition;
+        if (choice == FlashOnCall) {
+            EXPECT_EQ(ui().syncModeColorList()->isEnabled(), nPosition == 1);
+            EXPECT_EQ(ui().syncModeFlashSpeedList()->isEnabled(), nPosition == 1);
+        }
     }
     /// The same on a framed light, and a cycle of the worker that it starts: its period and all colours.
     void expectWorker(Choice choice, std::int64_t nPosition, const std::string& strPeriod,

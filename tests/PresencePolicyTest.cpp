@@ -17,8 +17,8 @@ protected:
         expected.push_back("status " + strToken.value_or(""));
         EXPECT_EQ(journal.take({"report", "status"}), expected);
     }
-    void expectBox(const std::shared_ptr<vellux::Button>& box, bool bOn, const Lines& expected) {
-        userSets(box, bOn);
+    void expectBox(Choice box, bool bOn, const Lines& expected) {
+        choose(box, bOn);
         EXPECT_EQ(reports(), expected);
     }
 
@@ -60,14 +60,14 @@ TEST_F(PresencePolicy, TokensAndBoxes) {
 // A box that acts late or on the other token; off instead of nothing for a mixed box.
 TEST_F(PresencePolicy, BoxesActAtOnce) {
     expectUpdate("Away", framed("cf"));
-    expectBox(available, true, {});
-    expectBox(away, true, framed("ff"));
-    expectBox(away, false, framed("cf"));
+    expectBox(OffOnAvailable, true, {});
+    expectBox(OffOnAway, true, framed("ff"));
+    expectBox(OffOnAway, false, framed("cf"));
     expectUpdate("Online", framed("ff"));
-    expectBox(away, true, {});
-    expectBox(available, false, framed("df"));
+    expectBox(OffOnAway, true, {});
+    expectBox(OffOnAvailable, false, framed("df"));
     expectUpdate("BeRightBack", framed("cf"));
-    expectBox(away, false, {});
+    expectBox(OffOnAway, false, {});
     away->setState(vellux::Button::kMixed);
     available->setState(vellux::Button::kMixed);
     expectUpdate("Away", {});
@@ -107,7 +107,7 @@ TEST_F(PresencePolicy, OnACall) {
     expectUpdate("Busy", {}); // the worker begins with a pause
     clock.passHalves(2);
     EXPECT_EQ(reports(), framed("ff ef"));
-    expectBox(away, true, framed("ff")); // still about the token before
+    expectBox(OffOnAway, true, framed("ff")); // still about the token before
     presence("Online", false);
     clock.letRun();
     expectUpdate("Online", framed("ff ef df"));

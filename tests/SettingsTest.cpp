@@ -39,12 +39,11 @@ TEST_F(SettingsTest, firstStartCreatesTwoEmptyPrivateFiles) {
 
 // A field of the state file from the wrong place: colours are what is remembered, speeds what the lists show.
 TEST_F(SettingsTest, stateFileHoldsEightNumbers) {
-    using Ui = VelluxWindowUi;
     ui().initConfig();
     EXPECT_EQ(savedState(), "1;0;0;0;0;1;0;2");
-    userSets(ui().buttonLightOffOnAway(), true);
-    userSelects(ui().manualModeColorList(), 5, &Ui::onManualModeColorListSelection);
-    userSelects(ui().syncModeColorList(), 7, &Ui::onSyncModeColorListSelection);
+    choose(OffOnAway, 1);
+    choose(ManualColour, 5);
+    choose(SyncColour, 7);
     ui().syncModeColorList()->selectItemAtIndex(3); // shown, not remembered
     ui().syncModeFlashSpeedList()->selectItemAtIndex(2);
     ui().manualModeFlashSpeedList()->selectItemAtIndex(-1);

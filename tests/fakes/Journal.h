@@ -27,26 +27,14 @@ public:
     /// All lines of the given kinds, or simply all of them; the journal stays as it is.
     Lines lines(const Kinds& kinds = {}) const {
         const std::lock_guard lock(m_mutex);
-        Lines result;
-        for (const Entry& entry : m_entries)
-            if (isOf(entry, kinds)) {
-                entry.bSeen = true;
-                result.push_back(entry.strLine);
-            }
-        return result;
+        return select(kinds);
     }
 
     /// The same, and removes them.
     Lines take(const Kinds& kinds = {}) {
         const std::lock_guard lock(m_mutex);
-        Lines result;
-        std::vector<Entry> rest;
-        for (Entry& entry : m_entries)
-            if (isOf(entry, kinds))
-                result.push_back(std::move(entry.strLine));
-            else
-                rest.push_back(std::move(entry));
-        m_entries.swap(rest);
+        Lines result = select(kinds);
+        std::erase_if(m_entries, [&](const Entry& entry) { return isOf(entry, kinds); });
         return result;
     }
 
@@ -91,6 +79,15 @@ private:
         return kinds.empty() || std::any_of(kinds.begin(), kinds.end(), [&](std::string_view strKind) {
                    return (entry.strLine + ' ').starts_with(std::string(strKind) + ' ');
                });
+    }
+    Lines select(const Kinds& kinds) const {
+        Lines result;
+        for (const Entry& entry : m_entries)
+            if (isOf(entry, kinds)) {
+                entry.bSeen = true;
+                result.push_back(entry.strLine);
+            }
+        return result;
     }
 
     mutable std::mutex m_mutex;

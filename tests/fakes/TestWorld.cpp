@@ -137,22 +137,31 @@ void TestWorld::connect() {
     runUntilConnectShows("Disconnect");
 }
 
-void TestWorld::userSelects(const std::shared_ptr<vellux::ComboBox>& list, std::int64_t nIndex,
-                            void (VelluxWindowUi::*action)(vellux::ComboBox&)) {
-    list->selectItemAtIndex(nIndex);
-    (ui().*action)(*list);
-}
-
-void TestWorld::userSets(const std::shared_ptr<vellux::Button>& box, bool bOn) {
-    box->setState(bOn ? vellux::Button::kOn : vellux::Button::kOff);
-    if (box == ui().buttonFlashOnCall())
-        ui().onFlashOnCallCheckedChanged(*box);
-    else if (box == ui().buttonLightOffOnAway())
-        ui().onlightOffOnAway(box.get());
-    else if (box == ui().buttonLightOffOnAvailable())
-        ui().onlightOffOnAvailable(box.get());
-    else
-        FAIL() << "not a check box";
+void TestWorld::choose(Choice choice, std::int64_t nPosition) {
+    const auto select = [&](const auto& list, void (VelluxWindowUi::*action)(vellux::ComboBox&)) {
+        list->selectItemAtIndex(nPosition);
+        (ui().*action)(*list);
+    };
+    const auto set = [&](const auto& box) {
+        box->setState(nPosition);
+        return box.get();
+    };
+    switch (choice) {
+    case ManualColour:
+        return select(ui().manualModeColorList(), &VelluxWindowUi::onManualModeColorListSelection);
+    case ManualSpeed:
+        return select(ui().manualModeFlashSpeedList(), &VelluxWindowUi::onManualModeFlashSpeedListSelection);
+    case SyncColour:
+        return select(ui().syncModeColorList(), &VelluxWindowUi::onSyncModeColorListSelection);
+    case SyncSpeed:
+        return select(ui().syncModeFlashSpeedList(), &VelluxWindowUi::onSyncModeFlashSpeedListSelection);
+    case FlashOnCall:
+        return ui().onFlashOnCallCheckedChanged(*set(ui().buttonFlashOnCall()));
+    case OffOnAway:
+        return ui().onlightOffOnAway(set(ui().buttonLightOffOnAway()));
+    case OffOnAvailable:
+        return ui().onlightOffOnAvailable(set(ui().buttonLightOffOnAvailable()));
+    }
 }
 
 std::string TestWorld::settingsPath(const std::string& strName) const {

@@ -80,10 +80,10 @@ protected:
     VelluxHttp& client() { return VelluxHttp::sharedVelluxHttp(); }
     VelluxAppDelegate& delegate() { return VelluxAppDelegate::sharedVelluxAppDelegate(); }
 
-    // A user's actions, as a view carries them out: the model first, then the operation.
-    void userSelects(const std::shared_ptr<vellux::ComboBox>& list, std::int64_t nIndex,
-                     void (VelluxWindowUi::*action)(vellux::ComboBox&));
-    void userSets(const std::shared_ptr<vellux::Button>& box, bool bOn);
+    enum Choice { ManualColour, ManualSpeed, SyncColour, SyncSpeed, FlashOnCall, OffOnAway, OffOnAvailable };
+    /// The user selects a position or sets a box, as a view carries it out: the model first, then the
+    /// operation.
+    void choose(Choice choice, std::int64_t nPosition);
 
     std::string settingsPath(const std::string& strName) const;
     static std::string contentOf(const std::string& strPath);

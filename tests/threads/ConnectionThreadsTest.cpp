@@ -16,7 +16,7 @@ protected:
         delegate().applicationDidFinishLaunching();
         plugInFramed();
         scriptServer(R"({"availability":"Busy","activity":"on-the-phone"})");
-        userSets(ui().buttonFlashOnCall(), true);
+        choose(FlashOnCall, 1);
         type("lync.example", "CORP\\pat", "secret");
         clock.letRun();
         journal.clear();
@@ -51,7 +51,7 @@ TEST_P(StressTest, modesChangeWhileMonitorsShowAPresence) {
     for (int nRound = 0; nRound < 100; ++nRound) {
         ui().setManualMode(*ui().buttonSelectManualMode()); // while disconnected, so nothing reconnects
         ui().setSyncMode(*ui().buttonSelectSyncMode());
-        userSets(ui().buttonFlashOnCall(), true);
+        choose(FlashOnCall, 1);
         click();
         for (int n = 1; n < kMonitors; ++n)
             ui().processLyncServerConnectionRequest();
@@ -62,7 +62,7 @@ TEST_P(StressTest, modesChangeWhileMonitorsShowAPresence) {
             if (const auto nAction = random() % 8; nAction == 0)
                 ui().setManualMode(*ui().buttonSelectManualMode());
             else if (nAction < 4)
-                userSets(ui().buttonFlashOnCall(), nAction == 1);
+                choose(FlashOnCall, nAction == 1);
             else
                 ui().onSyncModeFlashSpeedListSelection(*ui().syncModeFlashSpeedList());
         runUntil(

@@ -7,14 +7,10 @@ namespace {
 
 class FlashWorkers : public LightWorld {
 protected:
-    void chooseManualSpeed(std::int64_t nIndex) {
-        userSelects(ui().manualModeFlashSpeedList(), nIndex,
-                    &VelluxWindowUi::onManualModeFlashSpeedListSelection);
-    }
     /// A call in red, medium speed.
     void startSyncWorker() {
         presence("Busy", true);
-        userSets(ui().buttonFlashOnCall(), true);
+        choose(FlashOnCall, 1);
     }
     void waitUntilWorkerSleeps() {
         runUntil([this] { return !journal.lines({"sleep"}).empty(); }, "the worker's first pause");
@@ -30,7 +26,7 @@ TEST_F(FlashWorkers, EndWithTheColourShown) {
     for (const int nHalves : {0, 1, 2, 3}) {
         clock.hold();
         journal.clear();
-        chooseManualSpeed(2);
+        choose(ManualSpeed, 2);
         waitUntilWorkerSleeps();
         clock.passHalves(nHalves);
         ui().quitManualFlashingThread();
@@ -54,21 +50,21 @@ TEST_F(FlashWorkers, ReadPeriodAndColourAtEachStep) {
     clock.passHalves(1);
     EXPECT_EQ(reports(), framed("ff df"));
     presence("Busy", false);
-    userSelects(ui().syncModeFlashSpeedList(), 2, &VelluxWindowUi::onSyncModeFlashSpeedListSelection);
+    choose(SyncSpeed, 2);
     clock.letRun();
     vellux::WorkerThread::joinAll();
     EXPECT_EQ(journal.take({"report", "sleep"}),
               (Lines{framed("ff")[0], "sleep 0.10000000149011612", framed("df")[0]}));
     clock.hold();
-    chooseManualSpeed(1);
+    choose(ManualSpeed, 1);
     waitUntilWorkerSleeps();
-    chooseManualSpeed(0); // shown at once, and again by the worker as it ends
+    choose(ManualSpeed, 0); // shown at once, and again by the worker as it ends
     EXPECT_EQ(reports(), framed("ef"));
     clock.letRun();
     ui().waitForManualFlashingThreadToExit();
     EXPECT_EQ(reports(), framed("ff ef"));
     clock.hold();
-    chooseManualSpeed(1);
+    choose(ManualSpeed, 1);
     remove(light);
     clock.letRun();
     vellux::WorkerThread::joinAll(); // a worker does not outlive its light
