@@ -12,7 +12,7 @@ protected:
     void setManualMode() { ui().setManualMode(*ui().buttonSelectManualMode()); }
     void setSyncMode() { ui().setSyncMode(*ui().buttonSelectSyncMode()); }
 
-    /// The user's choice, and this is what the light is told before the action ends.
+    /// The user's choice, and this is what the light shows before the action ends.
     void expectChoice(Choice choice, std::int64_t nPosition, const Lines& expected) {
         journal.clear();
         choose(choice, nPosition);

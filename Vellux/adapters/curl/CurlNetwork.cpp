@@ -9,7 +9,7 @@ namespace vellux {
 namespace {
 
 constexpr std::chrono::milliseconds kBreath{100};
-constexpr std::chrono::hours kNoHurry{1}; // curl shortens it to its own timers
+constexpr std::chrono::hours kIdleTimeout{1}; // curl shortens it to its own timers
 
 // Null when curl can't make one. Used by the network thread alone, so no lock functions.
 CURLSH* makeShare() {
@@ -165,7 +165,7 @@ void CurlNetwork::drop(const std::shared_ptr<CurlTransfer>& transfer) {
 // milliseconds until the next of either is due.
 int CurlNetwork::watchSilence() {
     const auto now = CurlTransfer::Clock::now();
-    auto next = now + kNoHurry;
+    auto next = now + kIdleTimeout;
     Transfers silent;
     for (const auto& transfer : m_running) {
         if (transfer->silenceDue() <= now)
