@@ -3,31 +3,42 @@
 
 #include "UserBus.h"
 
-#include <QPair>
+#include <algorithm>
 
 /// Has a display, a session bus and the accessibility bus for the programs that are started from now on; they
 /// end with this object.
 class ScreenReader {
 public:
-    ScreenReader();
-    ~ScreenReader();
+    ScreenReader() {
+        ::setenv("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1", 1);
+        EXPECT_EQ(lines(), std::vector<std::string>()); // and the accessibility bus is there
+    }
+    ~ScreenReader() { ::unsetenv("QT_LINUX_ACCESSIBILITY_ALWAYS_ON"); }
     ScreenReader(const ScreenReader&) = delete;
     ScreenReader& operator=(const ScreenReader&) = delete;
 
-    /// The titles of all windows that are on the screen.
-    std::vector<std::string> windows() const;
-    /// Whether there is this on the screen: a role and a name, and of a text field its text ("label No light
-    /// found.", "text Server lync.example").
-    bool shows(const std::string& strLine) const;
+    /// All that is on the screen now, as screen.py says it.
+    std::vector<std::string> lines() const {
+        ChildProcess script({"/usr/bin/python3", SCREEN_SCRIPT});
+        std::vector<std::string> lines;
+        for (std::string strLine = script.readLine(); !strLine.empty(); strLine = script.readLine())
+            lines.push_back(strLine);
+        return lines;
+    }
+    bool shows(const std::string& strLine) const {
+        const std::vector<std::string> shown = lines();
+        return std::find(shown.begin(), shown.end(), strLine) != shown.end();
+    }
+    /// The titles of all windows.
+    std::vector<std::string> windows() const {
+        std::vector<std::string> titles;
+        for (const std::string& strLine : lines())
+            if (strLine.starts_with("window "))
+                titles.push_back(strLine.substr(7));
+        return titles;
+    }
 
 private:
-    using Reference = QPair<QString, QString>; // service and path
-    std::vector<Reference> children(const Reference& parent) const;
-    std::vector<Reference> shownChildren(const Reference& parent) const;
-    std::vector<Reference> shownWindows() const;
-    std::string nameOf(const Reference& item) const;
-
     const XServer m_display{{"-ac"}}; // the programs are the ordinary user's
-    UserBus m_session;
-    QDBusConnection m_accessibility{"none"};
+    const UserBus m_session{"DBUS_SESSION_BUS_ADDRESS"};
 };
