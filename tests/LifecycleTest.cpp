@@ -138,35 +138,24 @@ TEST_F(LifecycleTest, alertsAreShownOnMainOneAfterTheOther) {
     journal.waitForChange(); // gives both the time to queue theirs
     runUntil([&] { return nAnswered == 2; }, "both answers");
     EXPECT_EQ(journal.take(), (Lines{"alert from a worker", "alert from a worker"}));
-    EXPECT_LE(
-        nCalls,
-        6); // one may have come inside the other's alert, and one that leaves another waiting wakes again
+    // One may come inside the other's alert, and one that leaves another waiting wakes again.
+    EXPECT_LE(nCalls, 6);
 }
 
-struct MainThreadRow {
-    const char* strName;
-    void (*operation)();
-    friend void PrintTo(const MainThreadRow& row, std::ostream* out) { *out << row.strName; }
-};
-struct MainThreadTest : TestWorld, testing::WithParamInterface<MainThreadRow> {};
-
-// An operation of the main thread that runs unnoticed on another one.
-TEST_P(MainThreadTest, otherThreadsEndTheProgram) {
-    EXPECT_DEATH(std::thread(GetParam().operation).join(), "of the main thread was called on another thread");
+// An operation of the main thread that runs on another one, and is noticed by chance, if at all.
+TEST_F(LifecycleTest, otherThreadsEndTheProgram) {
+    std::int32_t nCount = 0;
+    const std::function<void()> operations[] = {
+        [&] { VelluxFindDevices(nCount); },
+        VelluxReleaseDevices,
+        [this] { client().abortEventChannelConnection(); },
+        [this] { ui().deviceUnplugged(); },
+        [this] { delegate().applicationShouldHandleReopen(true); },
+        [] {
+            AlertPopup::sharedAlertPopup().displayAlert({"Vellux", "here"});
+        }};
+    for (const auto& operation : operations)
+        EXPECT_DEATH(std::thread(operation).join(), "of the main thread was called on another thread");
 }
-const MainThreadRow kMainThreadRows[] = {
-    {"discovery",
-     [] {
-         std::int32_t nCount = 0;
-         VelluxFindDevices(nCount);
-     }},
-    {"release", VelluxReleaseDevices},
-    {"client", [] { VelluxHttp::sharedVelluxHttp().abortEventChannelConnection(); }},
-    {"controller", [] { VelluxWindowUi::sharedVelluxWindowUi().deviceUnplugged(); }},
-    {"delegate", [] { VelluxAppDelegate::sharedVelluxAppDelegate().applicationShouldHandleReopen(true); }},
-    {"popup", [] {
-         AlertPopup::sharedAlertPopup().displayAlert({"Vellux", "here"});
-     }}};
-INSTANTIATE_TEST_SUITE_P(, MainThreadTest, testing::ValuesIn(kMainThreadRows));
 
 } // namespace
