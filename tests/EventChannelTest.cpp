@@ -177,9 +177,9 @@ TEST_F(EventChannelTest, failureWaitsAndAsksAgain) {
     EXPECT_EQ(journal.take(), (Lines{"sleep 0.5", poll("/n")}));
 }
 
-// Descriptors and memory used up by a server that sends more and more news on polls it never ends; or the
-// limit that changes what the channel does: news count on any poll, each event sends its own, and the oldest
-// is closed without a word, even while it is read.
+// Descriptors and memory used up by a server that sends more and more news on polls it never ends; or a limit
+// that changes what the channel does: news count on any poll, each event sends its own, and the oldest is
+// closed without a word, even while it is read.
 TEST_F(EventChannelTest, sixteenPollsAreHeldAtMost) {
     std::string strEvents = kP;
     for (int n = 1; n < 15; ++n)
