@@ -17,7 +17,8 @@ public:
     virtual void devicePlugged() = 0;
     /// A light has left. Main thread.
     virtual void deviceUnplugged() = 0;
-    /// The event channel has brought a presence, as the server spells it. Main thread.
+    /// The event channel has brought a presence, as the server spells it. The client calls it on the main
+    /// thread.
     virtual void updateVelluxStatusWithPresence(const std::optional<std::string>& strToken) = 0;
 };
 

@@ -30,8 +30,8 @@ public:
     }
 
     /// Calls the observer after every change, when the new value can be read, on the thread that made it and
-    /// with no lock held; writing an equal value is no change. Any thread. What the observer refers to must
-    /// live until every worker thread has ended.
+    /// with no lock of this object held; writing an equal value is no change. Any thread. What the observer
+    /// refers to must live until every worker thread has ended.
     [[nodiscard]] Observation observe(Observer observer) { return m_observers.add(std::move(observer)); }
 
 private:

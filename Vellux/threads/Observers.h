@@ -19,9 +19,9 @@ template <typename... Arguments> class Observers {
 public:
     using Observer = std::function<void(Arguments...)>;
 
-    /// Calls the observer on each notification, on the notifying thread and with no lock held, as long as the
-    /// observation lives. A notification that is under way on another thread may still arrive after that, so
-    /// what the observer refers to must live until all notifying threads have ended.
+    /// Calls the observer on each notification, on the notifying thread and with no lock of this object held,
+    /// as long as the observation lives. A notification that is under way on another thread may still arrive
+    /// after that, so what the observer refers to must live until all notifying threads have ended.
     [[nodiscard]] Observation add(Observer observer) {
         auto entry = std::make_shared<const Observer>(std::move(observer));
         m_entries.update([&entry](Entries& entries) {
