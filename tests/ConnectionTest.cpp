@@ -4,7 +4,6 @@
 
 #include <fcntl.h>
 #include <fstream>
-#include <semaphore>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -178,14 +177,8 @@ TEST_F(ConnectionTest, disconnectsStepByStep) {
 
 // A monitor that overrules the mode the user has changed to meanwhile.
 TEST_F(ConnectionTest, manualModeWhileConnectingKeepsLightAndStatusLine) {
-    std::counting_semaphore<> reached{0}, goOn{0};
     clock.letRun(); // the manual worker's half periods don't matter here
-    transport.onRequest = [&](const vellux::HttpRequest& request) {
-        if (request.strUrl.ends_with("/me/presence")) {
-            reached.release();
-            goOn.acquire();
-        }
-    };
+    holdRequests("/me/presence");
     click();
     reached.acquire();
     ui().setManualMode(*ui().buttonSelectManualMode());

@@ -97,6 +97,15 @@ void TestWorld::runUntilConnectShows(const std::string& strTitle) {
     runUntil([&] { return isConnectUsable(strTitle); }, "the Connect button");
 }
 
+void TestWorld::holdRequests(const std::string& strEnd) {
+    transport.onRequest = [this, strEnd](const vellux::HttpRequest& request) {
+        if (request.strUrl.ends_with(strEnd)) {
+            reached.release();
+            goOn.acquire();
+        }
+    };
+}
+
 std::shared_ptr<FakeHidDevice> TestWorld::plugIn(std::int64_t nVendor, std::int64_t nProduct) {
     auto device = FakeHidManager::light(nVendor, nProduct);
     hid.simulateArrival(device);

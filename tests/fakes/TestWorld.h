@@ -20,6 +20,7 @@
 
 #include <atomic>
 #include <filesystem>
+#include <semaphore>
 
 /// The test's thread is the main thread. Each test is a process of its own, so the shared instances are new.
 class TestWorld : public testing::Test {
@@ -50,6 +51,8 @@ protected:
     /// Until the Connect button has the title and can be pressed: a status monitor has done its pass, and all
     /// who observe the button know.
     void runUntilConnectShows(const std::string& strTitle);
+    /// Holds each request to a URL that ends so, on its thread: it releases `reached` and waits for `goOn`.
+    void holdRequests(const std::string& strEnd);
     /// Closes the main thread's queue, as quitting does, and waits for the end of every other thread.
     void endThreads();
     /// Runs what is queued now, and what that queues in turn.
@@ -95,6 +98,7 @@ protected:
     Journal journal;
     /// Lines of these kinds must all have been asked for, or cleared, when the test ends.
     Journal::Kinds minded = {"alert", "request"};
+    std::counting_semaphore<> reached{0}, goOn{0};
     const std::unique_ptr<vellux::CallQueue> queue;
     vellux::CallQueue& mainThread = *queue;
     FakeHidManager hid{journal, mainThread};

@@ -5,7 +5,6 @@
 #include "fakes/Watchdog.h"
 
 #include <random>
-#include <semaphore>
 
 namespace {
 
@@ -38,15 +37,8 @@ struct StressTest : ConnectionThreadsTest, testing::WithParamInterface<unsigned>
 // of 6 processes hung within its 100 rounds.
 TEST_P(StressTest, modesChangeWhileMonitorsShowAPresence) {
     constexpr std::ptrdiff_t kMonitors = 3;
-    std::counting_semaphore<> reached{0}, goOn{0};
-    std::atomic<std::size_t> nPasses{0};
-    transport.onRequest = [&](const vellux::HttpRequest& request) {
-        if (request.strUrl.ends_with("/me/presence")) {
-            ++nPasses;
-            reached.release();
-            goOn.acquire();
-        }
-    };
+    holdRequests("/me/presence");
+    std::size_t nPasses = 0;
     std::minstd_rand random(GetParam());
     for (int nRound = 0; nRound < 100; ++nRound) {
         ui().setManualMode(*ui().buttonSelectManualMode()); // while disconnected, so nothing reconnects
@@ -55,7 +47,7 @@ TEST_P(StressTest, modesChangeWhileMonitorsShowAPresence) {
         click();
         for (int n = 1; n < kMonitors; ++n)
             ui().processLyncServerConnectionRequest();
-        for (int n = 0; n < kMonitors; ++n)
+        for (int n = 0; n < kMonitors; ++n, ++nPasses)
             reached.acquire();
         goOn.release(kMonitors);
         for (int n = 0; n < 4; ++n)
@@ -84,17 +76,10 @@ struct TerminationTest : ConnectionThreadsTest, testing::WithParamInterface<std:
 // alert. It is held in a request and let go at some moment of the shut-down, is showing an alert, as another
 // one waits to, or is waiting for main.
 TEST_P(TerminationTest, endsWithTheLightOff) {
-    const std::string strPlace = std::get<0>(GetParam()),
-                      strHeld = strPlace == "off" ? "/me/presence" : strPlace;
+    const std::string strPlace = std::get<0>(GetParam());
     const bool bEven = std::get<1>(GetParam()) % 2 == 0;
-    std::counting_semaphore<> reached{0}, goOn{0};
     std::atomic<bool> bEnding{false};
-    transport.onRequest = [&](const vellux::HttpRequest& request) {
-        if (request.strUrl.ends_with(strHeld)) {
-            reached.release();
-            goOn.acquire();
-        }
-    };
+    holdRequests(strPlace == "off" ? "/me/presence" : strPlace);
     const auto showsBusy = [&] { return ui().textFieldLyncStatus()->text() == "Busy"; };
     hid.onReport = [&] {
         if (strPlace == "off" && bEnding && mainThread.isCurrent()) { // while main sends the last report
