@@ -15,7 +15,7 @@ build_packages=(
     qt6-base-dev qt6-wayland libxcb1-dev
 )
 test_packages=(
-    clang-14 clang-format-14 libclang-rt-14-dev llvm-14
+    clang-14 clang-format-14 clang-tidy-14 libclang-rt-14-dev llvm-14
     libgtest-dev openssl coreutils
     desktop-file-utils appstream libxml2-utils
     dbus python3-dbusmock xvfb fonts-dejavu-core
