@@ -1,4 +1,4 @@
-// The Base64 codec: RFC 4648, leniency, and the log line of a failure. Codec and cipher when memory runs out.
+// The two codecs that the credentials go through: Base64 and AES-128.
 
 #include "AES128Transform.h"
 #include "MF_Base64Additions.h"
@@ -10,6 +10,8 @@ namespace {
 
 using namespace std::string_view_literals;
 
+constexpr std::string_view kKey = "k4mpr8vtxw2nbq6z";
+
 std::string decoded(std::string_view text) {
     const auto data = dataWithBase64String(text);
     return data ? std::string(data->begin(), data->end()) : "(absent)";
@@ -17,20 +19,15 @@ std::string decoded(std::string_view text) {
 
 // Wrong padding, groups or alphabet; absent for empty. Most are the vectors of RFC 4648, section 10.
 TEST(Base64, Vectors) {
-    const std::pair<std::string_view, const char*> rows[] = {{"", ""},
-                                                             {"f", "Zg=="},
-                                                             {"fo", "Zm8="},
-                                                             {"foo", "Zm9v"},
-                                                             {"foob", "Zm9vYg=="},
-                                                             {"fooba", "Zm9vYmE="},
-                                                             {"foobar", "Zm9vYmFy"},
-                                                             {"\xFF\xFE\xFD", "//79"},
-                                                             {"\xFB\xEF\xBE", "++++"}};
-    for (const auto& [text, strEncoded] : rows) {
+    using Row = std::pair<std::string_view, const char*>;
+    for (const auto& [text, strEncoded] :
+         {Row{"", ""}, Row{"f", "Zg=="}, Row{"fo", "Zm8="}, Row{"foo", "Zm9v"}, Row{"foob", "Zm9vYg=="},
+          Row{"fooba", "Zm9vYmE="}, Row{"foobar", "Zm9vYmFy"}, Row{"\xFF\xFE\xFD", "//79"},
+          Row{"\xFB\xEF\xBE", "++++"}}) {
         EXPECT_EQ(base64String(text), strEncoded);
         EXPECT_EQ(decoded(strEncoded), text);
     }
-    vellux::ByteBuffer data; // every byte at every place of a group
+    ByteBuffer data; // every byte at every place of a group
     for (int n = 0; n < 256 * 3 + 2; ++n) {
         data.push_back(static_cast<std::uint8_t>(n + n / 256));
         ASSERT_EQ(dataWithBase64String(base64String(data).value_or("")), data);
@@ -69,6 +66,44 @@ TEST(Base64, FailuresAreLogged) {
     EXPECT_TRUE(strLog.starts_with("WARNING: error occured while tring to encode base 32 data: ")) << strLog;
     EXPECT_NE(strLog.find("\nWARNING: error occured while decoding base 32 string: "), std::string::npos)
         << strLog;
+}
+
+// Another mode, key length or padding; a full block without its block of padding; a short or absent key not
+// padded with zero bytes, or a long one used; an initialisation vector that matters, so that existing files can't be read
+// any more. Vectors of FIPS-197, then of the openssl command line (openssl enc -aes-128-ecb -base64 -K KEY-IN-HEX).
+TEST(AES128, Vectors) {
+    const struct {
+        std::optional<std::string_view> key;
+        std::string_view clear;
+        const char* strEncrypted;
+    } rows[] = {{"\0\1\2\3\4\5\6\7\10\11\12\13\14\15\16\17"sv,
+                 "\x00\x11\x22\x33\x44\x55\x66\x77\x88\x99\xAA\xBB\xCC\xDD\xEE\xFF"sv,
+                 "acTg2Gp7BDDYzbeAcLTFWpVPZPLk6G6e7oLSAhZoSJk="},
+                {kKey, "", "FzH9yGBrS47RoZsu1O5rXA=="},
+                {kKey, "0123456789abcde", "FlPNlH3KL24sjpCcVa2Gog=="},
+                {kKey, "0123456789abcdef", "UJ/33VmSllAtEyxWoxnuDRcx/chga0uO0aGbLtTua1w="},
+                {kKey, "0123456789abcdefg", "UJ/33VmSllAtEyxWoxnuDSn+vOGCA1nemm1aOIJ7aOg="},
+                {"short", "abc", "YnRHJf0gwHCSY2M2rS5BVA=="},
+                {"short\0\0\0\0\0\0\0\0\0\0\0"sv, "abc", "YnRHJf0gwHCSY2M2rS5BVA=="},
+                {"seventeen letters", "abc", "l2qZX5TPTB4ktuL7Bn56aQ=="},
+                {std::nullopt, "abc", "l2qZX5TPTB4ktuL7Bn56aQ=="}};
+    for (const auto& row : rows) {
+        const ByteBuffer clear(row.clear.begin(), row.clear.end()),
+            encrypted = dataWithBase64String(row.strEncrypted).value();
+        EXPECT_EQ(AES128EncryptedDataWithKey(clear, row.key), encrypted) << row.clear;
+        EXPECT_EQ(AES128EncryptedDataWithKey(clear, row.key, kKey), encrypted) << row.clear;
+        EXPECT_EQ(AES128DecryptedDataWithKey(encrypted, row.key), clear) << row.clear;
+        EXPECT_EQ(AES128DecryptedDataWithKey(encrypted, row.key, ""), clear) << row.clear;
+    }
+}
+
+// Rubbish taken for credentials: wrong lengths, and blocks that end in 00, in 11 and in 0302.
+TEST(AES128, RefusesBadPadding) {
+    for (const std::size_t nLength : {0U, 1U, 15U, 17U, 31U})
+        EXPECT_FALSE(AES128DecryptedDataWithKey(ByteBuffer(nLength, 0x5A), kKey)) << nLength;
+    for (const char* strBlock :
+         {"8MH4K/AhBZrdIfXMCoUoVA==", "wIQBUqNdRylydhL5tZWKxQ==", "IUtpRFBsLwKZSN4kcdm2kA=="})
+        EXPECT_FALSE(AES128DecryptedDataWithKey(dataWithBase64String(strBlock).value(), kKey)) << strBlock;
 }
 
 // An exception where memory runs out, instead of a failure.
