@@ -27,7 +27,7 @@ TEST(Base64, Vectors) {
         EXPECT_EQ(base64String(text), strEncoded);
         EXPECT_EQ(decoded(strEncoded), text);
     }
-    ByteBuffer data; // every byte at every place of a group
+    vellux::ByteBuffer data; // every byte at every place of a group
     for (int n = 0; n < 256 * 3 + 2; ++n) {
         data.push_back(static_cast<std::uint8_t>(n + n / 256));
         ASSERT_EQ(dataWithBase64String(base64String(data).value_or("")), data);
@@ -69,8 +69,9 @@ TEST(Base64, FailuresAreLogged) {
 }
 
 // Another mode, key length or padding; a full block without its block of padding; a short or absent key not
-// padded with zero bytes, or a long one used; an initialisation vector that matters, so that existing files can't be read
-// any more. Vectors of FIPS-197, then of the openssl command line (openssl enc -aes-128-ecb -base64 -K KEY-IN-HEX).
+// padded with zero bytes, or a long one used; an initialisation vector that matters, so that existing files
+// can't be read any more. Vectors of FIPS-197, then of the openssl command line (openssl enc -aes-128-ecb
+// -base64 -K KEY-IN-HEX).
 TEST(AES128, Vectors) {
     const struct {
         std::optional<std::string_view> key;
@@ -88,7 +89,7 @@ TEST(AES128, Vectors) {
                 {"seventeen letters", "abc", "l2qZX5TPTB4ktuL7Bn56aQ=="},
                 {std::nullopt, "abc", "l2qZX5TPTB4ktuL7Bn56aQ=="}};
     for (const auto& row : rows) {
-        const ByteBuffer clear(row.clear.begin(), row.clear.end()),
+        const vellux::ByteBuffer clear(row.clear.begin(), row.clear.end()),
             encrypted = dataWithBase64String(row.strEncrypted).value();
         EXPECT_EQ(AES128EncryptedDataWithKey(clear, row.key), encrypted) << row.clear;
         EXPECT_EQ(AES128EncryptedDataWithKey(clear, row.key, kKey), encrypted) << row.clear;
@@ -100,7 +101,7 @@ TEST(AES128, Vectors) {
 // Rubbish taken for credentials: wrong lengths, and blocks that end in 00, in 11 and in 0302.
 TEST(AES128, RefusesBadPadding) {
     for (const std::size_t nLength : {0U, 1U, 15U, 17U, 31U})
-        EXPECT_FALSE(AES128DecryptedDataWithKey(ByteBuffer(nLength, 0x5A), kKey)) << nLength;
+        EXPECT_FALSE(AES128DecryptedDataWithKey(vellux::ByteBuffer(nLength, 0x5A), kKey)) << nLength;
     for (const char* strBlock :
          {"8MH4K/AhBZrdIfXMCoUoVA==", "wIQBUqNdRylydhL5tZWKxQ==", "IUtpRFBsLwKZSN4kcdm2kA=="})
         EXPECT_FALSE(AES128DecryptedDataWithKey(dataWithBase64String(strBlock).value(), kKey)) << strBlock;

@@ -146,18 +146,6 @@ TEST_F(HidrawSteps, AnotherDeviceOnTheSamePathIsARemovalAndAnArrival) {
     });
 }
 
-// A light that stays dark after its permissions came; notices at each failed attempt.
-TEST_F(HidrawSteps, ARefusedLightIsTriedAgainAndTakenUpOnceItOpens) {
-    const auto a = light("a", "1");
-    const auto b = light("b", "2");
-    run({
-        {"not permitted yet", {a, b}, {"a"}, false, {}, {"a/1!", "b/1"}, {"a/1!", "b/1"}},
-        {"still not", {a, b}, {"a"}, false, {}, {}, {"a/1!", "b/1"}},
-        {"permitted, in its old place", {a, b}, {}, false, {"a/1!"}, {"a/3"}, {"a/3", "b/1"}},
-        {"and left alone", {a, b}, {}, false, {}, {}, {"a/3", "b/1"}},
-    });
-}
-
 // After a resume: a light left dark, told twice, or opened although its handle still works.
 TEST_F(HidrawSteps, RedeliveringTellsEachPresentLightOnce) {
     const auto a = light("a", "1");

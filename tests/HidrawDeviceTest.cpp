@@ -2,10 +2,12 @@
 
 #include "adapters/hidraw/HidrawDevice.h"
 #include "fakes/KernelWrites.h"
-#include "fakes/SocketLight.h"
 #include "fakes/Watchdog.h"
+#include "kernel/SocketLight.h"
 
 #include <algorithm>
+#include <gtest/gtest.h>
+
 #include <cerrno>
 #include <csignal>
 #include <numeric>

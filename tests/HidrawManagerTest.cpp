@@ -2,9 +2,11 @@
 
 #include "adapters/hidraw/HidrawManager.h"
 #include "fakes/KernelWrites.h"
-#include "fakes/SocketLight.h"
 #include "fakes/Watchdog.h"
+#include "kernel/SocketLight.h"
 #include "threads/CallQueue.h"
+
+#include <gtest/gtest.h>
 
 #include <cerrno>
 #include <filesystem>

@@ -389,8 +389,10 @@ TEST_F(FaultsTest, TokensStayWhereTheyWereIssued) {
     for (const auto& [place, strLink, strOddLink, strExpected] : rows) {
         const std::string& strStory = strExpected; // a lambda takes no structured binding
         SCOPED_TRACE(strOddLink);
+        // Of polls each: curl repeats one by itself on a connection that has just gone.
+        const bool bPoll = std::string_view(place.strName) == "events";
         setFault(
-            place.strPath, place.nBefore,
+            place.strPath, bPoll ? -1 : place.nBefore,
             RawServer::answer(vellux::replaceAll(bodyAt(place.strPath, place.nBefore), strLink, strOddLink)));
         signIn(server.host());
         runUntil([&] { return story().starts_with(strStory); }, strStory.c_str());

@@ -4,9 +4,8 @@
 
 #include "adapters/hidraw/HidrawListing.h"
 
-#include <gtest/gtest.h>
-
 #include <array>
+#include <cstdlib>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -14,7 +13,10 @@ class SocketLight {
 public:
     using Bytes = std::vector<std::uint8_t>;
 
-    SocketLight() { EXPECT_EQ(::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, m_ends.data()), 0); }
+    SocketLight() {
+        if (::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, m_ends.data()) != 0)
+            std::abort();
+    }
     ~SocketLight() { unplug(); }
     SocketLight(const SocketLight&) = delete;
     SocketLight& operator=(const SocketLight&) = delete;
