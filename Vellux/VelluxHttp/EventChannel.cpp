@@ -40,7 +40,7 @@ VelluxHttp::httpGet_MyPresence(const std::optional<std::string>& strUrl,
     const auto answer = vellux::JsonBody::parse(*strBody);
     if (!answer)
         return std::nullopt;
-    bIsUserOnCall = answer->text({"activity"}) == "on-the-phone";
+    bIsUserOnCall = answer->text({"activity"}) == "on-the-phone"; // kept-on-purpose:activity-case
     auto strAvailability = answer->text({"availability"});
     presenceStatus.set(strAvailability);
     return strAvailability;

@@ -25,7 +25,7 @@ void VelluxWindowUi::onConnectButtonClicked(Button&) {
         const std::string strServer = controls.textFieldLyncServerName->text();
         const std::string strUser = controls.textFieldUsername->text();
         const std::string strSecret = controls.textFieldPassword->text();
-        if (strServer.empty() || strUser.empty() || strSecret.empty()) {
+        if (strServer.empty() || strUser.empty() || strSecret.empty()) { // kept-on-purpose:blank-fields
             alert(kFieldsAlert);
             return;
         }
