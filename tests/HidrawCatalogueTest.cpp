@@ -121,20 +121,6 @@ private:
     std::map<std::string, int> m_tries;
 };
 
-// A light opened again at each event, or one that loses the head of the list to a newcomer.
-TEST_F(HidrawSteps, OnlyWhatChangedIsToldAndOpened) {
-    const auto a = light("a", "1");
-    const auto b = light("b", "2");
-    const auto c = light("c", "3");
-    run({
-        {"first listing", {b}, {}, false, {}, {"b/1"}, {"b/1"}},
-        {"no change", {b}, {}, false, {}, {}, {"b/1"}},
-        {"another before it", {a, b}, {}, false, {}, {"a/1"}, {"b/1", "a/1"}},
-        {"one goes, one comes", {a, c}, {}, false, {"b/1"}, {"c/1"}, {"a/1", "c/1"}},
-        {"all go", {}, {}, false, {"a/1", "c/1"}, {}, {}},
-    });
-}
-
 // A light unplugged and plugged again between two listings keeps a dead handle.
 TEST_F(HidrawSteps, AnotherDeviceOnTheSamePathIsARemovalAndAnArrival) {
     HidrawEntry otherModel = light("a", "2");

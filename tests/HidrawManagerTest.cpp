@@ -140,8 +140,9 @@ private:
     Shared<std::map<std::string, std::shared_ptr<SocketLight>>> m_opened;
 };
 
-// Notices in the wrong order, from within open(), or of other makers' devices; a light that is opened at each
-// listing; a node that stays open after its light has left.
+// Notices in the wrong order, a light that loses the head of the list to a newcomer, from within open(), or
+// of other makers' devices; a light that is opened at each listing; a node that stays open after its light
+// has left.
 TEST_F(HidrawManagerTest, NoticesAreTheDifferenceOfTwoListings) {
     create();
     plug({1, 2});
@@ -152,7 +153,7 @@ TEST_F(HidrawManagerTest, NoticesAreTheDifferenceOfTwoListings) {
     const auto first = light(1);
     const auto second = light(2);
 
-    plug({2, 3});
+    plug({3, 2});
     m_manager.redeliver();
     EXPECT_EQ(notices(4), (Names{"-1", "-2", "+2", "+3"}));
     EXPECT_EQ(present(), (Names{"2", "3"}));

@@ -323,7 +323,6 @@ TEST_F(Workers, StateAndHandle) {
                 std::this_thread::yield();
         },
         0.5);
-    EXPECT_EQ(worker->priority(), 0.5);
     EXPECT_FALSE(worker->isExecuting() || worker->isFinished());
     worker->start();
     EXPECT_TRUE(worker->isExecuting() && !worker->isFinished());
