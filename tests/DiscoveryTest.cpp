@@ -178,10 +178,10 @@ TEST_F(Notices, ALightReplacedByAnotherFamily) {
     EXPECT_EQ(ui().manualModeColorList()->items(), with);
     EXPECT_EQ(ui().manualModeColorList()->indexOfSelectedItem(), -1);
     const Lines lines = journal.take();
-    EXPECT_EQ(Lines(lines.end() - 5, lines.end()),
-              (Lines{"control syncModeFlashSpeedList selected 1", "control syncModeColorList items 0",
-                     "control manualModeColorList items 0", "control syncModeColorList items 9",
-                     "control manualModeColorList items 9"}));
+    EXPECT_EQ(
+        Lines(lines.end() - 5, lines.end()),
+        (Lines{"syncModeFlashSpeedList selected 1", "syncModeColorList items 0",
+               "manualModeColorList items 0", "syncModeColorList items 9", "manualModeColorList items 9"}));
 }
 
 } // namespace

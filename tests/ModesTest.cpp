@@ -54,28 +54,20 @@ TEST_F(Modes, EffectsInOrder) {
     ui().setIndexOfManualModeFlashSpeedList(3);
     observeControls(true);
     journal.clear();
-    const auto split = [](const std::string& strLines) { return vellux::split(strLines, "\n"); };
-    const std::string strInputs = R"(control textFieldLyncServerName ?
-control textFieldUsername ?
-control textFieldPassword ?
-control buttonFlashOnCall ?
-control buttonLightOffOnAway ?
-control buttonLightOffOnAvailable ?
-control syncModeColorList disabled
-control syncModeFlashSpeedList disabled
-connect ?)";
+    const auto lines = [](const std::string& strLines, const char* strInputs) {
+        return vellux::split(vellux::replaceAll(strLines, "*", strInputs), ", ");
+    };
+    const std::string strInputs =
+        "textFieldLyncServerName *, textFieldUsername *, textFieldPassword *, buttonFlashOnCall *, "
+        "buttonLightOffOnAway *, buttonLightOffOnAvailable *, syncModeColorList disabled, "
+        "syncModeFlashSpeedList disabled, connect *, ";
     setManualMode();
-    Lines expected = split(R"(control buttonSelectManualMode state 1
-control buttonSelectSyncMode state 0
-control manualModeColorList enabled
-control manualModeFlashSpeedList enabled
-control manualModeColorList selected 5
-control manualModeFlashSpeedList selected 3
-)" + vellux::replaceAll(strInputs, "?", "disabled") +
-                           R"(
-cancel https://lync.example/ucwa/events?ack=1
-title Connect
-status )");
+    Lines expected =
+        lines("buttonSelectManualMode state 1, buttonSelectSyncMode state 0, manualModeColorList enabled, "
+              "manualModeFlashSpeedList enabled, manualModeColorList selected 5, manualModeFlashSpeedList "
+              "selected 3, " +
+                  strInputs + "cancel https://lync.example/ucwa/events?ack=1, title Connect, status ",
+              "disabled");
     for (const std::string& strReport : v30("ff000000 ff000000 ff000004 ff000024 ff000024 00000024 00000024 "
                                             "00960024 00960020 00960024 00960024"))
         expected.push_back(strReport);
@@ -83,18 +75,14 @@ status )");
     EXPECT_EQ(client().getPresenceStatus(), "");
 
     setSyncMode();
-    expected = split(R"(control buttonSelectManualMode state 0
-control buttonSelectSyncMode state 1
-)" + vellux::replaceAll(strInputs, "?", "enabled") +
-                     R"(
-control manualModeColorList disabled
-control manualModeFlashSpeedList disabled
-report 009600200000ffff
-control syncModeColorList selected 0
-control syncModeFlashSpeedList selected 1)");
-    Lines lines = journal.lines();
-    lines.resize(expected.size()); // the status monitor goes on from here
-    EXPECT_EQ(lines, expected);
+    expected =
+        lines("buttonSelectManualMode state 0, buttonSelectSyncMode state 1, " + strInputs +
+                  "manualModeColorList disabled, manualModeFlashSpeedList disabled, report 009600200000ffff, "
+                  "syncModeColorList selected 0, syncModeFlashSpeedList selected 1",
+              "enabled");
+    Lines told = journal.lines();
+    told.resize(expected.size()); // the status monitor goes on from here
+    EXPECT_EQ(told, expected);
     runUntilConnectShows("Disconnect");
     EXPECT_EQ(journal.lines({"request", "poll", "alert"}).size(), 5U);
 }
@@ -216,12 +204,12 @@ TEST_F(Modes, PositionsBeyondTheListsAreClamped) {
     observeControls(true);
     const auto light = FakeHidManager::light(0x1130, 1);
     arrive(light); // nine entries until the mode was applied
-    EXPECT_EQ(journal.count("control manualModeColorList selected 8"), 1U);
+    EXPECT_EQ(journal.count("manualModeColorList selected 8"), 1U);
     hid.noticeArrival(light);
     runPending();
-    EXPECT_EQ(journal.count("control manualModeColorList selected 7"), 1U);
+    EXPECT_EQ(journal.count("manualModeColorList selected 7"), 1U);
     setSyncMode();
-    EXPECT_EQ(journal.count("control syncModeColorList selected 7"), 1U);
+    EXPECT_EQ(journal.count("syncModeColorList selected 7"), 1U);
 }
 
 // A flash that is not taken up again when its light comes back.

@@ -59,7 +59,7 @@ void TestWorld::observeControls(bool bAllControls) {
             if (pControl == ui().buttonConnect().get() || pControl == ui().textFieldLyncStatus().get())
                 continue; // have lines of their own
             observations.push_back(control->observe([this, told, &row, &control = *control](Change change) {
-                journal.add(std::string("control ") + row.pName + ' ' + told(control, change));
+                journal.add(std::string(row.pName) + ' ' + told(control, change));
             }));
         }
     };

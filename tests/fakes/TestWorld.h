@@ -43,7 +43,7 @@ protected:
     void endWorld();
 
     /// Journals "title ...", "status ...", "connect enabled|disabled" and, with bAllControls, every other
-    /// write to a control as "control NAME ...".
+    /// write to a control as "NAME ...".
     void observeControls(bool bAllControls = false);
 
     /// Runs the main thread's calls until the condition holds; fails the test after 60 seconds.
