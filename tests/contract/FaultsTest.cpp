@@ -6,7 +6,6 @@
 #include "fakes/TestWorld.h"
 #include "server/RawServer.h"
 #include "support/Text.h"
-#include "threads/Shared.h"
 
 #include <openssl/ssl.h>
 #include <unistd.h>
