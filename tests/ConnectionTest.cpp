@@ -1,6 +1,6 @@
 // Connect, Disconnect and the status monitor's one pass.
+#include "fakes/ProgramFixture.h"
 #include "fakes/ServerTexts.h"
-#include "fakes/TestWorld.h"
 
 #include <fcntl.h>
 #include <fstream>
@@ -17,9 +17,9 @@ const std::string kFieldsAlert = "alert Please ensure all fields are entered cor
                       "poll GET https://lync.example/ucwa/events?ack=1 | Authorization: Bearer T0k3n | 15 s";
 
 /// A program without a light, credentials typed, a server that lets everybody in.
-class ConnectionTest : public TestWorld {
+class ConnectionFixture : public ProgramFixture {
 protected:
-    ConnectionTest() {
+    ConnectionFixture() {
         delegate().applicationDidFinishLaunching();
         scriptServer(R"({"availability":"Online"})");
         observeControls();
@@ -48,7 +48,7 @@ protected:
 };
 
 // The whole road from the click to the open channel; above all its order, and who is given the token (*).
-TEST_F(ConnectionTest, connectsStepByStep) {
+TEST_F(ConnectionFixture, ConnectsStepByStep) {
     plugInFramed();
     const std::string strPlain =
         R"({"_links":{"events":{"href":"/ev"}},"_embedded":{"me":{"_links":{"presence":{"href":"/me"}}}}})";
@@ -73,7 +73,7 @@ TEST_F(ConnectionTest, connectsStepByStep) {
 }
 
 // A failing step without its alert, in the wrong order, or that leaves a button nobody can press any more.
-TEST_F(ConnectionTest, failingStepsAlertAndGiveTheButtonBack) {
+TEST_F(ConnectionFixture, FailingStepsAlertAndGiveTheButtonBack) {
     plugInFramed();
     const auto check = [&](const char* strPath, const HttpResponse& answer, const char* strStep,
                            const std::string& strFirstAlert = "") {
@@ -105,7 +105,7 @@ TEST_F(ConnectionTest, failingStepsAlertAndGiveTheButtonBack) {
 }
 
 // Fields that start a connection that can't be meant, or a file overwritten by half an input.
-TEST_F(ConnectionTest, fieldsAreCheckedAndUsedAsTheyComeBackFromTheFile) {
+TEST_F(ConnectionFixture, FieldsAreCheckedAndUsedAsTheyComeBackFromTheFile) {
     for (const Lines& texts : {Lines{"", "u", "p"}, Lines{"s", "", "p"}, Lines{"s", "u", ""}}) {
         type(texts[0], texts[1], texts[2]);
         journal.clear();
@@ -130,7 +130,7 @@ TEST_F(ConnectionTest, fieldsAreCheckedAndUsedAsTheyComeBackFromTheFile) {
 }
 
 // A full disk: the connection takes what the file holds, never what was typed.
-TEST_F(ConnectionTest, unwritableFileConnectsWithTheEarlierCredentials) {
+TEST_F(ConnectionFixture, UnwritableFileConnectsWithTheEarlierCredentials) {
     clickThrough();
     click();
     const std::string strSaved = contentOf(settingsPath("configv31.bin"));
@@ -156,7 +156,7 @@ TEST_F(ConnectionTest, unwritableFileConnectsWithTheEarlierCredentials) {
 
 // A light left on, a long poll left open, or a box that brings back the presence of a connection that is
 // over.
-TEST_F(ConnectionTest, disconnectsStepByStep) {
+TEST_F(ConnectionFixture, DisconnectsStepByStep) {
     plugInV30();
     scriptPresence(R"({"availability":"Online","activity":"on-the-phone"})");
     choose(FlashOnCall, 1);
@@ -176,7 +176,7 @@ TEST_F(ConnectionTest, disconnectsStepByStep) {
 }
 
 // A monitor that overrules the mode the user has changed to meanwhile.
-TEST_F(ConnectionTest, manualModeWhileConnectingKeepsLightAndStatusLine) {
+TEST_F(ConnectionFixture, ManualModeWhileConnectingKeepsLightAndStatusLine) {
     clock.letRun(); // the manual worker's half periods don't matter here
     holdRequests("/me/presence");
     click();
@@ -192,7 +192,7 @@ TEST_F(ConnectionTest, manualModeWhileConnectingKeepsLightAndStatusLine) {
 }
 
 // A thread's stack and handle kept of every connection there has ever been.
-TEST_F(ConnectionTest, aHundredConnectionsLeaveNothingBehind) {
+TEST_F(ConnectionFixture, AHundredConnectionsLeaveNothingBehind) {
     const auto mapped = [] { // bytes
         std::size_t nPages = 0;
         std::ifstream("/proc/self/statm") >> nPages;
@@ -210,7 +210,7 @@ TEST_F(ConnectionTest, aHundredConnectionsLeaveNothingBehind) {
 }
 
 // A button "Reconnect" that only disconnects, leaves the old poll open, or starts a second monitor.
-TEST_F(ConnectionTest, reconnectDisconnectsAndConnects) {
+TEST_F(ConnectionFixture, ReconnectDisconnectsAndConnects) {
     clickThrough();
     transport.lastPoll().simulateEnd();
     journal.clear();

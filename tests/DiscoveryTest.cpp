@@ -1,10 +1,10 @@
 // Which devices are lights, and following them as they come and go.
 
-#include "fakes/LightWorld.h"
+#include "fakes/LightFixture.h"
 
 namespace {
 
-class Discovery : public TestWorld {
+class DiscoveryFixture : public ProgramFixture {
 protected:
     std::int32_t find(bool bExpected = true) {
         std::int32_t nCount = 77;
@@ -21,7 +21,7 @@ struct Identity {
 };
 
 // A wrong, missing or widened entry; another order of set-up; set-up repeated by the second discovery.
-TEST_F(Discovery, SetsTheManagerUpOnce) {
+TEST_F(DiscoveryFixture, SetsTheManagerUpOnce) {
     EXPECT_EQ(find(), 0);
     EXPECT_EQ(journal.take(), setUp);
     const Identity rows[] = {{0x1130, 0x0001, 3}, {0x1130, 0x0002, 3}, {0x1130, 0x1E00, 1},
@@ -38,7 +38,7 @@ TEST_F(Discovery, SetsTheManagerUpOnce) {
 
 // A device of the wrong type; an unknown or unreadable one that wipes the type its position had before (9);
 // writing past the type table, or listing no more than it holds.
-TEST_F(Discovery, ClassifiesByVendorAndProduct) {
+TEST_F(DiscoveryFixture, ClassifiesByVendorAndProduct) {
     const Identity rows[] = {{0x1130, 1, 1},      {0x1130, 2, 1}, {0x1130, 0x1E00, 2}, {0x0E53, 0x2516, 3},
                              {0x2C0D, 1, 3},      {0x2C0D, 2, 4}, {0x0E53, 0x2517, 4}, {0x0E53, 0x2519, 7},
                              {0x2C0D, 3, 7},      {0x2C0D, 6, 6}, {0x1130, 3, 9},      {0x0E53, 0x2518, 9},
@@ -58,7 +58,7 @@ TEST_F(Discovery, ClassifiesByVendorAndProduct) {
 
 // A property read at the wrong width; a value written although nothing was read; a handle of another kind
 // read as a device.
-TEST_F(Discovery, PropertiesAreSigned32BitIntegers) {
+TEST_F(DiscoveryFixture, PropertiesAreSigned32BitIntegers) {
     struct Foreign : vellux::HidDevice {
         vellux::HidTypeID typeID() const override { return kTypeID + 1; }
     };
@@ -80,7 +80,7 @@ TEST_F(Discovery, PropertiesAreSigned32BitIntegers) {
 
 // Success without a manager, or with one that did not open; a failed creation never tried again; a failed
 // opening tried again; lights counted when the manager can't list them, or their list dropped with the count.
-TEST_F(Discovery, WithoutManagerOrSet) {
+TEST_F(DiscoveryFixture, WithoutManagerOrSet) {
     hid.present(light);
     hid.bCreateFails = hid.bOpenFails = true;
     EXPECT_EQ(find(false), 0);
@@ -97,7 +97,7 @@ TEST_F(Discovery, WithoutManagerOrSet) {
 }
 
 // Notices or sends after release; the manager closed twice; types or the plugged flag reset with it.
-TEST_F(Discovery, Release) {
+TEST_F(DiscoveryFixture, Release) {
     hid.present(light);
     find();
     runPending();
@@ -117,10 +117,10 @@ TEST_F(Discovery, Release) {
 
 // ---- Notices ----
 
-using Notices = LightWorld;
+using NoticesFixture = LightFixture;
 
 // A report before the first notice; the colour asked for in the meantime lost; off not shown in between.
-TEST_F(Notices, AColourAskedForWithoutALightIsShownOnArrival) {
+TEST_F(NoticesFixture, AColourAskedForWithoutALightIsShownOnArrival) {
     constexpr auto kNoDevice = static_cast<std::int32_t>(kIOReturnNoDevice);
     const auto device = FakeHidManager::light(0x2C0D, 6);
     hid.present(device);
@@ -141,7 +141,7 @@ TEST_F(Notices, AColourAskedForWithoutALightIsShownOnArrival) {
 
 // A flag per light: it is one for all, and follows the last notice, not the count. A notice taken for what is
 // there now: an arrival of what has gone, a removal of what is there again.
-TEST_F(Notices, TellOfEarlierTimes) {
+TEST_F(NoticesFixture, TellOfEarlierTimes) {
     const auto first = plugInFramed(), second = plugInPlain();
     remove(second);
     EXPECT_EQ(ui().displayVelluxColor(0), static_cast<std::int32_t>(kIOReturnNoDevice));
@@ -162,7 +162,7 @@ TEST_F(Notices, TellOfEarlierTimes) {
 
 // Reports of the old family to the new light; lists that lack "Orange", or offer what is not there; the
 // refill before the mode is applied, or with a selection left.
-TEST_F(Notices, ALightReplacedByAnotherFamily) {
+TEST_F(NoticesFixture, ALightReplacedByAnotherFamily) {
     const Lines without = {"Red", "Green", "Yellow", "Purple", "Cyan", "Blue", "White", "None"};
     Lines with = without;
     with.insert(with.end() - 1, "Orange");

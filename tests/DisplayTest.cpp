@@ -1,12 +1,12 @@
 // Colour indexes on the first light.
 
-#include "fakes/LightWorld.h"
+#include "fakes/LightFixture.h"
 
 #include <limits>
 
 namespace {
 
-class Display : public LightWorld {
+class DisplayFixture : public LightFixture {
 protected:
     Lines show(std::int32_t nColor) {
         EXPECT_EQ(ui().displayVelluxColor(nColor), 0) << nColor;
@@ -16,7 +16,7 @@ protected:
 
 // An index that shows another colour; 7 taken for off on the older lights; an index beyond the table sent; a
 // report to a light of no known type.
-TEST_F(Display, EveryIndex) {
+TEST_F(DisplayFixture, EveryIndex) {
     plugInV30();
     const Lines last =
         v30("ff000000 00009600 ff003c00 80800000 00ffff00 00960000 ff327d00 ff000f00 ff000f01");
@@ -34,7 +34,7 @@ TEST_F(Display, EveryIndex) {
 
 // The second light changed as well; lists by the last light, not the first; the driver's result swallowed; an
 // index that shows nothing forgotten, so that a light that arrives is given the colour before it.
-TEST_F(Display, OnlyTheFirstLight) {
+TEST_F(DisplayFixture, OnlyTheFirstLight) {
     hid.present(FakeHidManager::light(0x1130, 0x1E00, "first"));
     const auto second = FakeHidManager::light(0x2C0D, 6, "second");
     arrive(second);
@@ -53,7 +53,7 @@ TEST_F(Display, OnlyTheFirstLight) {
 }
 
 // A lamp that shows what the light refused, or what it doesn't know; one that is dark for want of a light.
-TEST_F(Display, LampShowsWhatTheLightShows) {
+TEST_F(DisplayFixture, LampShowsWhatTheLightShows) {
     const auto expectLamp = [this](std::int32_t nRequested, std::int32_t nShown) {
         ui().displayVelluxColor(nRequested);
         EXPECT_EQ(ui().lamp().get(), (vellux::LampState{nShown, false})) << nRequested;

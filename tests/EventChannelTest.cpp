@@ -1,6 +1,6 @@
 // The presence query and the event channel.
+#include "fakes/ProgramFixture.h"
 #include "fakes/ServerTexts.h"
-#include "fakes/TestWorld.h"
 
 namespace {
 
@@ -24,9 +24,9 @@ Lines heard(int nEvents) {
 }
 
 /// A signed-in program with a light, in sync mode, its channel open.
-class EventChannelTest : public TestWorld {
+class EventChannelFixture : public ProgramFixture {
 protected:
-    EventChannelTest() {
+    EventChannelFixture() {
         delegate().applicationDidFinishLaunching();
         plugInFramed();
         scriptServer(R"({"availability":"Busy","activity":"on-the-phone"})");
@@ -59,7 +59,7 @@ protected:
 };
 
 // An answer that takes a gigabyte to read, or one that is refused only because a text in it is long and odd.
-TEST_F(EventChannelTest, answersMayBeLongButNotCostly) {
+TEST_F(EventChannelFixture, AnswersMayBeLongButNotCostly) {
     std::string strText = R"({"availability":"Away","note":")",
                 strList = R"({"availability":"Busy","list":[0)";
     for (int n = 0; n < 1'100'000; ++n) {
@@ -75,7 +75,7 @@ TEST_F(EventChannelTest, answersMayBeLongButNotCostly) {
 }
 
 // A presence passed on altered, or a failed query that forgets the call the user is on.
-TEST_F(EventChannelTest, presenceQueryKeepsItsStateUnlessAnAnswerCame) {
+TEST_F(EventChannelFixture, PresenceQueryKeepsItsStateUnlessAnAnswerCame) {
     const auto check = [&](const HttpResponse& answer, const Text& strResult, const Text& strStatus,
                            bool bOnCall) {
         SCOPED_TRACE(answer.body.value_or("no body").substr(0, 80));
@@ -110,7 +110,7 @@ TEST_F(EventChannelTest, presenceQueryKeepsItsStateUnlessAnAnswerCame) {
 }
 
 // Each event's order of effects; a batch that stops too early or too late, or opens polls nobody needs.
-TEST_F(EventChannelTest, batchesHaveTheirEffectsUpToTheFirstGap) {
+TEST_F(EventChannelFixture, BatchesHaveTheirEffectsUpToTheFirstGap) {
     EXPECT_EQ(journal.lines(), Lines{poll("/ucwa/events?ack=1")});
     const auto event = [](const std::string& strRel, const std::string& strType) {
         return R"({"link":{"rel":")" + strRel + R"("},"type":")" + strType + R"("})";
@@ -151,7 +151,7 @@ TEST_F(EventChannelTest, batchesHaveTheirEffectsUpToTheFirstGap) {
 }
 
 // A light set by an answer that never came, or a channel that goes on in spite of it.
-TEST_F(EventChannelTest, failedRequeryEndsTheBatch) {
+TEST_F(EventChannelFixture, FailedRequeryEndsTheBatch) {
     std::vector<HttpResponse> answers = brokenAnswers(R"({"availability":"Busy"})");
     answers.insert(answers.end(), {{"<html>", {}}, {"{}", {}}, {R"({"availability":null})", {}}});
     Lines expected = heard(1);
@@ -165,7 +165,7 @@ TEST_F(EventChannelTest, failedRequeryEndsTheBatch) {
 
 // A quiet hour that ends the channel, a retry without pause, one that skips a batch, or none for a poll that
 // has been replaced meanwhile.
-TEST_F(EventChannelTest, failureWaitsAndAsksAgain) {
+TEST_F(EventChannelFixture, FailureWaitsAndAsksAgain) {
     for (int n = 0; n < 3; ++n) {
         EXPECT_EQ(fail(), (Lines{"sleep 0.5", poll("/ucwa/events?ack=1")}));
         deliver(R"({"_links":{"next":{"href":"/unused"}}})");
@@ -180,7 +180,7 @@ TEST_F(EventChannelTest, failureWaitsAndAsksAgain) {
 // Descriptors and memory used up by a server that sends more and more news on polls it never ends; or a limit
 // that changes what the channel does: news count on any poll, each event sends its own, and the oldest is
 // closed without a word, even while it is read.
-TEST_F(EventChannelTest, sixteenPollsAreHeldAtMost) {
+TEST_F(EventChannelFixture, SixteenPollsAreHeldAtMost) {
     std::string strEvents = kP;
     for (int n = 1; n < 15; ++n)
         strEvents += "," + kP;
@@ -203,7 +203,7 @@ TEST_F(EventChannelTest, sixteenPollsAreHeldAtMost) {
 
 // A light that goes on following after the user has left, also by a poll that was replaced; a call flag that
 // outlives the connection; or an end so thorough that a sign-in still under way can't follow any more.
-TEST_F(EventChannelTest, abortSilencesTheChannelAndForgetsThePresence) {
+TEST_F(EventChannelFixture, AbortSilencesTheChannelAndForgetsThePresence) {
     deliver(batch("/m"));
     deliver(batch("/n"));
     ASSERT_TRUE(client().IsUserOnCall());
@@ -223,7 +223,7 @@ TEST_F(EventChannelTest, abortSilencesTheChannelAndForgetsThePresence) {
 }
 
 // A channel that counts as open after it has ended, or as ended when it has not.
-TEST_F(EventChannelTest, channelSaysWhetherItFollows) {
+TEST_F(EventChannelFixture, ChannelSaysWhetherItFollows) {
     using State = vellux::ChannelState;
     const auto state = [this] { return client().channel().get(); };
     EXPECT_EQ(state(), State::Open);

@@ -91,7 +91,7 @@ HidrawEntry light(const char* strPath, const char* strInstance) {
     return {strPath, strInstance, 0x1130, 1, 3};
 }
 
-class HidrawSteps : public testing::Test {
+class HidrawStepsFixture : public testing::Test {
 protected:
     void run(const std::vector<Step>& steps) {
         for (const Step& step : steps) {
@@ -122,7 +122,7 @@ private:
 };
 
 // A light unplugged and plugged again between two listings keeps a dead handle.
-TEST_F(HidrawSteps, AnotherDeviceOnTheSamePathIsARemovalAndAnArrival) {
+TEST_F(HidrawStepsFixture, AnotherDeviceOnTheSamePathIsARemovalAndAnArrival) {
     HidrawEntry otherModel = light("a", "2");
     otherModel.nProductID = 2;
     run({
@@ -133,7 +133,7 @@ TEST_F(HidrawSteps, AnotherDeviceOnTheSamePathIsARemovalAndAnArrival) {
 }
 
 // After a resume: a light left dark, told twice, or opened although its handle still works.
-TEST_F(HidrawSteps, RedeliveringTellsEachPresentLightOnce) {
+TEST_F(HidrawStepsFixture, RedeliveringTellsEachPresentLightOnce) {
     const auto a = light("a", "1");
     const auto b = light("b", "2");
     run({

@@ -21,10 +21,10 @@ namespace {
 
 using Bytes = SocketLight::Bytes;
 
-class HidrawDeviceTest : public testing::Test {
+class HidrawDeviceFixture : public testing::Test {
 protected:
-    HidrawDeviceTest() { std::signal(SIGPIPE, SIG_IGN); } // as the program does
-    ~HidrawDeviceTest() override { kernel_writes::answer = {}; }
+    HidrawDeviceFixture() { std::signal(SIGPIPE, SIG_IGN); } // as the program does
+    ~HidrawDeviceFixture() override { kernel_writes::answer = {}; }
 
     std::shared_ptr<HidrawDevice> open(HidrawNode node) {
         return std::make_shared<HidrawDevice>(HidrawEntry{}, node, m_shuttingDown, [this] { return m_now; });
@@ -41,7 +41,7 @@ protected:
 
 // A report without its ID, which the kernel takes for one with the first byte as its ID; one that is cut,
 // padded or split in two; a feature report that goes out as an output report.
-TEST_F(HidrawDeviceTest, AReportIsOneWriteOfIdAndPayload) {
+TEST_F(HidrawDeviceFixture, AReportIsOneWriteOfIdAndPayload) {
     const auto device = open(m_light.node());
     EXPECT_EQ(device->refusal(), 0U);
     Bytes plain(64);
@@ -60,7 +60,7 @@ TEST_F(HidrawDeviceTest, AReportIsOneWriteOfIdAndPayload) {
 }
 
 // A failure taken for success or for another one, or one that lasts.
-TEST_F(HidrawDeviceTest, AFailureIsTheErrnoOfItsReportAlone) {
+TEST_F(HidrawDeviceFixture, AFailureIsTheErrnoOfItsReportAlone) {
     const auto device = open(m_light.node());
     for (const int nError : {ENODEV, EPIPE, ETIMEDOUT, EPROTO, EIO, EINTR, EAGAIN}) {
         kernel_writes::answer = [nError] { return nError; };
@@ -84,7 +84,7 @@ TEST_F(HidrawDeviceTest, AFailureIsTheErrnoOfItsReportAlone) {
 
 // A light that hangs and is waited for each time, that is given up for good or by mistake, or that is not
 // left alone for as long as it was waited for.
-TEST_F(HidrawDeviceTest, ALightThatHangsIsLeftAlone) {
+TEST_F(HidrawDeviceFixture, ALightThatHangsIsLeftAlone) {
     constexpr HidResult hangs = ETIMEDOUT, refuses = EPIPE;
     constexpr bool bAsked = true, bLeftAlone = false, bShuttingDown = true;
     const struct {
@@ -129,7 +129,7 @@ TEST_F(HidrawDeviceTest, ALightThatHangsIsLeftAlone) {
 }
 
 // Two reports under way at once to a light that takes one after the other.
-TEST_F(HidrawDeviceTest, SendsToOneDeviceWaitForEachOther) {
+TEST_F(HidrawDeviceFixture, SendsToOneDeviceWaitForEachOther) {
     const auto device = open(m_light.node());
     std::atomic<int> nInside = 0, nMost = 0;
     kernel_writes::answer = [&] {
@@ -151,7 +151,7 @@ TEST_F(HidrawDeviceTest, SendsToOneDeviceWaitForEachOther) {
 
 // A descriptor that is closed, and taken by the next file, under a report that still waits; or one that is
 // never closed.
-TEST_F(HidrawDeviceTest, TheLastReferenceClosesTheNode) {
+TEST_F(HidrawDeviceFixture, TheLastReferenceClosesTheNode) {
     int nReports = 1;
     while (::send(m_light.node().nDescriptor, "", 1, MSG_DONTWAIT) == 1)
         ++nReports; // until the next one has to wait

@@ -31,10 +31,10 @@ public:
     std::atomic<int> nPosted = 0;
 };
 
-class HidrawManagerTest : public testing::Test {
+class HidrawManagerFixture : public testing::Test {
 protected:
-    HidrawManagerTest() { std::filesystem::create_directory(m_directory); }
-    ~HidrawManagerTest() override {
+    HidrawManagerFixture() { std::filesystem::create_directory(m_directory); }
+    ~HidrawManagerFixture() override {
         kernel_writes::answer = {};
         m_manager.close();
         std::filesystem::remove_all(m_directory);
@@ -143,7 +143,7 @@ private:
 // Notices in the wrong order, a light that loses the head of the list to a newcomer, from within open(), or
 // of other makers' devices; a light that is opened at each listing; a node that stays open after its light
 // has left.
-TEST_F(HidrawManagerTest, NoticesAreTheDifferenceOfTwoListings) {
+TEST_F(HidrawManagerFixture, NoticesAreTheDifferenceOfTwoListings) {
     create();
     plug({1, 2});
     ASSERT_EQ(m_manager.open(), 0U);
@@ -170,7 +170,7 @@ TEST_F(HidrawManagerTest, NoticesAreTheDifferenceOfTwoListings) {
 
 // Lights that leave because the system could not tell which there are, and what was asked for meanwhile
 // forgotten.
-TEST_F(HidrawManagerTest, AListingThatFailsSaysNothingAndIsRepeated) {
+TEST_F(HidrawManagerFixture, AListingThatFailsSaysNothingAndIsRepeated) {
     fail();
     create();
     ASSERT_EQ(m_manager.open(), 0U);
@@ -188,7 +188,7 @@ TEST_F(HidrawManagerTest, AListingThatFailsSaysNothingAndIsRepeated) {
 
 // A light that isn't listed since it may not be opened; one that stays dark after permission was granted, or
 // because it was granted during the attempt.
-TEST_F(HidrawManagerTest, ALightThatMayNotBeOpenedIsListedUntilItMay) {
+TEST_F(HidrawManagerFixture, ALightThatMayNotBeOpenedIsListedUntilItMay) {
     create();
     plug({1, 2});
     constexpr int kTries = 2; // at each listing
@@ -214,7 +214,7 @@ TEST_F(HidrawManagerTest, ALightThatMayNotBeOpenedIsListedUntilItMay) {
 }
 
 // Notices for nobody, or of another session; a watch that can't be ended or started again.
-TEST_F(HidrawManagerTest, NoticesAreForTheSessionThatListens) {
+TEST_F(HidrawManagerFixture, NoticesAreForTheSessionThatListens) {
     EXPECT_FALSE(m_manager.copyDevices());
     m_manager.redeliver();
     m_manager.close();
@@ -252,7 +252,7 @@ TEST_F(HidrawManagerTest, NoticesAreForTheSessionThatListens) {
 }
 
 // A program whose end waits for a light that hangs.
-TEST_F(HidrawManagerTest, AHurryReachesEachLight) {
+TEST_F(HidrawManagerFixture, AHurryReachesEachLight) {
     create();
     plug({1});
     ASSERT_EQ(m_manager.open(), 0U);
@@ -265,7 +265,7 @@ TEST_F(HidrawManagerTest, AHurryReachesEachLight) {
     EXPECT_EQ(nWrites, 1);
 }
 
-TEST_F(HidrawManagerTest, ReferencesOfOthersAreNoDevicesOfTheManager) {
+TEST_F(HidrawManagerFixture, ReferencesOfOthersAreNoDevicesOfTheManager) {
     for (const HidDeviceRef& device : {HidDeviceRef(), std::make_shared<HidDevice>()}) {
         EXPECT_EQ(send(device), static_cast<HidResult>(ENODEV));
         EXPECT_EQ(m_manager.deviceOpenResult(device), static_cast<HidResult>(ENODEV));

@@ -1,7 +1,7 @@
 // The application's life from start to end, its alerts and its window.
 #include "AlertPopup.h"
+#include "fakes/ProgramFixture.h"
 #include "fakes/ServerTexts.h"
-#include "fakes/TestWorld.h"
 #include "fakes/WindowControls.h"
 #include "support/Text.h"
 
@@ -12,9 +12,9 @@ using Lines = Journal::Lines;
 const std::string kRed = "report 55534243004002ef", kOff = "report 55534243004002ff"; // of a light of type 1
 std::atomic<int> nCalls{0};                                                           // to the main thread
 
-class LifecycleTest : public TestWorld {
+class LifecycleFixture : public ProgramFixture {
 protected:
-    LifecycleTest() : TestWorld(std::make_unique<vellux::CallQueue>([] { ++nCalls; })) {}
+    LifecycleFixture() : ProgramFixture(std::make_unique<vellux::CallQueue>([] { ++nCalls; })) {}
     /// Starts with the light present, flashes on a call or by hand, and ends: the journal of the shut-down
     /// ends so, with the devices' release.
     void expectAtShutDown(std::int64_t nVendor, std::int64_t nProduct, bool bManual, Lines expected) {
@@ -45,7 +45,7 @@ protected:
 
 // A start that forgets to keep the system awake, or darkens a light before the system has announced it, or
 // not at all.
-TEST_F(LifecycleTest, startsInOrder) {
+TEST_F(LifecycleFixture, StartsInOrder) {
     for (int nStart = 0; nStart < 3; ++nStart) {
         if (nStart == 1)
             hid.present(FakeHidManager::light(0x1130, 1));
@@ -70,7 +70,7 @@ TEST_F(LifecycleTest, startsInOrder) {
 }
 
 // A platform without activities, or without a device service, that keeps the program from starting.
-TEST_F(LifecycleTest, startsWithoutActivityAndLights) {
+TEST_F(LifecycleFixture, StartsWithoutActivityAndLights) {
     desktop.bOffersActivity = false;
     hid.bOpenFails = true;
     delegate().applicationDidFinishLaunching();
@@ -84,20 +84,20 @@ TEST_F(LifecycleTest, startsWithoutActivityAndLights) {
 }
 
 // A worker that lights a light again after the end, a long poll left behind, or devices released too early.
-TEST_F(LifecycleTest, shutDownEndsACallsFlashingOff) {
+TEST_F(LifecycleFixture, ShutDownEndsACallsFlashingOff) {
     expectAtShutDown(0x1130, 1, false, {kRed, "cancel https://lync.example/ucwa/events?ack=1", kOff});
 }
-TEST_F(LifecycleTest, shutDownEndsManualFlashingOff) {
+TEST_F(LifecycleFixture, ShutDownEndsManualFlashingOff) {
     expectAtShutDown(0x1130, 1, true, {kRed, kOff});
 }
-TEST_F(LifecycleTest, shutDownEndsFlashingByTheLightItselfOff) {
+TEST_F(LifecycleFixture, ShutDownEndsFlashingByTheLightItselfOff) {
     expectAtShutDown(0x2C0D, 6, false,
                      {"report ff0000100000ffff", "report ff0000100000ffff",
                       "cancel https://lync.example/ucwa/events?ack=1", "report ff0000110000ffff"});
 }
 
 // A monitor that shows its colour between the last report and the devices' release.
-TEST_F(LifecycleTest, lightStaysOffOnceSwitchedOffForGood) {
+TEST_F(LifecycleFixture, LightStaysOffOnceSwitchedOffForGood) {
     delegate().applicationDidFinishLaunching();
     plugInFramed();
     delegate().applicationWillTerminate();
@@ -109,7 +109,7 @@ TEST_F(LifecycleTest, lightStaysOffOnceSwitchedOffForGood) {
 
 // An answer that no user gave; the alerts of two failing connections inside each other, since a modal loop
 // runs what is queued; a caller that continues before the user has answered, or spins until then.
-TEST_F(LifecycleTest, alertsAreShownOnMainOneAfterTheOther) {
+TEST_F(LifecycleFixture, AlertsAreShownOnMainOneAfterTheOther) {
     AlertPopup& popup = AlertPopup::sharedAlertPopup();
     desktop.nResponse = 1001;
     EXPECT_EQ(popup.display("Vellux", "at once"), 1001);
@@ -145,7 +145,7 @@ TEST_F(LifecycleTest, alertsAreShownOnMainOneAfterTheOther) {
 }
 
 // An operation of the main thread that runs on another one, and is noticed by chance, if at all.
-TEST_F(LifecycleTest, otherThreadsEndTheProgram) {
+TEST_F(LifecycleFixture, OtherThreadsEndTheProgram) {
     std::int32_t nCount = 0;
     const std::function<void()> operations[] = {
         [&] { VelluxFindDevices(nCount); },
@@ -162,10 +162,10 @@ TEST_F(LifecycleTest, otherThreadsEndTheProgram) {
 
 // ---- The window ----
 
-using WindowTest = TestWorld;
+using ControlsFixture = ProgramFixture;
 
 // A step of start-up out of order: lists selected before they are filled, a mode set before its defaults.
-TEST_F(WindowTest, startUpSetsTheControlsInOrder) {
+TEST_F(ControlsFixture, StartUpSetsTheControlsInOrder) {
     observeControls(true);
     ui().initConfig();
     const std::string strExpected =
@@ -190,7 +190,7 @@ TEST_F(WindowTest, startUpSetsTheControlsInOrder) {
 }
 
 // A setter that writes another control's field.
-TEST_F(WindowTest, eachControlHasItsOwnAccessors) {
+TEST_F(ControlsFixture, EachControlHasItsOwnAccessors) {
     std::vector<std::function<void()>> checks; // after all setters, to notice one field written twice
     const auto set = [&]<typename T>(const ControlRow<T>& row) {
         const auto control = std::make_shared<T>();
@@ -205,7 +205,7 @@ TEST_F(WindowTest, eachControlHasItsOwnAccessors) {
 }
 
 // A main window that closes for good, or a platform without About.
-TEST_F(WindowTest, smallActions) {
+TEST_F(ControlsFixture, SmallActions) {
     ui().onAbout(nullptr);
     ui().openLink(nullptr);
     ui().onExit(nullptr);

@@ -1,13 +1,13 @@
 // Manual and sync mode: order of effects, and the handlers of the lists and of the flash-on-call box.
 
-#include "fakes/LightWorld.h"
+#include "fakes/LightFixture.h"
 #include "fakes/Watchdog.h"
 
 namespace {
 
 const std::string kSlow = "0.75", kMedium = "0.34999999403953552", kFast = "0.10000000149011612"; // seconds
 
-class Modes : public LightWorld {
+class ModesFixture : public LightFixture {
 protected:
     void setManualMode() { ui().setManualMode(*ui().buttonSelectManualMode()); }
     void setSyncMode() { ui().setSyncMode(*ui().buttonSelectSyncMode()); }
@@ -46,7 +46,7 @@ protected:
 
 // Any effect left out, doubled or moved: the channel aborted after the light changed, a control still usable,
 // the sync flash stopped late, the speed handler run once only (it runs before and after the colour).
-TEST_F(Modes, EffectsInOrder) {
+TEST_F(ModesFixture, EffectsInOrder) {
     plugInV30();
     scriptServer(R"({"availability":"Busy"})");
     connect();
@@ -89,7 +89,7 @@ TEST_F(Modes, EffectsInOrder) {
 
 // No reconnection, one too many, or one although the user was not connected; one after an arrival in manual
 // mode, which applies the mode again and so forgets the connection.
-TEST_F(Modes, ReturningToSyncModeReconnectsOnce) {
+TEST_F(ModesFixture, ReturningToSyncModeReconnectsOnce) {
     setManualMode();
     setSyncMode(); // was not connected
     scriptServer(R"({"availability":"Busy"})");
@@ -112,7 +112,7 @@ TEST_F(Modes, ReturningToSyncModeReconnectsOnce) {
 
 // A hardware flash with a wrong speed, in the wrong order, left out, or of a light that is to be off; a
 // steady position that flashes on; nothing selected that changes the speed or the colour; a worker.
-TEST_F(Modes, ManualListsOnAV30Light) {
+TEST_F(ModesFixture, ManualListsOnAV30Light) {
     plugInV30();
     setManualMode(); // red, medium
     expectChoice(ManualSpeed, 3, v30("ff000010 ff000014 ff000024"));
@@ -132,7 +132,7 @@ TEST_F(Modes, ManualListsOnAV30Light) {
 
 // A period that is wrong or was widened from double; the older lights not flashed; colour 8 and 7 mixed up: 7
 // is "None" in their list, but a colour that shows nothing.
-TEST_F(Modes, ManualListsOnAnOlderLight) {
+TEST_F(ModesFixture, ManualListsOnAnOlderLight) {
     plugInFramed();
     ui().setIndexOfManualModeFlashSpeedList(-1);
     clock.letRun();
@@ -159,7 +159,7 @@ TEST_F(Modes, ManualListsOnAnOlderLight) {
 
 // Call flashing without a call or without its box; the colour shown once instead of twice by its own list; a
 // box that stops nothing or does not evaluate the presence again.
-TEST_F(Modes, SyncListsOnAV30Light) {
+TEST_F(ModesFixture, SyncListsOnAV30Light) {
     plugInV30();
     expectChoice(SyncSpeed, 1, v30("00000001")); // no call, no box: the flash stops, if any
     presence("Busy", true);
@@ -180,7 +180,7 @@ TEST_F(Modes, SyncListsOnAV30Light) {
 }
 
 // A sync worker at the wrong speed or with another colour; the colour shown before the first pause.
-TEST_F(Modes, SyncListsOnAnOlderLight) {
+TEST_F(ModesFixture, SyncListsOnAnOlderLight) {
     plugInFramed();
     presence("Busy", true);
     expectWorker(FlashOnCall, 1, kMedium, "", "ff ef");
@@ -196,7 +196,7 @@ TEST_F(Modes, SyncListsOnAnOlderLight) {
 }
 
 // A position beyond the list kept, or clamped by the list before the refill.
-TEST_F(Modes, PositionsBeyondTheListsAreClamped) {
+TEST_F(ModesFixture, PositionsBeyondTheListsAreClamped) {
     ui().setIndexOfManualModeColorList(8);
     ui().setIndexOfManualModeFlashSpeedList(0);
     ui().setIndexOfSyncModeColorList(8);
@@ -213,7 +213,7 @@ TEST_F(Modes, PositionsBeyondTheListsAreClamped) {
 }
 
 // A flash that is not taken up again when its light comes back.
-TEST_F(Modes, ALightThatComesBackFlashesOn) {
+TEST_F(ModesFixture, ALightThatComesBackFlashesOn) {
     const auto light = plugInV30();
     setManualMode();
     remove(light);
@@ -225,7 +225,7 @@ TEST_F(Modes, ALightThatComesBackFlashesOn) {
 }
 
 // A lamp that blinks with the light, or flashes without it, or on a light that refused to.
-TEST_F(Modes, LampTellsFlashingAndStandsStill) {
+TEST_F(ModesFixture, LampTellsFlashingAndStandsStill) {
     using Lamp = vellux::LampState;
     const Lamp redFlashing{0, true}, red{0, false}, off{8, false};
     int nChanges = 0;

@@ -1,12 +1,12 @@
 // From a presence token to what the light shows, and the status line.
 
-#include "fakes/LightWorld.h"
+#include "fakes/LightFixture.h"
 
 namespace {
 
-class PresencePolicy : public LightWorld {
+class PresencePolicyFixture : public LightFixture {
 protected:
-    PresencePolicy() {
+    PresencePolicyFixture() {
         light = plugInFramed();
         observeControls();
     }
@@ -29,7 +29,7 @@ protected:
 
 // A token with the wrong colour; a box that acts on its neighbour's token; the status line in lower case, or
 // written before the light.
-TEST_F(PresencePolicy, TokensAndBoxes) {
+TEST_F(PresencePolicyFixture, TokensAndBoxes) {
     struct Row {
         std::optional<std::string> strToken;
         const char *strUnticked, *strAwayTicked, *strAvailableTicked;
@@ -58,7 +58,7 @@ TEST_F(PresencePolicy, TokensAndBoxes) {
 }
 
 // A box that acts late or on the other token; off instead of nothing for a mixed box.
-TEST_F(PresencePolicy, BoxesActAtOnce) {
+TEST_F(PresencePolicyFixture, BoxesActAtOnce) {
     expectUpdate("Away", framed("cf"));
     expectBox(OffOnAvailable, true, {});
     expectBox(OffOnAway, true, framed("ff"));
@@ -78,7 +78,7 @@ TEST_F(PresencePolicy, BoxesActAtOnce) {
 }
 
 // The policy at work in manual mode, or idle without a light, which then does not catch up.
-TEST_F(PresencePolicy, ModeAndLight) {
+TEST_F(PresencePolicyFixture, ModeAndLight) {
     for (const std::int64_t nState : {vellux::Button::kOff, vellux::Button::kMixed}) {
         ui().buttonSelectSyncMode()->setState(nState);
         ui().updateVelluxStatusWithPresence("Busy");
@@ -94,7 +94,7 @@ TEST_F(PresencePolicy, ModeAndLight) {
 // A call that flashes although nobody asked for it; "None" for calls that leaves the light on, or skips the
 // presence colour; the presence colour shown during a flashing call, or its token remembered; flashing that
 // outlives the call.
-TEST_F(PresencePolicy, OnACall) {
+TEST_F(PresencePolicyFixture, OnACall) {
     presence("Busy", true);
     expectUpdate("Busy", framed("ef"));
     ui().buttonFlashOnCall()->setState(vellux::Button::kMixed);

@@ -1,6 +1,6 @@
 // The user's applications resource and the registration of an endpoint.
+#include "fakes/ProgramFixture.h"
 #include "fakes/ServerTexts.h"
-#include "fakes/TestWorld.h"
 
 #include <regex>
 
@@ -20,7 +20,7 @@ std::string offer(const std::string& strHref = "/mma", const std::string& strKey
            strHref + R"("}}}}})";
 }
 
-class RegistrationTest : public TestWorld {
+class RegistrationFixture : public ProgramFixture {
 protected:
     Text applicationsUrl(const HttpResponse& answer, const Text& strHost = kHost) {
         transport.script("/Autodiscover/AutodiscoverService.svc/root/oauth/user", {answer});
@@ -55,7 +55,7 @@ protected:
 };
 
 // A request that goes to the host the server named: it may not be reachable from the user's network.
-TEST_F(RegistrationTest, applicationsLinkIsRewrittenToTheTypedHost) {
+TEST_F(RegistrationFixture, ApplicationsLinkIsRewrittenToTheTypedHost) {
     const std::pair<const char*, const char*> rows[] = {
         // H is the typed host
         {"https://pool7.fjord.example/ucwa/apps", "https://H/ucwa/apps"},
@@ -82,7 +82,7 @@ TEST_F(RegistrationTest, applicationsLinkIsRewrittenToTheTypedHost) {
 
 // A user without an applications resource, or a broken answer, taken for a link; an alert too many or too
 // few.
-TEST_F(RegistrationTest, withoutAnApplicationsLinkThereIsNoUrl) {
+TEST_F(RegistrationFixture, WithoutAnApplicationsLinkThereIsNoUrl) {
     const std::string strGood = R"({"_links":{"applications":{"href":"https://p.example/a"}}})";
     for (const HttpResponse& answer : brokenAnswers(strGood)) {
         EXPECT_EQ(applicationsUrl(answer), std::nullopt);
@@ -101,7 +101,7 @@ TEST_F(RegistrationTest, withoutAnApplicationsLinkThereIsNoUrl) {
 }
 
 // Reading the wrong one of up to three answers, registering too often, or minding what does not matter.
-TEST_F(RegistrationTest, availabilityIsMadeAndTheRightAnswerRead) {
+TEST_F(RegistrationFixture, AvailabilityIsMadeAndTheRightAnswerRead) {
     using Answers = std::vector<HttpResponse>;
     const auto check = [&](const Answers& registrations, const Answers& available,
                            const std::string& strExchanged, const Text& strPath = {}) {
@@ -144,7 +144,7 @@ TEST_F(RegistrationTest, availabilityIsMadeAndTheRightAnswerRead) {
 }
 
 // One id for all endpoints, and the server mixes up two connections; a new one in between, and it sees two.
-TEST_F(RegistrationTest, oneEndpointIdForEachConnection) {
+TEST_F(RegistrationFixture, OneEndpointIdForEachConnection) {
     transport.script("/mma", "");
     for (int n = 0; n < 2; ++n) {
         transport.script("/ucwa/apps", {{offer(), {}}, {application("/p"), {}}});
@@ -157,7 +157,7 @@ TEST_F(RegistrationTest, oneEndpointIdForEachConnection) {
 }
 
 // Half a success that overwrites links in use, or a lost link that ends a working event channel.
-TEST_F(RegistrationTest, keepsTheEarlierLinksWhereTheAnswerHasNone) {
+TEST_F(RegistrationFixture, KeepsTheEarlierLinksWhereTheAnswerHasNone) {
     scriptServer("{}");
     client().httpPost_GetOAuthToken(kHost, "u", "p");
     const auto check = [&](const std::string& strBody, const std::string& strPresence,
@@ -184,7 +184,7 @@ TEST_F(RegistrationTest, keepsTheEarlierLinksWhereTheAnswerHasNone) {
 }
 
 // A request without a destination, or the fault reported as one of the network.
-TEST_F(RegistrationTest, absentArgumentsAndUnformableUrlsSendNothing) {
+TEST_F(RegistrationFixture, AbsentArgumentsAndUnformableUrlsSendNothing) {
     EXPECT_EQ(setUp({}), std::nullopt);
     EXPECT_EQ(setUp(kHost, {}), std::nullopt);
     EXPECT_EQ(setUp(kHost, kApps, {}), std::nullopt);

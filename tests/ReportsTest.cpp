@@ -1,10 +1,10 @@
 // Reports of the three families byte by byte, and what happens when a light refuses them.
 
-#include "fakes/LightWorld.h"
+#include "fakes/LightFixture.h"
 
 namespace {
 
-class Reports : public TestWorld {
+class ReportsFixture : public ProgramFixture {
 protected:
     /// Lights (vendor and product) that are listed and plugged, and that the controller has not touched.
     void addLights(const std::vector<std::int64_t>& ids) {
@@ -45,7 +45,7 @@ bool isOrange(const Colour& colour) {
 
 // A wrong code or level; the order red, green, blue; the previous colour not shown first; a type left out;
 // off sent once to a plain light, or with a frame left in it; orange not refused by the older lights.
-TEST_F(Reports, EveryColourOnEveryFamily) {
+TEST_F(ReportsFixture, EveryColourOnEveryFamily) {
     addLights({0x1130'0001, 0x1130'0002, 0x1130'1E00, 0x0E53'2516, 0x0E53'2517, 0x2C0D'0006, 0x2C0D'0003});
     for (const Colour& colour : kColours)
         for (std::uint8_t byIndex = 0; byIndex < 7; ++byIndex) {
@@ -63,7 +63,7 @@ TEST_F(Reports, EveryColourOnEveryFamily) {
 
 // A report to a light of unknown type or beyond the type table, or its operations kept in the shared shadow;
 // a colour other than orange refused.
-TEST_F(Reports, LightsWithoutATypeAreSentNothing) {
+TEST_F(ReportsFixture, LightsWithoutATypeAreSentNothing) {
     addLights(std::vector<std::int64_t>(40, 0x2C0D'0006));
     asDeviceInfo[0] = 0;
     asDeviceInfo[1] = 5;
@@ -87,7 +87,7 @@ TEST_F(Reports, LightsWithoutATypeAreSentNothing) {
 
 // A control bit that is wrong, or cleared by an operation that is not about it; odd speeds (7 lands beyond
 // the field, where no other speed clears it).
-TEST_F(Reports, ControlByteOfV30Lights) {
+TEST_F(ReportsFixture, ControlByteOfV30Lights) {
     addLights({0x2C0D'0006});
     const auto selectSpeeds = [](std::initializer_list<std::uint8_t> speeds) {
         for (const std::uint8_t bySpeed : speeds)
@@ -107,7 +107,7 @@ TEST_F(Reports, ControlByteOfV30Lights) {
 
 // A shadow per light; one that discovery, release or a failed send forgets; a report to another light; going
 // on with a colour after a report that failed.
-TEST_F(Reports, AllV30LightsShareTheShadow) {
+TEST_F(ReportsFixture, AllV30LightsShareTheShadow) {
     hid.present(FakeHidManager::light(0x2C0D, 6, "first"));
     hid.present(FakeHidManager::light(0x0E53, 0x2516, "second"));
     addLights({});
@@ -132,7 +132,7 @@ TEST_F(Reports, AllV30LightsShareTheShadow) {
 
 // Too many or too few attempts or pauses; the pause after a success left out; another failure's code
 // returned, or the first of the two results of off on a plain light.
-TEST_F(Reports, RefusedReportsAreTriedAgain) {
+TEST_F(ReportsFixture, RefusedReportsAreTriedAgain) {
     addLights({0x1130'0001, 0x1130'1E00});
     refuse(50);
     EXPECT_EQ(VelluxTurnOffLight(1), kIOReturnSuccess);
@@ -154,7 +154,7 @@ TEST_F(Reports, RefusedReportsAreTriedAgain) {
 }
 
 // A send without a light, or to the wrong one; the two codes mixed up.
-TEST_F(Reports, ResultCodesWithoutALight) {
+TEST_F(ReportsFixture, ResultCodesWithoutALight) {
     addLights({0x1130'0001, 0x2C0D'0006});
     const auto list = gDeviceCFArrayRef.get();
     const auto expectNoDevice = [](const char* strWhy) {

@@ -1,5 +1,5 @@
 // The window-state file and the settings file.
-#include "fakes/TestWorld.h"
+#include "fakes/ProgramFixture.h"
 
 #include <ostream>
 #include <sys/stat.h>
@@ -8,9 +8,9 @@ namespace {
 
 using std::filesystem::perms;
 
-class SettingsTest : public TestWorld {
+class SettingsFixture : public ProgramFixture {
 protected:
-    SettingsTest() { umask(0); }
+    SettingsFixture() { umask(0); }
     const std::string strState = settingsPath("uistate.txt"), strConfig = settingsPath("configv31.bin");
     static perms modeOf(const std::string& strPath) { return std::filesystem::status(strPath).permissions(); }
     std::string savedState() {
@@ -24,7 +24,7 @@ protected:
 };
 
 // A first start that connects to nobody, hides its window, or leaves files that others can read.
-TEST_F(SettingsTest, firstStartCreatesTwoEmptyPrivateFiles) {
+TEST_F(SettingsFixture, FirstStartCreatesTwoEmptyPrivateFiles) {
     observeControls();
     type("as", "de", "signed");
     ui().initConfig();
@@ -38,7 +38,7 @@ TEST_F(SettingsTest, firstStartCreatesTwoEmptyPrivateFiles) {
 }
 
 // A field of the state file from the wrong place: colours are what is remembered, speeds what the lists show.
-TEST_F(SettingsTest, stateFileHoldsEightNumbers) {
+TEST_F(SettingsFixture, StateFileHoldsEightNumbers) {
     ui().initConfig();
     EXPECT_EQ(savedState(), "1;0;0;0;0;1;0;2");
     choose(OffOnAway, 1);
@@ -51,7 +51,7 @@ TEST_F(SettingsTest, stateFileHoldsEightNumbers) {
 }
 
 // Bytes that other versions can't read, or a file that was readable by others and stays so.
-TEST_F(SettingsTest, settingsFileIsWhatOpensslWrites) {
+TEST_F(SettingsFixture, SettingsFileIsWhatOpensslWrites) {
     writeContent(strConfig, "");
     chmod(strConfig.c_str(), 0666);
     ui().initConfig();
@@ -83,10 +83,10 @@ struct StateRow {
     bool bCodeLight = false;
     friend void PrintTo(const StateRow& row, std::ostream* out) { *out << row.strName; }
 };
-struct StateFileTest : SettingsTest, testing::WithParamInterface<StateRow> {};
+struct StateFileFixture : SettingsFixture, testing::WithParamInterface<StateRow> {};
 
 // Numbers clamped that are not to be, or not clamped that index a list; half a file restored.
-TEST_P(StateFileTest, isRestoredWholeOrNotAtAll) {
+TEST_P(StateFileFixture, IsRestoredWholeOrNotAtAll) {
     writeContent(strState, GetParam().strContent);
     for (const auto& box :
          {ui().buttonFlashOnCall(), ui().buttonLightOffOnAway(), ui().buttonLightOffOnAvailable()})
@@ -113,7 +113,7 @@ const StateRow kStateRows[] = {{"sync", "1;0;1;0;3;2;4;3", "1;0;1;0;3;2;4;3"},
                                {"nine", "0;0;0;0;3;2;4;3;"},
                                {"noUtf8", "0;0;0;0;3;2;4;\xFF"},
                                {"empty", ""}};
-INSTANTIATE_TEST_SUITE_P(, StateFileTest, testing::ValuesIn(kStateRows));
+INSTANTIATE_TEST_SUITE_P(, StateFileFixture, testing::ValuesIn(kStateRows));
 
 enum class Start { ShowsWindow, Connects, FillsFields, Alerts };
 struct ConfigRow {
@@ -121,10 +121,10 @@ struct ConfigRow {
     Start start = Start::ShowsWindow;
     friend void PrintTo(const ConfigRow& row, std::ostream* out) { *out << row.strName; }
 };
-struct ConfigFileTest : SettingsTest, testing::WithParamInterface<ConfigRow> {};
+struct ConfigFileFixture : SettingsFixture, testing::WithParamInterface<ConfigRow> {};
 
 // A start that connects with half of the credentials, without being asked to, or not at all.
-TEST_P(ConfigFileTest, decidesWhatStartUpDoes) {
+TEST_P(ConfigFileFixture, DecidesWhatStartUpDoes) {
     const Start start = GetParam().start;
     writeContent(strConfig, GetParam().strContent);
     writeContent(strState, start == Start::FillsFields ? "0;0;0;0;0;1;0;0" : ""); // manual mode
@@ -158,10 +158,10 @@ const ConfigRow kConfigRows[] = { // "s;u;p" and its like, as openssl encrypts t
     {"empty", ""},
     {"binary", "\xFF\x80\x01Y/Ch"},
     {"plain", "s;u;p"}};
-INSTANTIATE_TEST_SUITE_P(, ConfigFileTest, testing::ValuesIn(kConfigRows));
+INSTANTIATE_TEST_SUITE_P(, ConfigFileFixture, testing::ValuesIn(kConfigRows));
 
 // A home that can't be written: the program runs on with its defaults.
-TEST_F(SettingsTest, noDirectoryIsNoReasonToFail) {
+TEST_F(SettingsFixture, NoDirectoryIsNoReasonToFail) {
     writeContent((directory / "Vellux").string(), "in the way");
     ui().initConfig();
     ui().saveUiState();

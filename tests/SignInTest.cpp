@@ -1,6 +1,6 @@
 // Discovery and sign-in.
+#include "fakes/ProgramFixture.h"
 #include "fakes/ServerTexts.h"
-#include "fakes/TestWorld.h"
 
 #include <array>
 
@@ -9,7 +9,7 @@ namespace {
 using Text = std::optional<std::string>;
 using vellux::HttpResponse;
 
-class SignInTest : public TestWorld {
+class SignInFixture : public ProgramFixture {
 protected:
     Text signIn(const Text& strHost, const HttpResponse& answer) {
         transport.script("/WebTicket/oauthtoken", {answer});
@@ -23,7 +23,7 @@ protected:
 };
 
 // Escaped credentials, or a length in characters instead of bytes: servers refuse a right password.
-TEST_F(SignInTest, sendsCredentialsVerbatimAndCountsTheirBytes) {
+TEST_F(SignInFixture, SendsCredentialsVerbatimAndCountsTheirBytes) {
     const std::string strHead =
         "request POST https://lync.kestrel.example/WebTicket/oauthtoken | Content-Type: "
         "application/x-www-form-urlencoded | Content-Length: ";
@@ -39,7 +39,7 @@ TEST_F(SignInTest, sendsCredentialsVerbatimAndCountsTheirBytes) {
 
 // A status code or a lifetime read by mistake, a missing alert, or a failure that forgets the earlier
 // sign-in.
-TEST_F(SignInTest, answerDecidesResultAlertsAndWhatIsKept) {
+TEST_F(SignInFixture, AnswerDecidesResultAlertsAndWhatIsKept) {
     scriptServer(R"({"availability":"Busy"})");
     ASSERT_EQ(signIn("first.example", {R"({"token_type":"A","access_token":"b"})", {}}), "A b");
     client().httpPost_SetupApplicationsAndGetPresenceURL("first.example",
@@ -76,7 +76,7 @@ TEST_F(SignInTest, answerDecidesResultAlertsAndWhatIsKept) {
 }
 
 // A request that can't be meant, or an alert where the workflow has its own.
-TEST_F(SignInTest, absentArgumentsAndUnformableHostsSendNothing) {
+TEST_F(SignInFixture, AbsentArgumentsAndUnformableHostsSendNothing) {
     EXPECT_EQ(client().httpPost_GetOAuthToken({}, "u", "p"), std::nullopt);
     EXPECT_EQ(client().httpPost_GetOAuthToken("lync.example", {}, "p"), std::nullopt);
     EXPECT_EQ(client().httpPost_GetOAuthToken("lync.example", "u", {}), std::nullopt);
@@ -89,7 +89,7 @@ TEST_F(SignInTest, absentArgumentsAndUnformableHostsSendNothing) {
 }
 
 // One of the four addresses wrong, a second try by itself, or an alert for a search that may well fail.
-TEST_F(SignInTest, discoveryAsksOneAddressOnce) {
+TEST_F(SignInFixture, DiscoveryAsksOneAddressOnce) {
     const auto ask = [&](bool bHttps, bool bInternal) {
         EXPECT_EQ(client().httpGet_StartAutomaticDiscovery("fjord.example", bHttps, bInternal), "");
         return journal.take();
@@ -102,7 +102,7 @@ TEST_F(SignInTest, discoveryAsksOneAddressOnce) {
 }
 
 // The host cut out of the link wrongly, or a crash over a link of an unexpected shape.
-TEST_F(SignInTest, discoveryCutsTheHostOutOfTheSelfLink) {
+TEST_F(SignInFixture, DiscoveryCutsTheHostOutOfTheSelfLink) {
     const auto self = [](const std::string& strHref) {
         return R"({"_links":{"self":{"href":")" + strHref + R"("}}})";
     };

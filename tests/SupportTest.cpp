@@ -1,7 +1,7 @@
 // The small pieces: text, URLs, files, the main thread's queue, worker threads, shared instances.
 
+#include "fakes/ProgramFixture.h"
 #include "fakes/ScarceMemory.h"
-#include "fakes/TestWorld.h"
 #include "fakes/Watchdog.h"
 #include "support/Files.h"
 #include "support/Text.h"
@@ -75,9 +75,9 @@ TEST(Url, WhatFormsOne) {
         EXPECT_FALSE(isHttpUrl(strUrl)) << testing::PrintToString(strUrl);
 }
 
-class Files : public TestWorld {
+class FilesFixture : public ProgramFixture {
 protected:
-    Files() { umask(022); }
+    FilesFixture() { umask(022); }
     static unsigned modeOf(const std::string& strPath) {
         return static_cast<unsigned>(fs::status(strPath).permissions());
     }
@@ -85,7 +85,7 @@ protected:
 };
 
 // Credentials that others can read, in a new file or in a loose old one; a directory that they can look into.
-TEST_F(Files, AreForTheirOwnerAlone) {
+TEST_F(FilesFixture, AreForTheirOwnerAlone) {
     createPrivateDirectory(path("a/b"));
     EXPECT_EQ(modeOf(path("a/b")), 0700U);
     writeFile(path("secret"), "s", FileAccess::OwnerOnly);
@@ -106,7 +106,7 @@ TEST_F(Files, AreForTheirOwnerAlone) {
 }
 
 // Settings never written where the file system has no modes, or credentials in somebody else's file.
-TEST_F(Files, ThatCannotBeTightenedAreWrittenIfTheyAreOurs) {
+TEST_F(FilesFixture, ThatCannotBeTightenedAreWrittenIfTheyAreOurs) {
     const std::string strFixed =
         "/proc/self/timerslack_ns"; // everybody's to write; its mode can't be changed
     ASSERT_EQ(modeOf(strFixed), 0666U);
@@ -124,7 +124,7 @@ TEST_F(Files, ThatCannotBeTightenedAreWrittenIfTheyAreOurs) {
 }
 
 // A file emptied, or half a text, where there is no room for the whole one.
-TEST_F(Files, KeepWhatTheyHeldUnlessAllOfItFits) {
+TEST_F(FilesFixture, KeepWhatTheyHeldUnlessAllOfItFits) {
     std::signal(SIGXFSZ, SIG_IGN); // a write beyond the limit is short, and the next one fails
     rlimit limit{};
     ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &limit), 0);
@@ -147,7 +147,7 @@ TEST_F(Files, KeepWhatTheyHeldUnlessAllOfItFits) {
 }
 
 // A short file read into a megabyte; an exception where there is no memory.
-TEST_F(Files, NeedLittleMemoryAndNeverThrow) {
+TEST_F(FilesFixture, NeedLittleMemoryAndNeverThrow) {
     const std::string strPath = path("directory/and/a/long/name/of/a/file"), strText(100, 'x');
     createPrivateDirectory(fs::path(strPath).parent_path());
     writeFile(strPath, strText, FileAccess::OwnerOnly);
@@ -167,7 +167,7 @@ TEST_F(Files, NeedLittleMemoryAndNeverThrow) {
 
 // A rest of the longer text before; a content that comes back changed; rubbish, or more than memory holds,
 // read.
-TEST_F(Files, ComeBackWholeOrNotAtAll) {
+TEST_F(FilesFixture, ComeBackWholeOrNotAtAll) {
     EXPECT_EQ(readTextFile(path("f")), std::nullopt);
     for (const auto text : {"a longer text"sv, "\0 \r\n gr\xC3\xBC\xC3\x9F\n"sv, ""sv}) {
         writeFile(path("f"), text, FileAccess::OwnerOnly);
@@ -186,7 +186,7 @@ TEST_F(Files, ComeBackWholeOrNotAtAll) {
 }
 
 // A program that hangs or throws because something else stands where its file should be.
-TEST_F(Files, ThatAreNoFiles) {
+TEST_F(FilesFixture, ThatAreNoFiles) {
     const Watchdog watchdog("a FIFO in place of a file");
     fs::create_directory(path("directory"));
     ASSERT_EQ(mkfifo(path("fifo").c_str(), 0644), 0);
@@ -311,10 +311,10 @@ TEST(CallQueue, CloseFreesEveryWaiter) {
     EXPECT_EQ(token.use_count(), 1);
 }
 
-using Workers = TestWorld;
+using WorkersFixture = ProgramFixture;
 
 // A handle that reports a wrong state; a thread that ends with its handle, or keeps what it captured.
-TEST_F(Workers, StateAndHandle) {
+TEST_F(WorkersFixture, StateAndHandle) {
     std::atomic<bool> bGo = false;
     const auto token = std::make_shared<int>(0);
     auto worker = std::make_shared<WorkerThread>(
@@ -335,7 +335,7 @@ TEST_F(Workers, StateAndHandle) {
 }
 
 // A button left dead, or what a thread should have used kept for good, when the platform gives no thread.
-TEST_F(Workers, ThatCantBeMade) {
+TEST_F(WorkersFixture, ThatCantBeMade) {
     delegate().applicationDidFinishLaunching();
     pthread_attr_t usual, tooLarge;
     pthread_getattr_default_np(&usual);
@@ -358,7 +358,7 @@ TEST_F(Workers, ThatCantBeMade) {
 }
 
 // Two instances, one of them lost; an instance seen half made (the thread sanitizer tells).
-TEST_F(Workers, ShareOneInstance) {
+TEST_F(WorkersFixture, ShareOneInstance) {
     static SharedInstanceSlot<std::string> slot;
     std::atomic<int> nCreated = 0, nReady = 0;
     std::vector<std::thread> users;

@@ -11,7 +11,7 @@ using vellux::HttpRequest;
 
 namespace {
 
-class CurlProxyTest : public testing::Test {
+class CurlProxyFixture : public testing::Test {
 protected:
     bool succeeds(const HttpRequest& request) {
         return transport.sendSynchronousRequest(request).succeeded();
@@ -33,7 +33,7 @@ protected:
 } // namespace
 
 // A proxy of the desktop's that is ignored, or the environment's that is used in its place.
-TEST_F(CurlProxyTest, GoesThroughTheProxyThatIsChosenForARequest) {
+TEST_F(CurlProxyFixture, GoesThroughTheProxyThatIsChosenForARequest) {
     RawServer server({RawServer::answer("{}"), RawServer::answer("{}")});
     setenv("http_proxy", "http://127.0.0.1:1", 1);
     strProxy = server.origin();
@@ -46,7 +46,7 @@ TEST_F(CurlProxyTest, GoesThroughTheProxyThatIsChosenForARequest) {
 
 // A proxy that is asked for with every poll, on the main thread; or never again, although another network
 // needs another.
-TEST_F(CurlProxyTest, LooksAgainAtASignInAndAfterAConnectionThatFailed) {
+TEST_F(CurlProxyFixture, LooksAgainAtASignInAndAfterAConnectionThatFailed) {
     RawServer server({RawServer::answer("{}", "200 OK", "Connection: close\r\n"), {RawServer::close()}});
     const HttpRequest signIn{"POST", "https://elsewhere.example/token", {}, "", {}};
     const HttpRequest query{"GET", "https://elsewhere.example/me", {{"Authorization", "Bearer T"}}, {},

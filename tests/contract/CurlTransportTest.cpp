@@ -2,7 +2,7 @@
 
 #include "adapters/curl/CurlTransport.h"
 #include "adapters/curl/CurlPolicy.h"
-#include "fakes/TestWorld.h"
+#include "fakes/ProgramFixture.h"
 #include "fakes/Watchdog.h"
 #include "server/RawServer.h"
 
@@ -38,9 +38,9 @@ HttpRequest post(const std::string& strUrl, const std::string& strBody) {
 }
 
 /// Journals what a poll hears as "response", "data ...", "complete" and "failed".
-class CurlTransportTest : public TestWorld, protected vellux::HttpConnectionDelegate {
+class CurlTransportFixture : public ProgramFixture, protected vellux::HttpConnectionDelegate {
 protected:
-    CurlTransportTest() : TestWorld(std::make_unique<vellux::CallQueue>([] { ++nQueued; })) {
+    CurlTransportFixture() : ProgramFixture(std::make_unique<vellux::CallQueue>([] { ++nQueued; })) {
         setenv("http_proxy", "http://127.0.0.1:1", 1); // to be ignored when told to
     }
 
@@ -89,7 +89,7 @@ protected:
 } // namespace
 
 // Guards against fields that curl adds, reorders or repeats: servers are particular about this wire form.
-TEST_F(CurlTransportTest, SendsExactlyTheseBytes) {
+TEST_F(CurlTransportFixture, SendsExactlyTheseBytes) {
     RawServer server({RawServer::answer("{}"), RawServer::answer("{}"), RawServer::answer("{}")}, secure());
     const std::string strForm = "grant_type=password&username=C\\p&password=\xC3\xA9+&=";
     EXPECT_TRUE(send(post(server.origin() + "/WebTicket/oauthtoken", strForm)).succeeded());
@@ -109,7 +109,7 @@ TEST_F(CurlTransportTest, SendsExactlyTheseBytes) {
 
 // Guards against reading the status code, against taking "no content" for "no body" or the reverse, and
 // against memory being filled by a server that never ends.
-TEST_F(CurlTransportTest, TellsBodiesFromFailures) {
+TEST_F(CurlTransportFixture, TellsBodiesFromFailures) {
     const std::string strHead = "HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\n", strZero("a\0b", 3),
                       strLargest(16 * 1024 * 1024, 'x');
     const struct {
@@ -141,7 +141,7 @@ TEST_F(CurlTransportTest, TellsBodiesFromFailures) {
 
 // Guards against a password sent to whatever answers: a server whose certificate comes from an authority that
 // is not trusted, or is for another name.
-TEST_F(CurlTransportTest, TrustsNobodyButItsAuthorities) {
+TEST_F(CurlTransportFixture, TrustsNobodyButItsAuthorities) {
     RawServer server({}, secure());
     const std::string strPort = server.host().substr(server.host().find(':'));
     const struct {
@@ -161,7 +161,7 @@ TEST_F(CurlTransportTest, TrustsNobodyButItsAuthorities) {
 }
 
 // Guards against a token or a link smuggling in a header field, a second request or another protocol.
-TEST_F(CurlTransportTest, RefusesMalformedRequestsBeforeSending) {
+TEST_F(CurlTransportFixture, RefusesMalformedRequestsBeforeSending) {
     RawServer server({});
     for (const std::string& strValue : Texts{"a\r\nX: y", "a\n", "a\r", std::string("a\0b", 3)}) {
         HttpRequest request = get(server.origin() + "/");
@@ -178,7 +178,7 @@ TEST_F(CurlTransportTest, RefusesMalformedRequestsBeforeSending) {
 }
 
 // Guards against a redirected sign-in hanging on a body that is no longer sent, and against leaving http.
-TEST_F(CurlTransportTest, FollowsRedirectsWithinHttp) {
+TEST_F(CurlTransportFixture, FollowsRedirectsWithinHttp) {
     RawServer server({RawServer::redirect("/next"), RawServer::answer("there"),
                       RawServer::redirect("/again", "307 Here"), RawServer::answer("twice"),
                       RawServer::redirect("/in"), RawServer::answer("let in")},
@@ -202,7 +202,7 @@ TEST_F(CurlTransportTest, FollowsRedirectsWithinHttp) {
 
 // Guards against a token or a password that goes in clear, or to another host than the one it belongs to: by
 // a link in an answer, by a sign-in that overlaps with another, or by a redirect.
-TEST_F(CurlTransportTest, CredentialsGoNowhereElse) {
+TEST_F(CurlTransportFixture, CredentialsGoNowhereElse) {
     RawServer server({}, secure()), other({}, secure()), plain({});
     const std::string strHome = server.origin() + "/";
     const std::string strOtherName =
@@ -240,7 +240,7 @@ TEST_F(CurlTransportTest, CredentialsGoNowhereElse) {
 }
 
 // Guards against a session that the server ties to a cookie being lost between requests.
-TEST_F(CurlTransportTest, KeepsCookiesInMemory) {
+TEST_F(CurlTransportFixture, KeepsCookiesInMemory) {
     RawServer server({RawServer::answer("", "200 OK", "Set-Cookie: s=1; Path=/\r\n"), RawServer::answer("")});
     send(get(server.origin() + "/"));
     send(get(server.origin() + "/"));
@@ -250,7 +250,7 @@ TEST_F(CurlTransportTest, KeepsCookiesInMemory) {
 // Guards against a batch of events falling apart into pieces that are each unreadable. A busy machine may
 // really fall silent for 100 ms, so one whole delivery in ten tries is enough; without gathering so much
 // never comes at once.
-TEST_F(CurlTransportTest, GathersPiecesThatBelongTogether) {
+TEST_F(CurlTransportFixture, GathersPiecesThatBelongTogether) {
     const std::string strLong(std::size_t{8} << 20, 'x');
     RawServer server({});
     bool bWhole = false;
@@ -266,7 +266,7 @@ TEST_F(CurlTransportTest, GathersPiecesThatBelongTogether) {
 
 // Guards against a batch waiting for the end of an answer that the server keeps open, and against a cut
 // connection hiding what came before it.
-TEST_F(CurlTransportTest, DeliversAfterSilenceAndThenTheFailure) {
+TEST_F(CurlTransportFixture, DeliversAfterSilenceAndThenTheFailure) {
     RawServer server({{RawServer::send("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nab"),
                        RawServer::waitForGo(), RawServer::send("cd"), RawServer::close()}});
     poll(server.origin() + "/"); // the reference is dropped at once: that cancels nothing
@@ -279,7 +279,7 @@ TEST_F(CurlTransportTest, DeliversAfterSilenceAndThenTheFailure) {
 
 // Guards against a second start asking twice, and a callback arriving after a cancel, even one already
 // queued.
-TEST_F(CurlTransportTest, CallsNobodyAfterCancel) {
+TEST_F(CurlTransportFixture, CallsNobodyAfterCancel) {
     vellux::assertMainThread(mainThread);
     RawServer server({RawServer::answer("one")});
     const auto connection = poll(server.origin() + "/1");
@@ -294,7 +294,7 @@ TEST_F(CurlTransportTest, CallsNobodyAfterCancel) {
 
 // Guards against a long poll that nobody answers lasting forever, one that speaks being cut in the middle of
 // a word, and a thread that waits for as long as a server keeps speaking.
-TEST_F(CurlTransportTest, PollsMayFallSilentForSoLongAndRequestsLastForSoLong) {
+TEST_F(CurlTransportFixture, PollsMayFallSilentForSoLongAndRequestsLastForSoLong) {
     RawServer::Reply drip = {RawServer::send("HTTP/1.1 200 OK\r\n"), RawServer::pause()};
     for (int n = 0; n < 9; ++n) // two and a half seconds
         drip.insert(drip.end(), {RawServer::send("A: b\r\n"), RawServer::pause()});
@@ -320,7 +320,7 @@ TEST_F(CurlTransportTest, PollsMayFallSilentForSoLongAndRequestsLastForSoLong) {
 // Guards against a program that can't end while a server keeps it waiting, or that opens its polls again and
 // again while it ends: a waiting thread is freed, and nobody is called back, not even by what is queued
 // already.
-TEST_F(CurlTransportTest, CloseFreesAWaitingThreadAndCallsNobody) {
+TEST_F(CurlTransportFixture, CloseFreesAWaitingThreadAndCallsNobody) {
     RawServer server({{RawServer::waitForGo()}, {RawServer::waitForGo()}, RawServer::answer("queued")});
     HttpResponse answer;
     std::thread waiting([&] { answer = send(get(server.origin() + "/")); });
@@ -340,7 +340,7 @@ TEST_F(CurlTransportTest, CloseFreesAWaitingThreadAndCallsNobody) {
 
 // Guards against an end that hangs, or a program that ends at once, since there was no descriptor or no
 // thread left when the first request came; and against one that never tries again.
-TEST_F(CurlTransportTest, FailsWhileNothingIsLeftForIt) {
+TEST_F(CurlTransportFixture, FailsWhileNothingIsLeftForIt) {
     rlimit usual{};
     getrlimit(RLIMIT_NOFILE, &usual);
     const rlimit none{3, usual.rlim_max}; // all of these are taken
@@ -375,7 +375,7 @@ TEST_F(CurlTransportTest, FailsWhileNothingIsLeftForIt) {
 
 // Guards against lost wake-ups and mixed-up answers between threads: each round has 8 threads with 50
 // requests.
-TEST_F(CurlTransportTest, ServesManyThreads) {
+TEST_F(CurlTransportFixture, ServesManyThreads) {
     constexpr int kThreads = 8;
     constexpr int kEach = 50;
     RawServer server(std::vector<RawServer::Reply>(kThreads * kEach, RawServer::answer("ok")));

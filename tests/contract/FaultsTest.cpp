@@ -2,8 +2,8 @@
 // on the real transport over TLS, with a light.
 
 #include "adapters/curl/CurlTransport.h"
+#include "fakes/ProgramFixture.h"
 #include "fakes/ServerTexts.h"
-#include "fakes/TestWorld.h"
 #include "server/RawServer.h"
 #include "support/Text.h"
 
@@ -77,16 +77,16 @@ void PrintTo(const Place& place, std::ostream* stream) {
     *stream << place.strName;
 }
 
-class FaultsTest : CarelessOpenSsl, public TestWorld {
+class FaultsFixture : CarelessOpenSsl, public ProgramFixture {
 protected:
-    FaultsTest() : TestWorld(std::make_unique<vellux::CallQueue>(), kNoProgram) {
+    FaultsFixture() : ProgramFixture(std::make_unique<vellux::CallQueue>(), kNoProgram) {
         makeProgram(hurry, desktop);
         program->start();
         plugInFramed();
         observeControls();
         ui().setSyncMode(*ui().buttonSelectSyncMode());
     }
-    ~FaultsTest() override { endWorld(); }
+    ~FaultsFixture() override { endProgram(); }
     /// One turn: polls that are refused at once never leave the queue empty.
     void runPending() override { mainThread.runPending(); }
     RawServer::Tls secure() const { return {*authority.issueServerIdentity()}; }
@@ -248,9 +248,9 @@ constexpr BodyRow kBodyRows[] = {
     {"events", "large", "green red", true, State::Open},
 };
 
-class BodyFaults : public FaultsTest, public testing::WithParamInterface<Place> {};
+class BodyFaultsFixture : public FaultsFixture, public testing::WithParamInterface<Place> {};
 
-TEST_P(BodyFaults, AreSurvived) {
+TEST_P(BodyFaultsFixture, AreSurvived) {
     const Place& place = GetParam();
     for (const BodyRow& row : kBodyRows) {
         if (row.strPlace != std::string_view(place.strName))
@@ -276,12 +276,12 @@ TEST_P(BodyFaults, AreSurvived) {
         }
     }
 }
-INSTANTIATE_TEST_SUITE_P(, BodyFaults, testing::ValuesIn(kPlaces),
+INSTANTIATE_TEST_SUITE_P(, BodyFaultsFixture, testing::ValuesIn(kPlaces),
                          [](const auto& place) { return place.param.strName; });
 
 // ---- connections ----
 
-class ConnectionFaults : public FaultsTest {
+class ConnectionFaultsFixture : public FaultsFixture {
 protected:
     struct Fault {
         const char* strName;
@@ -325,7 +325,7 @@ protected:
     };
 };
 
-TEST_F(ConnectionFaults, EndASignIn) {
+TEST_F(ConnectionFaultsFixture, EndASignIn) {
     for (const Fault& fault : kFaults) {
         SCOPED_TRACE(fault.strName);
         mend();
@@ -340,7 +340,7 @@ TEST_F(ConnectionFaults, EndASignIn) {
     EXPECT_EQ(elsewhere.requests().size() + plain.requests().size(), 0U);
 }
 
-TEST_F(ConnectionFaults, AreWaitedOutWhileFollowing) {
+TEST_F(ConnectionFaultsFixture, AreWaitedOutWhileFollowing) {
     for (const Fault& fault : kFaults) {
         SCOPED_TRACE(fault.strName);
         mend();
@@ -373,7 +373,7 @@ TEST_F(ConnectionFaults, AreWaitedOutWhileFollowing) {
 // ---- links ----
 
 // A token that follows a link in clear or to another host, or goes to the host of a sign-in that overlaps.
-TEST_F(FaultsTest, TokensStayWhereTheyWereIssued) {
+TEST_F(FaultsFixture, TokensStayWhereTheyWereIssued) {
     const std::string strOther = elsewhere.host();
     const std::vector<std::tuple<Place, std::string, std::string, std::string>> rows = {
         {kPlaces[1], "https://pool.example", "http://pool.example", "unreachable no-presence"},

@@ -16,7 +16,7 @@ namespace {
 
 constexpr const char* kLogind = "org.freedesktop.login1";
 
-class Services : public testing::Test {
+class ServicesFixture : public testing::Test {
 protected:
     const Watchdog m_watchdog{"services", std::chrono::seconds(110)};
     const PrivateBus m_session{BusKind::Session}, m_system{BusKind::System};
@@ -61,7 +61,7 @@ public:
 };
 
 // A system that falls asleep while the program follows, or never again.
-TEST_F(Services, ThePortalInhibitsForAsLongAsAnActivityLives) {
+TEST_F(ServicesFixture, ThePortalInhibitsForAsLongAsAnActivityLives) {
     Portal portal("Inhibit");
     portal.answerInhibit(
         "self.AddObject('/request/' + args[2]['handle_token'], 'org.freedesktop.portal.Request', {},"
@@ -83,7 +83,7 @@ TEST_F(Services, ThePortalInhibitsForAsLongAsAnActivityLives) {
 }
 
 // A desktop without a portal, or with one that can't; and an inhibitor that nobody gives back.
-TEST_F(Services, LogindInhibitsWhereThePortalDoesNot) {
+TEST_F(ServicesFixture, LogindInhibitsWhereThePortalDoesNot) {
     Portal portal("Inhibit");
     portal.answerInhibit(
         "raise dbus.exceptions.DBusException('no', name='org.freedesktop.DBus.Error.Failed')");
@@ -103,7 +103,7 @@ TEST_F(Services, LogindInhibitsWhereThePortalDoesNot) {
 }
 
 // Lights that stay dark after a resume, or are announced again on the way to sleep.
-TEST_F(Services, EachWakeUpIsNoticedAndNoFallingAsleep) {
+TEST_F(ServicesFixture, EachWakeUpIsNoticedAndNoFallingAsleep) {
     Logind logind;
     int nResumed = 0;
     auto notice = std::make_unique<ResumeNotice>([&] { ++nResumed; });
@@ -119,7 +119,7 @@ TEST_F(Services, EachWakeUpIsNoticedAndNoFallingAsleep) {
     EXPECT_EQ(prepareForSleep(false), 2);
 }
 
-class Proxies : public Services {
+class Proxies : public ServicesFixture {
 protected:
     Proxies() {
         for (const char* strVariable : {"http_proxy", "https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY"})
@@ -188,7 +188,7 @@ TEST_F(Proxies, APortalThatHangsIsAskedAgainAndNotWaitedForAgain) {
 }
 
 // A notification without the program's name and icon, or whose text is taken for markup.
-TEST_F(Services, ANotificationBearsTheProgramsName) {
+TEST_F(ServicesFixture, ANotificationBearsTheProgramsName) {
     showNotification("nobody", "is there to show it");
     DbusMock mock(BusKind::Session, "org.freedesktop.Notifications", "/org/freedesktop/Notifications",
                   "org.freedesktop.Notifications");

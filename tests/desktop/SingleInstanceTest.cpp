@@ -78,9 +78,9 @@ void PrintTo(const Case& starts, std::ostream* pOut) {
     *pOut << starts.strName;
 }
 
-class SingleInstance : public testing::TestWithParam<Case>, public Session {
+class SingleInstanceEnvironmentFixture : public testing::TestWithParam<Case>, public Session {
 protected:
-    SingleInstance() {
+    SingleInstanceEnvironmentFixture() {
         if (GetParam().odd.bBus || GetParam().even.bBus)
             startBus();
     }
@@ -92,7 +92,7 @@ private:
     int m_nStarts = 0;
 };
 
-INSTANTIATE_TEST_SUITE_P(In, SingleInstance,
+INSTANTIATE_TEST_SUITE_P(In, SingleInstanceEnvironmentFixture,
                          testing::Values(Case{"Bus", kBus, kBus}, Case{"Runtime", kRuntime, kRuntime},
                                          Case{"Temporary", kTemporary, kTemporary},
                                          Case{"BothThenRuntime", kBoth, kRuntime},
@@ -101,7 +101,7 @@ INSTANTIATE_TEST_SUITE_P(In, SingleInstance,
                          testing::PrintToStringParamName());
 
 // Two copies that fight over the light, or a second start that does nothing at all.
-TEST_P(SingleInstance, ASecondStartActivatesTheFirstAndEnds) {
+TEST_P(SingleInstanceEnvironmentFixture, ASecondStartActivatesTheFirstAndEnds) {
     const auto first = holding(start("t1"));
     for (const char* strToken : {"t2", "", "t3"}) {
         const auto second = start(strToken);
@@ -112,7 +112,7 @@ TEST_P(SingleInstance, ASecondStartActivatesTheFirstAndEnds) {
 }
 
 // A start that waits for a hung copy, or whose activation is lost when the copy was merely busy.
-TEST_P(SingleInstance, AHungHolderIsNotWaitedForLong) {
+TEST_P(SingleInstanceEnvironmentFixture, AHungHolderIsNotWaitedForLong) {
     const auto first = holding(start("t1"));
     first->signal(SIGSTOP);
     {
@@ -124,7 +124,7 @@ TEST_P(SingleInstance, AHungHolderIsNotWaitedForLong) {
 }
 
 // A crash after which the program can't be started again.
-TEST_P(SingleInstance, AKilledHoldersPlaceIsTaken) {
+TEST_P(SingleInstanceEnvironmentFixture, AKilledHoldersPlaceIsTaken) {
     auto first = holding(start("t1"));
     first->signal(SIGKILL);
     first.reset();
@@ -134,7 +134,7 @@ TEST_P(SingleInstance, AKilledHoldersPlaceIsTaken) {
 }
 
 // A place that is kept, or half of it, until the process has ended.
-TEST_P(SingleInstance, APlaceGivenUpIsTaken) {
+TEST_P(SingleInstanceEnvironmentFixture, APlaceGivenUpIsTaken) {
     const auto first = holding(start("t1"));
     EXPECT_EQ(start("give-up")->readLine(), "passed");
     EXPECT_EQ(first->readLine(), "activated give-up");
@@ -143,7 +143,7 @@ TEST_P(SingleInstance, APlaceGivenUpIsTaken) {
 }
 
 // Two holders at once, or an activation that is lost.
-TEST_P(SingleInstance, OfTwentyAtOnceOneHoldsAndNoActivationIsLost) {
+TEST_P(SingleInstanceEnvironmentFixture, OfTwentyAtOnceOneHoldsAndNoActivationIsLost) {
     std::vector<std::unique_ptr<ChildProcess>> starts;
     for (int n = 0; n < 20; ++n)
         starts.push_back(start(std::to_string(n)));
@@ -167,7 +167,7 @@ TEST_P(SingleInstance, OfTwentyAtOnceOneHoldsAndNoActivationIsLost) {
     EXPECT_EQ(said, expected);
 }
 
-class SingleInstanceTest : public testing::Test, public Session {
+class SingleInstanceFixture : public testing::Test, public Session {
 protected:
     void expectActivation(ChildProcess& first, const Environment& environment) {
         const auto second = start(environment, "t2");
@@ -178,7 +178,7 @@ protected:
 };
 
 // Two copies on the same light, because a bus has died, or another one has come, since the first started.
-TEST_F(SingleInstanceTest, OnlyOneHoldsItWhateverBecomesOfTheBus) {
+TEST_F(SingleInstanceFixture, OnlyOneHoldsItWhateverBecomesOfTheBus) {
     startBus();
     const auto first = holding(start(kBoth, "t1"));
     endBus();
@@ -188,7 +188,7 @@ TEST_F(SingleInstanceTest, OnlyOneHoldsItWhateverBecomesOfTheBus) {
 }
 
 // A start that ends beside one that is just ending, so that none is left.
-TEST_F(SingleInstanceTest, AnEndingHoldersPlaceIsTaken) {
+TEST_F(SingleInstanceFixture, AnEndingHoldersPlaceIsTaken) {
     startBus();
     int nArguments = 0;
     const QCoreApplication application(nArguments, nullptr);
@@ -210,7 +210,7 @@ TEST_F(SingleInstanceTest, AnEndingHoldersPlaceIsTaken) {
 }
 
 // A place that can't be taken, or can't be found, because half of it is broken.
-TEST_F(SingleInstanceTest, EitherHalfIsEnough) {
+TEST_F(SingleInstanceFixture, EitherHalfIsEnough) {
     startBus();
     ASSERT_EQ(::mkdir((directory() + "/org.vellux.Vellux.socket").c_str(), 0700),
               0); // nobody can listen there
@@ -226,7 +226,7 @@ TEST_F(SingleInstanceTest, EitherHalfIsEnough) {
 }
 
 // A start that waits for a bus that takes connections and says nothing.
-TEST_F(SingleInstanceTest, AHungBusIsNone) {
+TEST_F(SingleInstanceFixture, AHungBusIsNone) {
     int nArguments = 0;
     const QCoreApplication application(nArguments, nullptr);
     QLocalServer bus;
@@ -238,7 +238,7 @@ TEST_F(SingleInstanceTest, AHungBusIsNone) {
 }
 
 // Another user's directory, in which that user could listen for us, or keep us from starting.
-TEST_F(SingleInstanceTest, ADirectoryThatOthersMayWriteToIsNotUsed) {
+TEST_F(SingleInstanceFixture, ADirectoryThatOthersMayWriteToIsNotUsed) {
     const std::string strOpen = directory() + "/vellux-" + std::to_string(::getuid());
     std::filesystem::create_directory(strOpen);
     std::filesystem::permissions(strOpen, std::filesystem::perms::all);

@@ -27,7 +27,7 @@ constexpr const char* kWatcher = "org.kde.StatusNotifierWatcher";
 constexpr const char* kItem = "org.kde.StatusNotifierItem";
 
 /// On X11: the offscreen platform has no tray.
-class TrayTest : public testing::Test {
+class TrayFixture : public testing::Test {
 protected:
     const Watchdog m_watchdog{"tray", std::chrono::seconds(110)};
     const PrivateBus m_session{BusKind::Session};
@@ -69,7 +69,7 @@ public Q_SLOTS:
 };
 
 // An icon missing because the panel came later, or came back; one that makes the panel draw for nothing.
-TEST_F(TrayTest, AnIconIsThereWheneverAPanelIs) {
+TEST_F(TrayFixture, AnIconIsThereWheneverAPanelIs) {
     QStringList done;
     Tray tray({[&] { done += "show"; }, [&] { done += "connect"; }, [&] { done += "exit"; }});
     TrayState state{{0, false}, "Busy", "Disconnect", true};

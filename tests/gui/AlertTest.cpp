@@ -1,6 +1,6 @@
 // Alerts, and the end of the program while one is open.
 #include "AlertPopup.h"
-#include "GuiWorld.h"
+#include "WindowFixture.h"
 #include "adapters/qt/WindowTray.h"
 #include "fakes/Watchdog.h"
 
@@ -8,7 +8,7 @@
 
 namespace {
 
-class AlertTest : public GuiWorld {
+class AlertFixture : public WindowFixture {
 protected:
     void check(QMessageBox& box, const char* pMessage) {
         EXPECT_EQ(box.windowModality(), Qt::ApplicationModal);
@@ -25,7 +25,7 @@ protected:
 };
 
 // An alert that hangs the main thread, or hangs on a window that nobody sees.
-TEST_F(AlertTest, alertOnMainIsShownAtOnce) {
+TEST_F(AlertFixture, AlertOnMainIsShownAtOnce) {
     const QWidget* pParent = &window;
     int nShown = 0;
     onAlert([&](QMessageBox& box) {
@@ -46,7 +46,7 @@ TEST_F(AlertTest, alertOnMainIsShownAtOnce) {
 }
 
 // A tray's menu, which works beside an alert, that opens a second alert over it.
-TEST_F(AlertTest, theTraysMenuBeginsNothingUnderAnAlert) {
+TEST_F(AlertFixture, TheTraysMenuBeginsNothingUnderAnAlert) {
     const vellux::WindowTray tray({mainThread, ui(), window});
     QList<QAction*> actions;
     for (const QWidget* const pWidget : QApplication::topLevelWidgets())
@@ -69,7 +69,7 @@ TEST_F(AlertTest, theTraysMenuBeginsNothingUnderAnAlert) {
 }
 
 // An alert that can't be answered, since calls that queue calls keep the window out.
-TEST_F(AlertTest, canBeAnsweredWhileCallsQueueCalls) {
+TEST_F(AlertFixture, CanBeAnsweredWhileCallsQueueCalls) {
     const Watchdog watchdog("an alert's loop");
     const std::function<void()> again = [&] { mainThread.post(again); };
     int nShown = 0;
@@ -81,7 +81,7 @@ TEST_F(AlertTest, canBeAnsweredWhileCallsQueueCalls) {
 }
 
 // A program that can't be ended while an alert is open, ends twice, or shows another alert while it ends.
-TEST_F(AlertTest, endingClosesTheAlert) {
+TEST_F(AlertFixture, EndingClosesTheAlert) {
     onAlert([&](QMessageBox& box) {
         QTest::keyClick(&window, Qt::Key_Q, Qt::ControlModifier); // goes nowhere: the alert is modal
         EXPECT_EQ(journal.count("ended"), 0U);

@@ -1,5 +1,5 @@
 // The fourteen controls: the window shows the models and passes on what the user does.
-#include "GuiWorld.h"
+#include "WindowFixture.h"
 #include "fakes/WindowControls.h"
 
 #include <span>
@@ -9,14 +9,14 @@ namespace {
 using namespace control_rows;
 using vellux::Button;
 
-class ControlsTest : public GuiWorld {
+class ControlsFixture : public WindowFixture {
 protected:
     bool isShownEnabled(const char* pName) { return widget<QWidget>(pName).isEnabled(); }
 };
 
 // A widget bound to another's model, or to one thread only; a write by a program that acts as if a user had
 // done it; a box's third state lost, or there for users to choose.
-TEST_F(ControlsTest, showWhatAnyThreadWritesAndActOnNothing) {
+TEST_F(ControlsFixture, ShowWhatAnyThreadWritesAndActOnNothing) {
     plugInFramed();
     journal.clear();
     for (const bool bOnWorker : {true, false}) {
@@ -78,7 +78,7 @@ TEST_F(ControlsTest, showWhatAnyThreadWritesAndActOnNothing) {
 
 // A typed text that stays in the window, a secret in the open, an older text that comes back, a caret that
 // jumps.
-TEST_F(ControlsTest, textsAreInTheModelAtOnceAndStay) {
+TEST_F(ControlsFixture, TextsAreInTheModelAtOnceAndStay) {
     const char* const texts[] = {"lync.example", "CORP\\pat", "secret"};
     for (int n = 0; n < 3; ++n) {
         type(kFields[n].pName, texts[n]);
@@ -99,7 +99,7 @@ TEST_F(ControlsTest, textsAreInTheModelAtOnceAndStay) {
 }
 
 // A mode without an action, a radio button beside the other's state, or a user who can reach "mixed".
-TEST_F(ControlsTest, buttonsTellWhatTheUserDoes) {
+TEST_F(ControlsFixture, ButtonsTellWhatTheUserDoes) {
     click("buttonSelectManualMode");
     EXPECT_FALSE(isShownEnabled("textFieldLyncServerName") || isShownEnabled("buttonConnect"));
     EXPECT_TRUE(isShownEnabled("manualModeColorList"));
@@ -125,7 +125,7 @@ TEST_F(ControlsTest, buttonsTellWhatTheUserDoes) {
 }
 
 // Boxes that switch nothing off: the wrong action, or one called before the model has the state.
-TEST_F(ControlsTest, boxesSwitchTheLight) {
+TEST_F(ControlsFixture, BoxesSwitchTheLight) {
     plugInFramed();
     connectByHand();
     const struct {
@@ -143,7 +143,7 @@ TEST_F(ControlsTest, boxesSwitchTheLight) {
 
 // An entry that looks chosen after a refill; a second choice of an entry that does nothing; a list with
 // another's action; arrow keys that only look.
-TEST_F(ControlsTest, listsTellEveryChoice) {
+TEST_F(ControlsFixture, ListsTellEveryChoice) {
     plugInPlain();
     clock.letRun();
     click("buttonSelectManualMode");
@@ -172,7 +172,7 @@ TEST_F(ControlsTest, listsTellEveryChoice) {
 }
 
 // A keyboard user who is sent to the start of the window by each press of Connect.
-TEST_F(ControlsTest, connectKeepsTheFocusOverItsOwnWork) {
+TEST_F(ControlsFixture, ConnectKeepsTheFocusOverItsOwnWork) {
     auto& button = widget<QPushButton>("buttonConnect");
     button.setFocus();
     onWorker([this] { ui().buttonConnect()->setEnabled(false); });

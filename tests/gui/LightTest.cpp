@@ -1,5 +1,5 @@
 // What stands beside the controls: the lamp, the light, the following.
-#include "GuiWorld.h"
+#include "WindowFixture.h"
 #include "fakes/ServerTexts.h"
 
 #include "window/LightPicture.h"
@@ -11,7 +11,7 @@
 
 namespace {
 
-class LightTest : public GuiWorld {
+class LightFixture : public WindowFixture {
 protected:
     QString readOut(const char* pName, QAccessible::Text text) {
         return QAccessible::queryAccessibleInterface(&widget<QWidget>(pName))->text(text);
@@ -20,7 +20,7 @@ protected:
 
 // A light that does nothing, and a window that doesn't say why, takes it for none or another, or shows one
 // that has gone; a copied command that is not the one shown, or that is still shown when it has helped.
-TEST_F(LightTest, lineSaysWhatThereIsAndWhatHelps) {
+TEST_F(LightFixture, LineSaysWhatThereIsAndWhatHelps) {
     EXPECT_EQ(textOf("labelLight"), "No light found.");
     const struct {
         std::int64_t nVendor, nProduct;
@@ -55,7 +55,7 @@ TEST_F(LightTest, lineSaysWhatThereIsAndWhatHelps) {
 }
 
 // A lamp whose colour a screen reader can't read out.
-TEST_F(LightTest, lampIsReadOut) {
+TEST_F(LightFixture, LampIsReadOut) {
     plugInFramed();
     EXPECT_EQ(textOf("labelLampName"), "Off");
     clock.letRun();                  // entering the mode waits for a worker
@@ -66,7 +66,7 @@ TEST_F(LightTest, lampIsReadOut) {
 }
 
 // A lamp of another colour or name than the light's.
-TEST_F(LightTest, lampLooksAsTheLightDoes) {
+TEST_F(LightFixture, LampLooksAsTheLightDoes) {
     plugInV30();
     vellux::simulator::LightPicture picture;
     picture.resize(200, 200);
@@ -96,7 +96,7 @@ TEST_F(LightTest, lampLooksAsTheLightDoes) {
 }
 
 // A window that doesn't say that the following has ended, says so repeatedly, or offers no way to reconnect.
-TEST_F(LightTest, lostFollowingIsSaidOnceAndTakenUpAgain) {
+TEST_F(LightFixture, LostFollowingIsSaidOnceAndTakenUpAgain) {
     EXPECT_EQ(textOf("labelFollowing"), "Not connected.");
     client().httpGet_EventChannels(); // nowhere to go: over, but nobody was following
     EXPECT_FALSE(window.isFollowingLost());

@@ -1,5 +1,5 @@
 // What a person sees, reaches by keys, or hears read out.
-#include "GuiWorld.h"
+#include "WindowFixture.h"
 
 #include <QAccessible>
 #include <QKeySequence>
@@ -7,7 +7,7 @@
 
 namespace {
 
-class LooksTest : public GuiWorld {
+class LooksFixture : public WindowFixture {
 protected:
     /// The strongest contrast, in steps of grey, between the ground in the middle of an empty field and what
     /// is painted on it.
@@ -24,7 +24,7 @@ protected:
 };
 
 // An example that nobody can read on a dark ground, that hides in a small field, or stays under a typed text.
-TEST_F(LooksTest, placeholdersCanBeReadOnLightAndDark) {
+TEST_F(LooksFixture, PlaceholdersCanBeReadOnLightAndDark) {
     QPalette dark(QColor(53, 53, 53));
     dark.setColor(QPalette::Base, QColor(35, 35, 35));
     for (const bool bDark : {false, true}) {
@@ -48,7 +48,7 @@ TEST_F(LooksTest, placeholdersCanBeReadOnLightAndDark) {
 
 // A field that a screen reader can't name, or that no key leads to; two fields on one key; a caret that waits
 // for someone to type when nobody does.
-TEST_F(LooksTest, everyFieldHasNameKeyAndPlace) {
+TEST_F(LooksFixture, EveryFieldHasNameKeyAndPlace) {
     const QString strOrder =
         "buttonSelectSyncMode textFieldLyncServerName textFieldUsername textFieldPassword "
         "buttonConnect textFieldLyncStatus buttonFlashOnCall syncModeColorList "
@@ -84,7 +84,7 @@ TEST_F(LooksTest, everyFieldHasNameKeyAndPlace) {
 }
 
 // Words cut off by a larger font or a longer language.
-TEST_F(LooksTest, nothingIsCutOffWhenWordsGrow) {
+TEST_F(LooksFixture, NothingIsCutOffWhenWordsGrow) {
     QFont font = QApplication::font();
     font.setPointSizeF(font.pointSizeF() * 2);
     QApplication::setFont(font);

@@ -1,11 +1,11 @@
 // The windows themselves: closing, coming back, About, keys.
 #include "AboutDialog.h"
-#include "GuiWorld.h"
+#include "WindowFixture.h"
 #include "fakes/ServerTexts.h"
 
 namespace {
 
-class MainWindowTest : public GuiWorld {
+class MainWindowFixture : public WindowFixture {
 protected:
     static QWidget* aboutWindow() {
         for (QWidget* const pWidget : QApplication::topLevelWidgets())
@@ -17,7 +17,7 @@ protected:
 
 // A window that can't be closed, or not brought back; a light that stops following with it; a log-out held
 // up.
-TEST_F(MainWindowTest, closingHidesAndReopeningShows) {
+TEST_F(MainWindowFixture, ClosingHidesAndReopeningShows) {
     plugInFramed();
     connectByHand();
     for (const bool bEscape : {false, true}) {
@@ -45,7 +45,7 @@ TEST_F(MainWindowTest, closingHidesAndReopeningShows) {
 }
 
 // About windows that pile up, lie under others, block the window behind them, or stay.
-TEST_F(MainWindowTest, aboutFloatsAndCloses) {
+TEST_F(MainWindowFixture, AboutFloatsAndCloses) {
     for (int n = 0; n < 3; ++n) {
         click("buttonAbout");
         QWidget* const pAbout = aboutWindow();
@@ -71,7 +71,7 @@ TEST_F(MainWindowTest, aboutFloatsAndCloses) {
 }
 
 // A field in which Enter does nothing, or connects behind a disabled button; keys that end or hide nothing.
-TEST_F(MainWindowTest, keys) {
+TEST_F(MainWindowFixture, Keys) {
     int nAlerts = 0;
     onAlert([&](QMessageBox&) { ++nAlerts; });
     for (const char* const pField : {"textFieldLyncServerName", "textFieldUsername", "textFieldPassword"})

@@ -1,18 +1,18 @@
 // Which devices are lights, and what every colour is on their wires.
 
-#include "World.h"
+#include "KernelFixture.h"
 
 using namespace vellux::simulator;
 
 namespace {
 
-class EveryLight : public KernelTest, public testing::WithParamInterface<int> {};
-INSTANTIATE_TEST_SUITE_P(Colours, EveryLight, testing::Range(int{kRed}, int{kNone} + 1),
+class EveryLightFixture : public KernelFixture, public testing::WithParamInterface<int> {};
+INSTANTIATE_TEST_SUITE_P(Colours, EveryLightFixture, testing::Range(int{kRed}, int{kNone} + 1),
                          [](const auto& colour) { return kColours[colour.param]; });
 
 // A light that is not found, is taken for one of another model, is shown another colour, is sent a report of
 // another length or with a report ID, or is left on at the end.
-TEST_P(EveryLight, ShowsTheColourOnEachLight) {
+TEST_P(EveryLightFixture, ShowsTheColourOnEachLight) {
     const int nColour = GetParam();
     const bool bUsb = nColour == kWhite; // once, since USB takes its time
     startShowing(nColour);
@@ -34,10 +34,10 @@ TEST_P(EveryLight, ShowsTheColourOnEachLight) {
     EXPECT_EQ(meaning(model, light->shown()), "None");
 }
 
-class OtherDevices : public KernelTest {};
+class OtherDevicesFixture : public KernelFixture {};
 
 // A report to a keyboard, or to a light that only looks like one of ours.
-TEST_F(OtherDevices, AreNeverOpened) {
+TEST_F(OtherDevicesFixture, AreNeverOpened) {
     constexpr LightKind kOthers[] = {
         {0x1130, 0x0003, 3, LightModel::Framed}, // a product nobody lists
         {0x1130, 0x0001, 1, LightModel::Framed}, // other first usages

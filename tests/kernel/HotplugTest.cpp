@@ -1,7 +1,7 @@
 // Lights that come and go while the program is at work, or lose their state while the system sleeps.
 
+#include "KernelFixture.h"
 #include "UserBus.h"
-#include "World.h"
 
 #include <QDBusMessage>
 
@@ -23,7 +23,7 @@ struct Word {
 constexpr Word kWords[] = {
     {"Busy", "Red"}, {"Away", "Yellow"}, {"DoNotDisturb", "Purple"}, {"Online", "Green"}};
 
-class Hotplug : public KernelTest {
+class HotplugFixture : public KernelFixture {
 protected:
     int upTo(int nMost) { return std::uniform_int_distribution<int>(0, nMost)(m_random); }
     void pause() { std::this_thread::sleep_for(upTo(150) * 1ms); }
@@ -61,7 +61,7 @@ protected:
 };
 
 // A light that stays dark or shows an older colour after a plug; a handle or thread that each plug leaves.
-TEST_F(Hotplug, EachLightShowsTheLatestPresence) {
+TEST_F(HotplugFixture, EachLightShowsTheLatestPresence) {
     startFollowing();
     for (int nCycle = 0; nCycle < kCycles; ++nCycle) {
         SCOPED_TRACE(nCycle);
@@ -87,7 +87,7 @@ TEST_F(Hotplug, EachLightShowsTheLatestPresence) {
 }
 
 // The same while a worker or the light itself flashes; with the sanitizer, all that is left over at the end.
-TEST_F(Hotplug, EachLightFlashes) {
+TEST_F(HotplugFixture, EachLightFlashes) {
     startShowing(kRed, 3, sanitizedProgram().empty() ? program() : sanitizedProgram());
     for (int nCycle = 0; nCycle < kCycles; ++nCycle) {
         SCOPED_TRACE(nCycle);
@@ -107,7 +107,7 @@ TEST_F(Hotplug, EachLightFlashes) {
 
 // A light that is met before udev has said who may open it, and is taken for one that nobody may: each report
 // is then refused fifty times, and the program stands still for seconds.
-TEST_F(Hotplug, ALightThatFollowsAnotherIsTakenUpAtOnce) {
+TEST_F(HotplugFixture, ALightThatFollowsAnotherIsTakenUpAtOnce) {
     startShowing(kRed);
     auto light = std::make_unique<UhidLight>(kV30Light);
     ASSERT_TRUE(comesToShow(*light, LightModel::V30, "Red"));
@@ -129,7 +129,7 @@ void prepareForSleep(const QDBusConnection& bus, bool bAboutToSleep) {
 }
 
 // A light that stays dark after a resume, or one that is switched on again on the way to sleep.
-TEST_F(Hotplug, AfterAResumeTheLightIsToldAgain) {
+TEST_F(HotplugFixture, AfterAResumeTheLightIsToldAgain) {
     UserBus bus("DBUS_SYSTEM_BUS_ADDRESS");
     ASSERT_TRUE(bus.connection().registerService("org.freedesktop.login1"));
     startFollowing();

@@ -1,8 +1,8 @@
 // Who may open a light. The guest has no logind; the file that says who sits at the first seat, which udevd's
 // "uaccess" reads, is written here. Tag, rule order and access list are udevd's work.
 
+#include "KernelFixture.h"
 #include "ScreenReader.h"
-#include "World.h"
 #include "adapters/linux/UdevRuleCommand.h"
 
 #include <algorithm>
@@ -15,15 +15,15 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class Permissions : public KernelTest {
+class PermissionsFixture : public KernelFixture {
 protected:
-    Permissions() {
+    PermissionsFixture() {
         setRule(""); // none
         EXPECT_EQ(root("mkdir -p /run/systemd/seats && U=$(id -u nobody) && "
                        "printf 'ACTIVE=c1\\nACTIVE_UID=%s\\n' $U >/run/systemd/seats/seat0"),
                   0);
     }
-    ~Permissions() override { root("rm -rf /etc/udev/rules.d/7?-vellux*.rules /run/systemd/seats"); }
+    ~PermissionsFixture() override { root("rm -rf /etc/udev/rules.d/7?-vellux*.rules /run/systemd/seats"); }
 
     /// As the package does.
     static std::string installRules() {
@@ -52,7 +52,7 @@ protected:
 
 // A window that leaves somebody alone with a light they may not open, nags about it, or doesn't notice the
 // cure.
-TEST_F(Permissions, TheWindowSaysWhatHelps) {
+TEST_F(PermissionsFixture, TheWindowSaysWhatHelps) {
     const std::string strCommand = "text Command that lets you open the light " + remedy();
     const ScreenReader reader;
     UsbLight light(kV30Light);
@@ -74,7 +74,7 @@ TEST_F(Permissions, TheWindowSaysWhatHelps) {
 }
 
 // A rule that leaves a light out, or opens somebody's keyboard.
-TEST_F(Permissions, TheRulesOpenTheLightsAlone) {
+TEST_F(PermissionsFixture, TheRulesOpenTheLightsAlone) {
     ASSERT_EQ(root(installRules()), 0);
     std::vector<std::string> expected;
     std::vector<std::unique_ptr<UsbLight>> devices;

@@ -1,6 +1,6 @@
 // Lights that refuse reports, hang, or leave in the middle of one.
 
-#include "World.h"
+#include "KernelFixture.h"
 #include "adapters/hidraw/HidrawManager.h"
 #include "threads/CallQueue.h"
 
@@ -15,15 +15,16 @@ using namespace std::chrono_literals;
 constexpr std::size_t kAttempts = 50; // for each report
 constexpr auto kPauses = 49 * 10ms;
 
-class Pipes : public KernelTest, public testing::WithParamInterface<ReportPipe> {};
-INSTANTIATE_TEST_SUITE_P(Refusal, Pipes, testing::Values(ReportPipe::Control, ReportPipe::InterruptOut),
+class PipesFixture : public KernelFixture, public testing::WithParamInterface<ReportPipe> {};
+INSTANTIATE_TEST_SUITE_P(Refusal, PipesFixture,
+                         testing::Values(ReportPipe::Control, ReportPipe::InterruptOut),
                          [](const auto& pipe) {
                              return pipe.param == ReportPipe::Control ? "Control" : "InterruptOut";
                          });
 
 // A report that is given up too early, or retried without limit or without pauses; a light that is ignored
 // after it has refused reports.
-TEST_P(Pipes, ARefusedReportIsTriedFiftyTimes) {
+TEST_P(PipesFixture, ARefusedReportIsTriedFiftyTimes) {
     startFollowing();
     UsbLight light(kFramedLight, GetParam());
     ASSERT_TRUE(comesToShow(light, LightModel::Framed, "Green"));
@@ -49,10 +50,10 @@ TEST_P(Pipes, ARefusedReportIsTriedFiftyTimes) {
     EXPECT_EQ(meaning(LightModel::Framed, light.shown()), "None");
 }
 
-class Hanging : public KernelTest {};
+class HangingFixture : public KernelFixture {};
 
 // A light that hangs and takes the program along, also at the end.
-TEST_F(Hanging, ALightThatHangsIsSurvived) {
+TEST_F(HangingFixture, ALightThatHangsIsSurvived) {
     startFollowing();
     auto light = std::make_unique<UsbLight>(kFramedLight, ReportPipe::Control);
     ASSERT_TRUE(comesToShow(*light, LightModel::Framed, "Green"));
@@ -74,7 +75,7 @@ TEST_F(Hanging, ALightThatHangsIsSurvived) {
 }
 
 // Fifty attempts at each report, 5 s for each: a program that can't be ended.
-TEST_F(Hanging, ALightThatHangsForGoodDoesNotHoldTheEndUp) {
+TEST_F(HangingFixture, ALightThatHangsForGoodDoesNotHoldTheEndUp) {
     startFollowing();
     UsbLight light(kFramedLight, ReportPipe::InterruptOut);
     ASSERT_TRUE(comesToShow(light, LightModel::Framed, "Green"));
@@ -87,7 +88,7 @@ TEST_F(Hanging, ALightThatHangsForGoodDoesNotHoldTheEndUp) {
 
 // An error code that is lost; a program that blocks on a light that hangs, or never tries it again; a node
 // that child processes inherit.
-TEST_F(Hanging, FailuresAreResultCodes) {
+TEST_F(HangingFixture, FailuresAreResultCodes) {
     UsbLight first(kFramedLight);
     ASSERT_TRUE(waitUntil([] { return nodes() == 1; }));
     ASSERT_EQ(root("udevadm settle"), 0);

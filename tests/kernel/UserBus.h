@@ -1,7 +1,7 @@
 // A message bus of the guest's.
 #pragma once
 
-#include "World.h"
+#include "KernelFixture.h"
 
 #include <QDBusConnection>
 

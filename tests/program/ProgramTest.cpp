@@ -55,7 +55,7 @@ int windowsOnScreen() {
     return nShown;
 }
 
-class ProgramTest : public testing::Test {
+class ProcessFixture : public testing::Test {
 protected:
     ChildProcess& start() {
         m_program = std::make_unique<ChildProcess>(std::vector<std::string>{VELLUX_PROGRAM});
@@ -107,12 +107,12 @@ protected:
     std::unique_ptr<ChildProcess> m_program;
 };
 
-class EndingSignal : public ProgramTest, public testing::WithParamInterface<int> {};
-INSTANTIATE_TEST_SUITE_P(Program, EndingSignal, testing::Values(SIGTERM, SIGINT, SIGHUP));
+class EndingSignalFixture : public ProcessFixture, public testing::WithParamInterface<int> {};
+INSTANTIATE_TEST_SUITE_P(Program, EndingSignalFixture, testing::Values(SIGTERM, SIGINT, SIGHUP));
 
 // A sign-in at start that does not come, and a signal that kills instead of ending: settings lost, light left
 // on.
-TEST_P(EndingSignal, EndsInOrderWhileFollowing) {
+TEST_P(EndingSignalFixture, EndsInOrderWhileFollowing) {
     m_home.writeSignIn(m_server->host());
     m_home.writeWindowState("1;1;0;1;2;0;3;1");
     ChildProcess& program = startTrusting();
@@ -123,7 +123,7 @@ TEST_P(EndingSignal, EndsInOrderWhileFollowing) {
 }
 
 // An end that waits for a sign-in that hangs, on the monitor's thread.
-TEST_F(ProgramTest, EndsWhileConnecting) {
+TEST_F(ProcessFixture, EndsWhileConnecting) {
     m_home.writeSignIn(m_server->host());
     m_server->interfere(Route::Token, {kHang, {}, CutOff::Never, 1});
     ChildProcess& program = startTrusting();
@@ -132,7 +132,7 @@ TEST_F(ProgramTest, EndsWhileConnecting) {
 }
 
 // An end that waits until a query that hangs lets the main thread go.
-TEST_F(ProgramTest, EndsWhileTheMainThreadWaitsForAnAnswer) {
+TEST_F(ProcessFixture, EndsWhileTheMainThreadWaitsForAnAnswer) {
     m_home.writeSignIn(m_server->host());
     ChildProcess& program = startTrusting();
     ASSERT_TRUE(waitUntil([&] { return m_server->isPolling() && m_queries.m_nQueries >= 2; }));
@@ -144,7 +144,7 @@ TEST_F(ProgramTest, EndsWhileTheMainThreadWaitsForAnAnswer) {
 }
 
 // An end that waits for somebody to press OK, with a monitor thread behind the alert.
-TEST_F(ProgramTest, EndsWithAnAlertOpen) {
+TEST_F(ProcessFixture, EndsWithAnAlertOpen) {
     m_home.writeSignIn(m_server->host(), "another-password");
     const XServer display;
     ChildProcess& program = startTrusting();
@@ -154,7 +154,7 @@ TEST_F(ProgramTest, EndsWithAnAlertOpen) {
 
 // The second signal of a session's end, or of a terminal that closes, that kills in the middle of the orderly
 // end.
-TEST_F(ProgramTest, SignalsThatComeTogetherAreOneRequest) {
+TEST_F(ProcessFixture, SignalsThatComeTogetherAreOneRequest) {
     const struct {
         int nFirst, nSecond;
     } rows[] = {{SIGTERM, SIGHUP}, {SIGHUP, SIGHUP}, {SIGHUP, SIGTERM}, {SIGINT, SIGTERM}, {SIGINT, SIGINT}};
@@ -170,7 +170,7 @@ TEST_F(ProgramTest, SignalsThatComeTogetherAreOneRequest) {
 }
 
 // A signal that kills while the program starts, or is lost there; a state written before it was read.
-TEST_F(ProgramTest, EndsInOrderAtAnyMomentOfItsStart) {
+TEST_F(ProcessFixture, EndsInOrderAtAnyMomentOfItsStart) {
     for (int n = 0; n < 25; ++n) {
         m_home.writeWindowState("1;1;0;1;2;0;3;1");
         ChildProcess& program = start();
@@ -184,7 +184,7 @@ TEST_F(ProgramTest, EndsInOrderAtAnyMomentOfItsStart) {
 
 // A start that can't be ended while it waits for a display, or for a bus, that takes connections and never
 // answers.
-TEST_F(ProgramTest, EndsWhileTheDesktopDoesNotAnswerItsStart) {
+TEST_F(ProcessFixture, EndsWhileTheDesktopDoesNotAnswerItsStart) {
     int nArguments = 0;
     const QCoreApplication application(nArguments, nullptr);
     const QString strDisplay = QString::number(1000 + ::getpid() % 50000);
@@ -205,7 +205,7 @@ TEST_F(ProgramTest, EndsWhileTheDesktopDoesNotAnswerItsStart) {
 
 // A hang-up that ends what nohup started; signals blocked, and with them in every program that is started
 // from here.
-TEST_F(ProgramTest, LeavesAnIgnoredSignalIgnoredAndNoneBlocked) {
+TEST_F(ProcessFixture, LeavesAnIgnoredSignalIgnoredAndNoneBlocked) {
     m_program = std::make_unique<ChildProcess>(
         std::vector<std::string>{"sh", "-c", "trap '' HUP; exec " VELLUX_PROGRAM});
     ASSERT_TRUE(waitUntil([&] { return isStarted(); }));
@@ -216,7 +216,7 @@ TEST_F(ProgramTest, LeavesAnIgnoredSignalIgnoredAndNoneBlocked) {
 }
 
 // A toolkit that aborts or hangs instead of an error message; a program that refuses to start with enough.
-TEST_F(ProgramTest, SaysWhatItLacksToStart) {
+TEST_F(ProcessFixture, SaysWhatItLacksToStart) {
     const std::string strCopy = m_home.directory() + "/vellux"; // where any user may start it
     fs::copy_file(VELLUX_PROGRAM, strCopy);
     fs::permissions(m_home.directory(), fs::perms(0755));
@@ -252,7 +252,7 @@ TEST_F(ProgramTest, SaysWhatItLacksToStart) {
 }
 
 // A display that goes away takes the process with it; the light must not stay on, nor the settings be lost.
-TEST_F(ProgramTest, EndsInOrderWhenTheDisplayGoesAway) {
+TEST_F(ProcessFixture, EndsInOrderWhenTheDisplayGoesAway) {
     XServer display;
     ChildProcess& program = start();
     ASSERT_TRUE(waitUntil([&] { return isStarted(); }));
@@ -263,7 +263,7 @@ TEST_F(ProgramTest, EndsInOrderWhenTheDisplayGoesAway) {
 }
 
 // A crash instead of an error message.
-TEST_F(ProgramTest, SaysThatThereIsNoDisplay) {
+TEST_F(ProcessFixture, SaysThatThereIsNoDisplay) {
     ::unsetenv("QT_QPA_PLATFORM");
     ChildProcess& program = start();
     EXPECT_NE(program.readLine().find("vellux: there is no display"), std::string::npos);
@@ -272,7 +272,7 @@ TEST_F(ProgramTest, SaysThatThereIsNoDisplay) {
 }
 
 // Files from another age, or a home that can't be written to, that keep the program from running.
-TEST_F(ProgramTest, RunsOnWithBadFilesAndWithoutAHome) {
+TEST_F(ProcessFixture, RunsOnWithBadFilesAndWithoutAHome) {
     for (const char* strState : {"99;99;99;99;99;99;99;99", "-99;;;;;;;;;;", ""}) {
         m_home.writeWindowState(strState);
         fs::remove(m_home.data() + "/configv31.bin");

@@ -1,17 +1,17 @@
 // A status monitor at work while main changes modes and ends the program. A watchdog aborts a test that
 // hangs.
+#include "fakes/ProgramFixture.h"
 #include "fakes/ServerTexts.h"
-#include "fakes/TestWorld.h"
 #include "fakes/Watchdog.h"
 
 #include <random>
 
 namespace {
 
-class ConnectionThreadsTest : public TestWorld {
+class ConnectionThreadsFixture : public ProgramFixture {
 protected:
     /// A code light that flashes during calls, and a user who is on one: each pass starts a sync worker.
-    ConnectionThreadsTest() {
+    ConnectionThreadsFixture() {
         delegate().applicationDidFinishLaunching();
         plugInFramed();
         scriptServer(R"({"availability":"Busy","activity":"on-the-phone"})");
@@ -30,12 +30,12 @@ protected:
     const Watchdog watchdog{"main, a monitor or a flashing worker"};
 };
 
-struct StressTest : ConnectionThreadsTest, testing::WithParamInterface<unsigned> {};
+struct StressFixture : ConnectionThreadsFixture, testing::WithParamInterface<unsigned> {};
 
 // Main and the monitor both replace the sync worker; without the gate that makes each replacement whole,
 // either waits forever for a worker whose stop flag the other has just cleared. Odds: without the gate, each
 // of 6 processes hung within its 100 rounds.
-TEST_P(StressTest, modesChangeWhileMonitorsShowAPresence) {
+TEST_P(StressFixture, ModesChangeWhileMonitorsShowAPresence) {
     constexpr std::ptrdiff_t kMonitors = 3;
     holdRequests("/me/presence");
     std::size_t nPasses = 0;
@@ -68,14 +68,15 @@ TEST_P(StressTest, modesChangeWhileMonitorsShowAPresence) {
     delegate().applicationWillTerminate();
     end();
 }
-INSTANTIATE_TEST_SUITE_P(, StressTest, testing::Range(1U, 7U));
+INSTANTIATE_TEST_SUITE_P(, StressFixture, testing::Range(1U, 7U));
 
-struct TerminationTest : ConnectionThreadsTest, testing::WithParamInterface<std::tuple<std::string, int>> {};
+struct TerminationFixture : ConnectionThreadsFixture,
+                            testing::WithParamInterface<std::tuple<std::string, int>> {};
 
 // A monitor that outlives the shut-down: it must end, light nothing, open no long poll and show no further
 // alert. It is held in a request and let go at some moment of the shut-down, is showing an alert, as another
 // one waits to, or is waiting for main.
-TEST_P(TerminationTest, endsWithTheLightOff) {
+TEST_P(TerminationFixture, EndsWithTheLightOff) {
     const std::string strPlace = std::get<0>(GetParam());
     const bool bEven = std::get<1>(GetParam()) % 2 == 0;
     std::atomic<bool> bEnding{false};
@@ -117,7 +118,7 @@ TEST_P(TerminationTest, endsWithTheLightOff) {
     end();
     EXPECT_EQ(journal.lines({"alert", "poll"}), strPlace == "alert" ? Lines{kConnectionAlert} : Lines{});
 }
-INSTANTIATE_TEST_SUITE_P(, TerminationTest,
+INSTANTIATE_TEST_SUITE_P(, TerminationFixture,
                          testing::Combine(testing::Values("/oauthtoken", "/oauth/user", "/ucwa/applications",
                                                           "/me/presence", "off", "main", "alert"),
                                           testing::Range(0, 6)));

@@ -1,11 +1,11 @@
 // The flashing workers: how they stop, and that nobody waits for one forever.
 
-#include "fakes/LightWorld.h"
+#include "fakes/LightFixture.h"
 #include "fakes/Watchdog.h"
 
 namespace {
 
-class FlashWorkers : public LightWorld {
+class FlashWorkersFixture : public LightFixture {
 protected:
     /// A call in red, medium speed.
     void startSyncWorker() {
@@ -21,7 +21,7 @@ protected:
 
 // A worker that leaves the light dark, or stops later than its cycle's end, wherever the request finds it;
 // one that starts although its stop has been asked for.
-TEST_F(FlashWorkers, EndWithTheColourShown) {
+TEST_F(FlashWorkersFixture, EndWithTheColourShown) {
     plugInFramed();
     for (const int nHalves : {0, 1, 2, 3}) {
         clock.hold();
@@ -42,7 +42,7 @@ TEST_F(FlashWorkers, EndWithTheColourShown) {
 }
 
 // Period or colour taken once and kept; main held up by a worker that it only asks to stop.
-TEST_F(FlashWorkers, ReadPeriodAndColourAtEachStep) {
+TEST_F(FlashWorkersFixture, ReadPeriodAndColourAtEachStep) {
     const auto light = plugInFramed();
     startSyncWorker();
     clock.passHalves(1);
@@ -71,7 +71,7 @@ TEST_F(FlashWorkers, ReadPeriodAndColourAtEachStep) {
 }
 
 // Two colours mixed up in one report sequence: each starts from where the other was complete.
-TEST_F(FlashWorkers, ColoursOfTwoThreadsDoNotInterleave) {
+TEST_F(FlashWorkersFixture, ColoursOfTwoThreadsDoNotInterleave) {
     plugInV30();
     const auto show = [this](std::int32_t nColor) {
         for (int n = 0; n < 100; ++n)
@@ -89,7 +89,7 @@ TEST_F(FlashWorkers, ColoursOfTwoThreadsDoNotInterleave) {
 
 // A report that the light refused at first, and that switches a light on again that went off meanwhile. (Goes
 // unnoticed if off falls between two runs of 50 attempts: about once in 50 times.)
-TEST_F(FlashWorkers, AReportTriedAgainCarriesWhatIsTrueByThen) {
+TEST_F(FlashWorkersFixture, AReportTriedAgainCarriesWhatIsTrueByThen) {
     plugInV30();
     ui().displayVelluxColor(0);
     const auto mainThreadId = std::this_thread::get_id();

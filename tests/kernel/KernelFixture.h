@@ -45,10 +45,10 @@ private:
     std::string place() const { return "/proc/" + std::to_string(pid()) + "/"; }
 };
 
-class KernelTest : public testing::Test {
+class KernelFixture : public testing::Test {
 protected:
-    KernelTest();
-    ~KernelTest() override;
+    KernelFixture();
+    ~KernelFixture() override;
 
     /// Follows the presence, signed in by itself; returns when the poll is open. On a call it flashes red,
     /// fast.

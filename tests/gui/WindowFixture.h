@@ -4,7 +4,7 @@
 
 #include "adapters/qt/MainWindow.h"
 #include "adapters/qt/QtDesktop.h"
-#include "fakes/TestWorld.h"
+#include "fakes/ProgramFixture.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -22,10 +22,10 @@
 
 /// The program has started and shows its window. The desktop's ends are journalled as "ended"; what a user
 /// does is done by mouse and keys on widgets found by name.
-class GuiWorld : public TestWorld {
+class WindowFixture : public ProgramFixture {
 protected:
-    GuiWorld();
-    ~GuiWorld() override { endWorld(); }
+    WindowFixture();
+    ~WindowFixture() override { endProgram(); }
 
     void runPending() override { QCoreApplication::processEvents(); }
     bool isConnectUsable(const std::string& strTitle) override;

@@ -23,24 +23,24 @@
 #include <semaphore>
 
 /// The test's thread is the main thread. Each test is a process of its own, so the shared instances are new.
-class TestWorld : public testing::Test {
+class ProgramFixture : public testing::Test {
 protected:
     using Lines = Journal::Lines;
 
-    TestWorld() : TestWorld(std::make_unique<vellux::CallQueue>()) {}
+    ProgramFixture() : ProgramFixture(std::make_unique<vellux::CallQueue>()) {}
     /// With a main thread's queue of another kind.
-    explicit TestWorld(std::unique_ptr<vellux::CallQueue> itsQueue)
-        : TestWorld(std::move(itsQueue), kNoProgram) {
+    explicit ProgramFixture(std::unique_ptr<vellux::CallQueue> itsQueue)
+        : ProgramFixture(std::move(itsQueue), kNoProgram) {
         makeProgram(transport, desktop);
     }
     enum NoProgram { kNoProgram };
     /// With ports of the fixture's own, which makes the program from them.
-    TestWorld(std::unique_ptr<vellux::CallQueue> itsQueue, NoProgram);
+    ProgramFixture(std::unique_ptr<vellux::CallQueue> itsQueue, NoProgram);
     void makeProgram(vellux::HttpTransport& itsTransport, vellux::Desktop& itsDesktop);
-    ~TestWorld() override;
+    ~ProgramFixture() override;
     /// Ends the program, whatever the test left running, so that no thread outlives the ports. Once more does
     /// nothing.
-    void endWorld();
+    void endProgram();
 
     /// Journals "title ...", "status ...", "connect enabled|disabled" and, with bAllControls, every other
     /// write to a control as "NAME ...".

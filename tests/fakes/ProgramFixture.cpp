@@ -1,4 +1,4 @@
-#include "fakes/TestWorld.h"
+#include "fakes/ProgramFixture.h"
 
 #include "fakes/WindowControls.h"
 
@@ -6,25 +6,26 @@
 #include <iterator>
 #include <type_traits>
 
-TestWorld::TestWorld(std::unique_ptr<vellux::CallQueue> itsQueue, NoProgram) : queue(std::move(itsQueue)) {
+ProgramFixture::ProgramFixture(std::unique_ptr<vellux::CallQueue> itsQueue, NoProgram)
+    : queue(std::move(itsQueue)) {
     watchConnect();
 }
 
-void TestWorld::makeProgram(vellux::HttpTransport& itsTransport, vellux::Desktop& itsDesktop) {
+void ProgramFixture::makeProgram(vellux::HttpTransport& itsTransport, vellux::Desktop& itsDesktop) {
     program.emplace(vellux::Program::Ports{hid, itsTransport, mainThread, clock, itsDesktop});
 }
 
-TestWorld::~TestWorld() {
-    endWorld();
+ProgramFixture::~ProgramFixture() {
+    endProgram();
     EXPECT_EQ(journal.unseen(minded), Lines{}) << "nobody asked for these";
 }
 
-void TestWorld::endWorld() {
+void ProgramFixture::endProgram() {
     clock.letRun();
     program->end();
 }
 
-void TestWorld::observeControls(bool bAllControls) {
+void ProgramFixture::observeControls(bool bAllControls) {
     using Change = vellux::Control::Change;
     observations.push_back(ui().buttonConnect()->observe([this](Change change) {
         const auto button = ui().buttonConnect();
@@ -69,17 +70,17 @@ void TestWorld::observeControls(bool bAllControls) {
 }
 
 // The observer added last, since they are called in order.
-void TestWorld::watchConnect() {
+void ProgramFixture::watchConnect() {
     const auto note = [this, button = ui().buttonConnect()] { bConnectNoticed = button->isEnabled(); };
     connectWatch = ui().buttonConnect()->observe([note](vellux::Control::Change) { note(); });
     note();
 }
 
-bool TestWorld::isConnectUsable(const std::string& strTitle) {
+bool ProgramFixture::isConnectUsable(const std::string& strTitle) {
     return ui().buttonConnect()->title() == strTitle && bConnectNoticed;
 }
 
-void TestWorld::runUntil(const std::function<bool()>& condition, const char* strWhat) {
+void ProgramFixture::runUntil(const std::function<bool()>& condition, const char* strWhat) {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
     for (;;) {
         runPending();
@@ -93,11 +94,11 @@ void TestWorld::runUntil(const std::function<bool()>& condition, const char* str
     }
 }
 
-void TestWorld::runUntilConnectShows(const std::string& strTitle) {
+void ProgramFixture::runUntilConnectShows(const std::string& strTitle) {
     runUntil([&] { return isConnectUsable(strTitle); }, "the Connect button");
 }
 
-void TestWorld::holdRequests(const std::string& strEnd) {
+void ProgramFixture::holdRequests(const std::string& strEnd) {
     transport.onRequest = [this, strEnd](const vellux::HttpRequest& request) {
         if (request.strUrl.ends_with(strEnd)) {
             reached.release();
@@ -106,7 +107,7 @@ void TestWorld::holdRequests(const std::string& strEnd) {
     };
 }
 
-std::shared_ptr<FakeHidDevice> TestWorld::plugIn(std::int64_t nVendor, std::int64_t nProduct) {
+std::shared_ptr<FakeHidDevice> ProgramFixture::plugIn(std::int64_t nVendor, std::int64_t nProduct) {
     auto device = FakeHidManager::light(nVendor, nProduct);
     hid.simulateArrival(device);
     runPending();
@@ -114,7 +115,7 @@ std::shared_ptr<FakeHidDevice> TestWorld::plugIn(std::int64_t nVendor, std::int6
     return device;
 }
 
-void TestWorld::scriptServer(const std::string& strPresenceBody) {
+void ProgramFixture::scriptServer(const std::string& strPresenceBody) {
     transport.script("/WebTicket/oauthtoken", R"({"token_type":"Bearer","access_token":"T0k3n"})");
     transport.script("/Autodiscover/AutodiscoverService.svc/root/oauth/user",
                      R"({"_links":{"applications":{"href":"https://pool.example/ucwa/applications"}}})");
@@ -124,29 +125,29 @@ void TestWorld::scriptServer(const std::string& strPresenceBody) {
     scriptPresence(strPresenceBody);
 }
 
-void TestWorld::scriptPresence(const std::string& strPresenceBody) {
+void ProgramFixture::scriptPresence(const std::string& strPresenceBody) {
     transport.script("/ucwa/me/presence", strPresenceBody);
 }
 
-void TestWorld::type(const std::string& strServer, const std::string& strUser,
-                     const std::string& strPassword) {
+void ProgramFixture::type(const std::string& strServer, const std::string& strUser,
+                          const std::string& strPassword) {
     ui().textFieldLyncServerName()->setText(strServer);
     ui().textFieldUsername()->setText(strUser);
     ui().textFieldPassword()->setText(strPassword);
 }
 
-void TestWorld::endThreads() {
+void ProgramFixture::endThreads() {
     mainThread.close();
     vellux::WorkerThread::joinAll();
 }
 
-void TestWorld::connect() {
+void ProgramFixture::connect() {
     type("lync.example", "CORP\\pat", "secret");
     ui().onConnectButtonClicked(*ui().buttonConnect());
     runUntilConnectShows("Disconnect");
 }
 
-void TestWorld::choose(Choice choice, std::int64_t nPosition) {
+void ProgramFixture::choose(Choice choice, std::int64_t nPosition) {
     const auto select = [&](const auto& list, void (VelluxWindowUi::*action)(vellux::ComboBox&)) {
         list->selectItemAtIndex(nPosition);
         (ui().*action)(*list);
@@ -173,16 +174,16 @@ void TestWorld::choose(Choice choice, std::int64_t nPosition) {
     }
 }
 
-std::string TestWorld::settingsPath(const std::string& strName) const {
+std::string ProgramFixture::settingsPath(const std::string& strName) const {
     return (directory / "Vellux" / strName).string();
 }
 
-std::string TestWorld::contentOf(const std::string& strPath) {
+std::string ProgramFixture::contentOf(const std::string& strPath) {
     std::ifstream file(strPath, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-void TestWorld::writeContent(const std::string& strPath, const std::string& strContent) {
+void ProgramFixture::writeContent(const std::string& strPath, const std::string& strContent) {
     std::filesystem::create_directories(std::filesystem::path(strPath).parent_path());
     std::ofstream(strPath, std::ios::binary | std::ios::trunc) << strContent;
 }

@@ -1,11 +1,11 @@
-#include "GuiWorld.h"
+#include "WindowFixture.h"
 
 #include "adapters/qt/QtMainThread.h"
 
 #include <QAbstractItemView>
 
-GuiWorld::GuiWorld()
-    : TestWorld(std::make_unique<vellux::QtMainThread>(), kNoProgram),
+WindowFixture::WindowFixture()
+    : ProgramFixture(std::make_unique<vellux::QtMainThread>(), kNoProgram),
       window({mainThread, ui(), client(),
               [](std::uint16_t nVendorID, std::uint16_t nProductID) {
                   return "permit " + std::to_string(nVendorID) + ":" + std::to_string(nProductID) + " 'a  b'";
@@ -21,13 +21,13 @@ GuiWorld::GuiWorld()
     journal.clear();
 }
 
-bool GuiWorld::isConnectUsable(const std::string& strTitle) {
+bool WindowFixture::isConnectUsable(const std::string& strTitle) {
     const auto& button = widget<QPushButton>("buttonConnect");
-    return TestWorld::isConnectUsable(strTitle) && button.isEnabled() &&
+    return ProgramFixture::isConnectUsable(strTitle) && button.isEnabled() &&
            QString(button.text()).remove('&').toStdString() == strTitle;
 }
 
-void GuiWorld::onWorker(const std::function<void()>& write) {
+void WindowFixture::onWorker(const std::function<void()>& write) {
     std::atomic<bool> bWritten{false};
     std::jthread worker([&] {
         write();
@@ -37,18 +37,18 @@ void GuiWorld::onWorker(const std::function<void()>& write) {
     runPending();
 }
 
-void GuiWorld::click(const char* pButton) {
+void WindowFixture::click(const char* pButton) {
     auto& button = widget<QAbstractButton>(pButton);
     const int nInside = button.height() / 2; // check and radio buttons are pressed at their left end
     QTest::mouseClick(&button, Qt::LeftButton, {}, {nInside, nInside});
 }
 
-void GuiWorld::type(const char* pField, const char* pText) {
+void WindowFixture::type(const char* pField, const char* pText) {
     widget<QLineEdit>(pField).setFocus();
     QTest::keyClicks(&widget<QLineEdit>(pField), pText);
 }
 
-void GuiWorld::choose(const char* pList, int nIndex) {
+void WindowFixture::choose(const char* pList, int nIndex) {
     auto& list = widget<QComboBox>(pList);
     list.showPopup();
     list.view()->setCurrentIndex(list.model()->index(nIndex, 0));
@@ -56,7 +56,7 @@ void GuiWorld::choose(const char* pList, int nIndex) {
     runPending();
 }
 
-void GuiWorld::onAlert(std::function<void(QMessageBox&)> callback) {
+void WindowFixture::onAlert(std::function<void(QMessageBox&)> callback) {
     QObject::connect(&m_alertWatch, &QTimer::timeout, [this, callback = std::move(callback)] {
         auto* const pBox = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
         if (pBox == nullptr || pBox == m_pSeen)
@@ -69,7 +69,7 @@ void GuiWorld::onAlert(std::function<void(QMessageBox&)> callback) {
     m_alertWatch.start(1);
 }
 
-void GuiWorld::connectByHand() {
+void WindowFixture::connectByHand() {
     scriptServer(R"({"availability":"Busy","activity":"in-a-meeting"})");
     type("textFieldLyncServerName", "lync.example");
     type("textFieldUsername", "CORP\\pat");

@@ -1,4 +1,4 @@
-#include "World.h"
+#include "KernelFixture.h"
 
 #include "Hex.h"
 #include "support/Files.h"
@@ -74,7 +74,7 @@ long Program::residentSize() const {
     return 0;
 }
 
-KernelTest::KernelTest() {
+KernelFixture::KernelFixture() {
     const auto authority = CertificateAuthority::create();
     m_server = PresenceServer::start(*authority, {kUserName, kPassword});
     vellux::writeFile(kTrustStore, authority->pem(), vellux::FileAccess::Default);
@@ -82,30 +82,30 @@ KernelTest::KernelTest() {
     EXPECT_EQ(nodes(), 0U);
 }
 
-KernelTest::~KernelTest() {
+KernelFixture::~KernelFixture() {
     m_program.reset();
     waitUntil([] { return nodes() == 0; }); // the scenario's lights have left
 }
 
-void KernelTest::setRule(const std::string& strRule) {
+void KernelFixture::setRule(const std::string& strRule) {
     fs::create_directories(fs::path(kRuleFile).parent_path());
     vellux::writeFile(kRuleFile, strRule + "\n", vellux::FileAccess::Default);
     EXPECT_EQ(root("udevadm control --reload"), 0);
 }
 
-std::size_t KernelTest::nodes() {
+std::size_t KernelFixture::nodes() {
     return entries("/sys/class/hidraw");
 }
 
-std::string KernelTest::program() {
+std::string KernelFixture::program() {
     return std::getenv("VELLUX_PROGRAM");
 }
 
-std::string KernelTest::sanitizedProgram() {
+std::string KernelFixture::sanitizedProgram() {
     return std::getenv("VELLUX_SANITIZED_PROGRAM");
 }
 
-void KernelTest::start(const std::string& strProgram, const std::string& strWindowState) {
+void KernelFixture::start(const std::string& strProgram, const std::string& strWindowState) {
     m_home.writeSignIn(m_server->host());
     m_home.writeWindowState(strWindowState);
     root("chown -R nobody:nogroup " + m_home.directory());
@@ -117,35 +117,35 @@ void KernelTest::start(const std::string& strProgram, const std::string& strWind
     m_bAsked = false;
 }
 
-void KernelTest::startFollowing(const std::string& strProgram) {
+void KernelFixture::startFollowing(const std::string& strProgram) {
     start(strProgram, "1;1;0;0;0;2;0;0");
     EXPECT_TRUE(waitUntil([this] { return m_server->isPolling(); }));
 }
 
-void KernelTest::startShowing(int nColour, int nSpeed, const std::string& strProgram) {
+void KernelFixture::startShowing(int nColour, int nSpeed, const std::string& strProgram) {
     start(strProgram, "0;0;0;0;0;1;" + std::to_string(nColour) + ";" + std::to_string(nSpeed));
     EXPECT_TRUE(waitUntil([this] { return m_program->threads() > 1; }));
 }
 
-void KernelTest::askProgramToEnd() {
+void KernelFixture::askProgramToEnd() {
     if (!std::exchange(m_bAsked, true)) // a second signal ends it at once
         m_program->signal(SIGTERM);
 }
 
-void KernelTest::endProgram() {
+void KernelFixture::endProgram() {
     askProgramToEnd();
     EXPECT_EQ(m_program->statusWithin(kLongest), 0);
     m_program.reset();
 }
 
-testing::AssertionResult KernelTest::comesToShow(const KernelLight& light, LightModel model,
-                                                 const std::string& strShown) const {
+testing::AssertionResult KernelFixture::comesToShow(const KernelLight& light, LightModel model,
+                                                    const std::string& strShown) const {
     if (waitUntil([&] { return meaning(model, light.shown()) == strShown && m_program->isAtRest(); }))
         return testing::AssertionSuccess();
     return testing::AssertionFailure() << "it was told " << hexOf(light.shown()) << ", not " << strShown;
 }
 
-void KernelTest::expectPromptly(const KernelLight& light) {
+void KernelFixture::expectPromptly(const KernelLight& light) {
     EXPECT_EQ(root("udevadm settle"), 0);
     const auto settled = std::chrono::steady_clock::now();
     ASSERT_TRUE(waitUntil([&] { return !light.attempts().empty(); }));

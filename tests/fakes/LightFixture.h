@@ -1,7 +1,7 @@
 // The fixture of tests about the light: the started program, and the journal's lines for reports.
 #pragma once
 
-#include "fakes/TestWorld.h"
+#include "fakes/ProgramFixture.h"
 #include "support/Text.h"
 
 /// The journal's lines of reports, in hexadecimal and parted by blanks: to framed and to plain lights by
@@ -24,9 +24,9 @@ inline Journal::Lines v30(const std::string& strLevels) {
 }
 
 /// The program has started, with neither settings nor a light.
-class LightWorld : public TestWorld {
+class LightFixture : public ProgramFixture {
 protected:
-    LightWorld() {
+    LightFixture() {
         delegate().applicationDidFinishLaunching();
         journal.clear();
     }
