@@ -50,7 +50,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSize) {
     for (const vellux::HttpRequest& request : requests) {
         require(vellux::isHttpUrl(request.strUrl), "only what forms a URL is asked for");
         const bool bFirst = &request == &requests[0];
-        require(hasPassword(request.body.value_or("")) == bFirst && !hasPassword(request.strUrl),
+        require(hasPassword(request.strBody.value_or("")) == bFirst && !hasPassword(request.strUrl),
                 "the password goes out once");
         const auto authorization =
             std::find_if(request.headerFields.begin(), request.headerFields.end(),

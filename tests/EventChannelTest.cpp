@@ -78,7 +78,7 @@ TEST_F(EventChannelFixture, AnswersMayBeLongButNotCostly) {
 TEST_F(EventChannelFixture, PresenceQueryKeepsItsStateUnlessAnAnswerCame) {
     const auto check = [&](const HttpResponse& answer, const Text& strResult, const Text& strStatus,
                            bool bOnCall) {
-        SCOPED_TRACE(answer.body.value_or("no body").substr(0, 80));
+        SCOPED_TRACE(answer.strBody.value_or("no body").substr(0, 80));
         const std::string strUrl = "https://lync.example/ucwa/me/presence";
         transport.script("/ucwa/me/presence",
                          {{R"({"availability":"Away","activity":"on-the-phone"})", {}}, answer});

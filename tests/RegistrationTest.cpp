@@ -105,7 +105,7 @@ TEST_F(RegistrationFixture, AvailabilityIsMadeAndTheRightAnswerRead) {
     using Answers = std::vector<HttpResponse>;
     const auto check = [&](const Answers& registrations, const Answers& available,
                            const std::string& strExchanged, const Text& strPath = {}) {
-        SCOPED_TRACE(registrations.front().body.value_or("none").substr(0, 120));
+        SCOPED_TRACE(registrations.front().strBody.value_or("none").substr(0, 120));
         transport.script("/ucwa/apps", registrations);
         transport.script("/mma", available);
         transport.script("", available);
@@ -122,19 +122,19 @@ TEST_F(RegistrationFixture, AvailabilityIsMadeAndTheRightAnswerRead) {
     check({offered, offered}, {empty}, "RMR", "/early");
     check({{offer(""), {}}, plain}, {empty}, "RmR", "/p1");
     check({offered, plain}, {made}, "RM", "/p2");
-    check({offered, plain}, {{made.body, vellux::HttpError{"reset"}}}, "RM", "/p2");
+    check({offered, plain}, {{made.strBody, vellux::HttpError{"reset"}}}, "RM", "/p2");
     check({offered, plain}, {{" ", {}}}, "RM");
     check({offered, plain}, {{"{}", {}}}, "RM");
     check({offered, plain}, {FakeHttpTransport::failure()}, "RM");
     check({offered, plain}, {{}}, "RM");
     check({offered, empty}, {empty}, "RMR");
-    for (const HttpResponse& broken : brokenAnswers(*plain.body)) {
+    for (const HttpResponse& broken : brokenAnswers(*plain.strBody)) {
         check({broken}, {}, "R!");
         check({offered, broken}, {empty}, "RMR!");
     }
     for (const std::string& strBody :
-         {*plain.body + "\xFF", offer("/a b"), offer("/mma", "MakeMeAvailable"),
-          R"({"note":"MAKEmeAVAILABLE",)" + plain.body->substr(1), std::string("makemeavailable")})
+         {*plain.strBody + "\xFF", offer("/a b"), offer("/mma", "MakeMeAvailable"),
+          R"({"note":"MAKEmeAVAILABLE",)" + plain.strBody->substr(1), std::string("makemeavailable")})
         check({{strBody, {}}}, {}, "R");
     for (const std::string& strBody :
          wrongKinds({"_embedded", "me", "_links", "makeMeAvailable", "href"}, R"(,"makeMeAvailable":1)"))

@@ -46,7 +46,7 @@ TEST_F(SignInFixture, AnswerDecidesResultAlertsAndWhatIsKept) {
                                                          "https://first.example/ucwa/applications", "A b");
     std::string strKept = "first.example/n | Authorization: A b";
     const auto check = [&](const HttpResponse& answer, const Lines& alerts, const Text& strResult = {}) {
-        SCOPED_TRACE(answer.body.value_or("no body").substr(0, 80));
+        SCOPED_TRACE(answer.strBody.value_or("no body").substr(0, 80));
         journal.clear();
         EXPECT_EQ(signIn("second.example", answer), strResult);
         EXPECT_EQ(journal.lines({"request"}).size(), 1U);

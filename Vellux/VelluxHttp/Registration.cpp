@@ -100,7 +100,7 @@ VelluxHttp::httpPost_SetupApplicationsAndGetPresenceURL(const std::optional<std:
         strBody = vellux::platform()
                       .httpTransport
                       .sendSynchronousRequest(vellux::postRequest(strUrl, headerFields, "{}", strIssuer))
-                      .body;
+                      .strBody;
         if (!strBody)
             return std::nullopt;
         if (strBody->empty() || !vellux::isUtf8(*strBody)) {

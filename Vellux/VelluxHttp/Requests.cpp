@@ -32,7 +32,7 @@ std::optional<std::string> exchange(const HttpRequest& request) {
     HttpResponse answer = platform().httpTransport.sendSynchronousRequest(request);
     if (!answer.succeeded())
         return std::nullopt;
-    return std::move(answer.body);
+    return std::move(answer.strBody);
 }
 
 std::optional<std::string> exchangeOrAlert(const HttpRequest& request) {

@@ -21,8 +21,8 @@ struct HttpRequest {
     std::string strMethod = "GET";
     std::string strUrl;
     HttpHeaderFields headerFields;
-    /// Absent for a request without a body; an empty body is a body.
-    std::optional<std::string> body;
+    /// Absent for a request without a strBody; an empty body is a body.
+    std::optional<std::string> strBody;
     /// For a synchronous request the total time, including name look-up, connecting and handshake. For an
     /// asynchronous one the longest silence: each piece of the answer, headers included, restarts it.
     std::chrono::milliseconds timeout{30'000};
@@ -41,12 +41,12 @@ struct HttpError {
 /// (kept-on-purpose:status-codes)
 struct HttpResponse {
     /// Absent when there was no answer at all; empty for an answer without content (a 204, an empty 200).
-    std::optional<std::string> body;
+    std::optional<std::string> strBody;
     /// Absent on success. A broken transfer has both the bytes so far and the error.
     std::optional<HttpError> error;
 
     /// Whether there is a body and no error.
-    bool succeeded() const { return body.has_value() && !error.has_value(); }
+    bool succeeded() const { return strBody.has_value() && !error.has_value(); }
 };
 
 class HttpConnection;

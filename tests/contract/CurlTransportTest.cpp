@@ -133,7 +133,7 @@ TEST_F(CurlTransportFixture, TellsBodiesFromFailures) {
         RawServer server({row.reply});
         const HttpResponse answer = send(get(server.origin() + "/"));
         EXPECT_EQ(answer.error.has_value(), row.bError);
-        EXPECT_TRUE(answer.body == row.body) << testing::PrintToString(answer.body).substr(0, 80);
+        EXPECT_TRUE(answer.strBody == row.body) << testing::PrintToString(answer.strBody).substr(0, 80);
     }
     RawServer tooLarge({RawServer::answer(strLargest + "x")});
     EXPECT_FALSE(send(get(tooLarge.origin() + "/")).succeeded());
@@ -183,9 +183,9 @@ TEST_F(CurlTransportFixture, FollowsRedirectsWithinHttp) {
                       RawServer::redirect("/again", "307 Here"), RawServer::answer("twice"),
                       RawServer::redirect("/in"), RawServer::answer("let in")},
                      secure());
-    EXPECT_EQ(send(post(server.origin() + "/", "{}")).body, "there");
-    EXPECT_EQ(send(post(server.origin() + "/", "{}")).body, "twice");
-    EXPECT_EQ(send(authorized(server.origin() + "/")).body, "let in");
+    EXPECT_EQ(send(post(server.origin() + "/", "{}")).strBody, "there");
+    EXPECT_EQ(send(post(server.origin() + "/", "{}")).strBody, "twice");
+    EXPECT_EQ(send(authorized(server.origin() + "/")).strBody, "let in");
     const std::string strRest = " HTTP/1.1\r\nHost: " + server.host() + "\r\n";
     EXPECT_EQ(server.requests().at(1), "GET /next" + strRest + "Content-Type: application/json\r\n\r\n");
     EXPECT_EQ(server.requests().at(3),
@@ -369,7 +369,7 @@ TEST_F(CurlTransportFixture, FailsWhileNothingIsLeftForIt) {
         mainThread.runPending();
         EXPECT_EQ(heard(), Texts{"failed"}) << "and nobody is called back by the one that has ended";
         RawServer server({RawServer::answer("there")});
-        EXPECT_EQ(deprived.sendSynchronousRequest(get(server.origin() + "/")).body, "there");
+        EXPECT_EQ(deprived.sendSynchronousRequest(get(server.origin() + "/")).strBody, "there");
     }
 }
 
@@ -384,7 +384,7 @@ TEST_F(CurlTransportFixture, ServesManyThreads) {
     for (int n = 0; n < kThreads; ++n)
         senders.emplace_back([&] {
             for (int k = 0; k < kEach; ++k)
-                nGood += send(get(server.origin() + "/")).body == "ok" ? 1 : 0;
+                nGood += send(get(server.origin() + "/")).strBody == "ok" ? 1 : 0;
         });
     for (std::thread& sender : senders)
         sender.join();

@@ -17,8 +17,8 @@ inline std::string requestLine(const vellux::HttpRequest& request) {
     for (const auto& [strName, strValue] : request.headerFields)
         strLine += " | " + strName + ": " + strValue;
     strLine += " | " + std::to_string(request.timeout / std::chrono::seconds(1)) + " s";
-    if (request.body)
-        strLine += " | " + *request.body;
+    if (request.strBody)
+        strLine += " | " + *request.strBody;
     return strLine;
 }
 

@@ -78,7 +78,7 @@ std::optional<HttpError> validate(const HttpRequest& request) {
 
 bool mayGoTo(const HttpRequest& request, const std::string& strUrl) {
     const auto strOrigin = originOf(strUrl);
-    const bool bStays = request.body || holdsCredential(request);
+    const bool bStays = request.strBody || holdsCredential(request);
     return strOrigin && (!bStays || strOrigin == originOf(request.strUrl));
 }
 

@@ -88,10 +88,10 @@ CURL* CurlTransfer::prepare(const CurlTransportOptions& options, CURLSH* share) 
     if (m_strProxy)
         curl_easy_setopt(easy, CURLOPT_PROXY, m_strProxy->c_str());
 
-    if (m_request.body) {
+    if (m_request.strBody) {
         curl_easy_setopt(easy, CURLOPT_POST, 1L);
-        curl_easy_setopt(easy, CURLOPT_POSTFIELDS, m_request.body->c_str()); // not copied, lives as long
-        curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(m_request.body->size()));
+        curl_easy_setopt(easy, CURLOPT_POSTFIELDS, m_request.strBody->c_str()); // not copied, lives as long
+        curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(m_request.strBody->size()));
     }
     setHeaderFields();
     return easy;
@@ -119,9 +119,9 @@ void CurlTransfer::setHeaderFields() {
     HttpHeaderFields headerFields = m_request.headerFields;
     // curl writes this field itself, last and with this value, and drops it when a redirect turns the request
     // into one without a body.
-    if (m_request.body && !headerFields.empty() &&
+    if (m_request.strBody && !headerFields.empty() &&
         headerFields.back() ==
-            std::pair<std::string, std::string>("Content-Length", std::to_string(m_request.body->size())))
+            std::pair<std::string, std::string>("Content-Length", std::to_string(m_request.strBody->size())))
         headerFields.pop_back();
     for (const auto& [strName, strValue] : headerFields)
         append(fieldLine(strName, strValue));
@@ -190,7 +190,7 @@ void CurlTransfer::finish(std::optional<HttpError> error) {
     HttpResponse answer;
     // An answer without content has an empty body; a failure without content has none.
     if (!error || m_nTotal > 0)
-        answer.body = std::move(m_bytes);
+        answer.strBody = std::move(m_bytes);
     answer.error = std::move(error);
     m_received = nullptr;
     std::exchange(m_ended, nullptr)(std::move(answer));
