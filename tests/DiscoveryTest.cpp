@@ -132,11 +132,11 @@ TEST_F(NoticesFixture, AColourAskedForWithoutALightIsShownOnArrival) {
     EXPECT_EQ(journal.take(), Lines{});
     hid.noticeArrival(device);
     runPending();
-    EXPECT_EQ(reports(), v30("00000001 00000000 00000000 00000000 00960000 00960000"));
+    EXPECT_EQ(inWords(reports()), "None, 3 x #000000, 2 x Blue");
     remove(device);
     EXPECT_EQ(ui().displayVelluxColor(2), kNoDevice);
     arrive(device);
-    EXPECT_EQ(reports(), v30("00960001 00960000 ff960000 ff963c00 ff003c00 ff003c00"));
+    EXPECT_EQ(inWords(reports()), "None, Blue, #ff0096, #ff3c96, 2 x Yellow");
 }
 
 // A flag per light: it is one for all, and follows the last notice, not the count. A notice taken for what is
@@ -148,7 +148,7 @@ TEST_F(NoticesFixture, TellOfEarlierTimes) {
     EXPECT_EQ(journal.take(), Lines{});
     hid.noticeArrival(first);
     runPending();
-    EXPECT_EQ(reports(), framed("ff ef"));
+    EXPECT_EQ(inWords(reports()), "None, Red");
     remove(first);
     hid.simulateArrival(first);
     hid.simulateRemoval(first); // both are still queued
@@ -157,7 +157,7 @@ TEST_F(NoticesFixture, TellOfEarlierTimes) {
     hid.simulateArrival(first);
     hid.simulateRemoval(first);
     arrive(first);
-    EXPECT_EQ(reports(), framed("ff ef ff ef")); // on each arrival notice
+    EXPECT_EQ(inWords(reports()), "None, Red, None, Red"); // on each arrival notice
 }
 
 // Reports of the old family to the new light; lists that lack "Orange", or offer what is not there; the
@@ -173,7 +173,7 @@ TEST_F(NoticesFixture, ALightReplacedByAnotherFamily) {
     ui().displayVelluxColor(0);
     observeControls(true);
     arrive(FakeHidManager::light(0x0E53, 0x2519));
-    EXPECT_EQ(journal.lines({"report"}), v30("00000001 00000000 ff000000 ff000000 ff000000 ff000000"));
+    EXPECT_EQ(inWords(journal.lines({"report"})), "None, #000000, 4 x Red");
     EXPECT_EQ(ui().syncModeColorList()->items(), with);
     EXPECT_EQ(ui().manualModeColorList()->items(), with);
     EXPECT_EQ(ui().manualModeColorList()->indexOfSelectedItem(), -1);

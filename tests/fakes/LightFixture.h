@@ -2,6 +2,7 @@
 #pragma once
 
 #include "fakes/ProgramFixture.h"
+#include "light/ReportDecoder.h"
 #include "support/Text.h"
 
 /// The journal's lines of reports, in hexadecimal and parted by blanks: to framed and to plain lights by
@@ -21,6 +22,38 @@ inline Journal::Lines plain(const std::string& strCodes) {
 }
 inline Journal::Lines v30(const std::string& strLevels) {
     return reportLines(strLevels, "", "0000ffff");
+}
+
+/// What a light shows after a journal's line "report HEX"; any other line as it is.
+inline std::string inWords(const std::string& strLine) {
+    using namespace vellux::simulator;
+    if (!strLine.starts_with("report "))
+        return strLine;
+    std::vector<std::uint8_t> payload;
+    for (std::size_t nAt = 7; nAt + 1 < strLine.size() && strLine[nAt] != '.'; nAt += 2)
+        payload.push_back(static_cast<std::uint8_t>(std::stoul(strLine.substr(nAt, 2), nullptr, 16)));
+    if (strLine.ends_with("..00"))
+        payload.resize(64);
+    const LightModel model = payload.size() == 64                           ? LightModel::Plain
+                             : strLine.starts_with("report 55534243004002") ? LightModel::Framed
+                                                                            : LightModel::V30;
+    const DecodedReport report = decodeReport(model, payload);
+    return report.state ? report.state->text() : report.strFault;
+}
+
+/// All lines in words; one that comes N times in a row is "N x LINE".
+inline std::string inWords(const Journal::Lines& lines) {
+    std::string strAll;
+    for (auto it = lines.begin(); it != lines.end();) {
+        const std::string strWords = inWords(*it);
+        const auto end =
+            std::find_if(it, lines.end(), [&](const auto& str) { return inWords(str) != strWords; });
+        const auto nTimes = std::distance(it, end);
+        strAll +=
+            (strAll.empty() ? "" : ", ") + (nTimes == 1 ? "" : std::to_string(nTimes) + " x ") + strWords;
+        it = end;
+    }
+    return strAll;
 }
 
 /// The program has started, with neither settings nor a light.
