@@ -14,6 +14,8 @@ public:
 
     /// Blocks the calling thread for the given time; zero or less only yields.
     virtual void sleep(Seconds duration) = 0;
+    /// The time of day, which may jump: for people to read, never to measure by. Any thread.
+    virtual std::chrono::system_clock::time_point now() = 0;
 };
 
 } // namespace vellux

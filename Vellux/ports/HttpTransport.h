@@ -32,9 +32,32 @@ struct HttpRequest {
     std::optional<std::string> strCredentialOrigin{};
 };
 
-/// Why an exchange failed, in the transport's words. Holds no header value, no body and no credential.
+/// What kind of failure ended an exchange. For people to read; no decision of the client depends on it.
+enum class HttpFailure {
+    Other,
+    NotSent,              ///< malformed, or a credential would have left its origin: nothing was sent
+    NameNotFound,         ///< the host's name has no address
+    Refused,              ///< the host or the network refused the connection
+    NoAnswer,             ///< the time limit passed before the connection stood, TLS handshake included
+    Silent,               ///< the time limit passed on a connection that stood: the usual end of an idle poll
+    CertificateUntrusted, ///< of an issuer that this computer does not trust
+    CertificateExpired,   ///< or not valid yet
+    CertificateOtherName, ///< issued for another host
+    TlsTooOld,            ///< the server offers no TLS version that is allowed
+    TlsFailed,            ///< the handshake failed for another reason
+    Proxy,                ///< the proxy was not found, refused, or would not connect
+    Reset,                ///< the connection broke off
+    TooLarge,             ///< the body exceeds 16 MiB
+    RedirectRefused,      ///< redirected to where the request may not go
+    Cancelled,            ///< by this program
+};
+
+/// Why an exchange failed. Holds no header value, no body and no credential.
 struct HttpError {
-    std::string strDescription;
+    std::string strDescription; ///< in the transport's words
+    HttpFailure failure = HttpFailure::Other;
+    /// Who issued the certificate that was refused, as its common name or organisation; "" when not known.
+    std::string strIssuer{};
 };
 
 /// The result of a synchronous exchange. It has no status code: nothing reads it.

@@ -4,6 +4,7 @@
 #include "fakes/Journal.h"
 #include "ports/Clock.h"
 
+#include <atomic>
 #include <cstdio>
 #include <thread>
 
@@ -43,7 +44,13 @@ public:
         m_bFree = false;
     }
 
+    /// The time of day, which only tests change.
+    std::atomic<std::chrono::system_clock::time_point> timeOfDay{
+        std::chrono::system_clock::time_point(std::chrono::hours(24 * 365 * 40))};
+
     // ---- the port ----
+
+    std::chrono::system_clock::time_point now() override { return timeOfDay; }
 
     void sleep(vellux::Seconds duration) override {
         const bool bShort = duration <= vellux::Seconds(0.01) && duration > vellux::Seconds(0);

@@ -1,4 +1,4 @@
-// The clock port on the system's steady clock.
+// The clock port on the system's clocks.
 #pragma once
 
 #include "ports/Clock.h"
@@ -10,6 +10,7 @@ class SystemClock : public Clock {
 public:
     /// At least the given time, but a day at most. Signals do not cut it short.
     void sleep(Seconds duration) override;
+    std::chrono::system_clock::time_point now() override { return std::chrono::system_clock::now(); }
 };
 
 } // namespace vellux
