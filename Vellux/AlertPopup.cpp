@@ -6,11 +6,25 @@
 
 vellux::SharedInstanceSlot<AlertPopup> AlertPopup::sharedAlertPopupInstance;
 
+namespace {
+thread_local int nSilences = 0;
+} // namespace
+
+AlertPopup::Silence::Silence() {
+    ++nSilences;
+}
+
+AlertPopup::Silence::~Silence() {
+    --nSilences;
+}
+
 AlertPopup& AlertPopup::sharedAlertPopup() {
     return vellux::sharedInstance(sharedAlertPopupInstance, [] { return new AlertPopup; });
 }
 
 std::int32_t AlertPopup::display(const std::string& strTitle, const std::string& strMessage) {
+    if (nSilences > 0)
+        return nResult;
     vellux::MainThread& mainThread = vellux::platform().mainThread;
     if (mainThread.isCurrent()) {
         displayAlert({strTitle, strMessage});

@@ -26,6 +26,16 @@ public:
     /// returns without showing anything.
     std::int32_t display(const std::string& strTitle, const std::string& strMessage);
 
+    /// While one exists on a thread, its calls of display() show nothing and return at once: for work that
+    /// the program does by itself, when nobody may be there to dismiss an alert.
+    class Silence {
+    public:
+        Silence();
+        ~Silence();
+        Silence(const Silence&) = delete;
+        Silence& operator=(const Silence&) = delete;
+    };
+
     /// For shutdown: threads that wait for an open alert to close stop waiting, and find the main thread's
     /// queue closed.
     void endWaiting();

@@ -218,7 +218,7 @@ TEST_F(ConnectionFixture, ReconnectDisconnectsAndConnects) {
     runUntilConnectShows("Disconnect");
     EXPECT_EQ(journal.take({"cancel", "title", "poll"}),
               (Lines{kCancel, "title Connect", "title Connecting...", "title Disconnect", kPoll}));
-    EXPECT_EQ(client().channel().get(), vellux::ChannelState::Open);
+    EXPECT_EQ(client().channel().get().state, vellux::ChannelState::Open);
     journal.clear();
     ui().buttonConnect()->setTitle("Connecting...");
     ui().reconnect();

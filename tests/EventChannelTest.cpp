@@ -225,7 +225,7 @@ TEST_F(EventChannelFixture, AbortSilencesTheChannelAndForgetsThePresence) {
 // A channel that counts as open after it has ended, or as ended when it has not.
 TEST_F(EventChannelFixture, ChannelSaysWhetherItFollows) {
     using State = vellux::ChannelState;
-    const auto state = [this] { return client().channel().get(); };
+    const auto state = [this] { return client().channel().get().state; };
     EXPECT_EQ(state(), State::Open);
     FakeConnection& first = transport.lastPoll();
     deliver(batch("/n"));

@@ -43,6 +43,7 @@ VelluxHttp::httpGet_MyPresence(const std::optional<std::string>& strUrl,
     bIsUserOnCall = answer->text({"activity"}) == "on-the-phone"; // kept-on-purpose:activity-case
     auto strAvailability = answer->text({"availability"});
     presenceStatus.set(strAvailability);
+    notePresence();
     return strAvailability;
 }
 
@@ -80,7 +81,9 @@ void VelluxHttp::abortEventChannelConnection() {
         poll->cancel();
     bIsUserOnCall = false;
     presenceStatus.set("");
-    m_channel.set(vellux::ChannelState::Closed);
+    notePresence();
+    m_notReachedSince.reset();
+    m_channel.set({});
 }
 
 void VelluxHttp::connectionDidReceiveResponse(vellux::HttpConnection&) {}
@@ -91,6 +94,8 @@ void VelluxHttp::connectionDidReceiveResponse(vellux::HttpConnection&) {}
 // (kept-on-purpose:member-ends-batch).
 void VelluxHttp::connectionDidReceiveData(vellux::HttpConnection&, std::string_view data) {
     vellux::assertMainThread();
+    m_notReachedSince.reset();
+    m_endReason = vellux::EndReason::UnreadableAnswer;
     const auto batch = vellux::JsonBody::parse(data);
     if (!batch)
         return;
@@ -98,6 +103,7 @@ void VelluxHttp::connectionDidReceiveData(vellux::HttpConnection&, std::string_v
     const auto senders = batch->senders();
     if (!senders || !nextLink || nextLink->empty())
         return;
+    m_endReason = vellux::EndReason::NoPresenceEvent;
     for (const vellux::ChannelSender& sender : *senders) {
         if (!sender.events)
             return;
@@ -108,8 +114,10 @@ void VelluxHttp::connectionDidReceiveData(vellux::HttpConnection&, std::string_v
                 continue;
             // Blocks the main thread. (kept-on-purpose:query-on-main)
             const auto strToken = httpGet_MyPresence(strPresenceUrl.get(), strOAuthToken.get());
-            if (!strToken)
+            if (!strToken) {
+                m_endReason = vellux::EndReason::PresenceNotRead;
                 return;
+            }
             vellux::platform().listener.updateVelluxStatusWithPresence(strToken);
             const auto strHost = FQDN.get();
             if (!strHost)
@@ -127,9 +135,17 @@ void VelluxHttp::connectionDidFinishLoading(vellux::HttpConnection& connection) 
     noteWhetherFollowing();
 }
 
-void VelluxHttp::connectionDidFailWithError(vellux::HttpConnection& connection, const vellux::HttpError&) {
+void VelluxHttp::connectionDidFailWithError(vellux::HttpConnection& connection,
+                                            const vellux::HttpError& error) {
     vellux::assertMainThread();
     forgetPoll(connection);
+    if (error.failure == vellux::HttpFailure::Silent) {
+        m_notReachedSince.reset();
+    } else {
+        if (!m_notReachedSince)
+            m_notReachedSince = vellux::platform().clock.now();
+        m_channel.set({vellux::ChannelState::NotReached, *m_notReachedSince});
+    }
     vellux::platform().clock.sleep(kRetryWait); // kept-on-purpose:retry-pause-on-main
     httpGet_EventChannels();                    // kept-on-purpose:retry-without-end
 }
@@ -141,5 +157,20 @@ void VelluxHttp::forgetPoll(const vellux::HttpConnection& connection) {
 }
 
 void VelluxHttp::noteWhetherFollowing() {
-    m_channel.set(m_openPolls.empty() ? vellux::ChannelState::Ended : vellux::ChannelState::Open);
+    using vellux::ChannelState;
+    if (m_openPolls.empty())
+        m_channel.set({ChannelState::Ended, {}, std::exchange(m_endReason, vellux::EndReason::Unknown)});
+    else if (m_notReachedSince)
+        m_channel.set({ChannelState::NotReached, *m_notReachedSince});
+    else
+        m_channel.set({ChannelState::Open});
+}
+
+void VelluxHttp::setPresenceStatus(const std::optional<std::string>& strToken) {
+    presenceStatus.set(strToken);
+    notePresence();
+}
+
+void VelluxHttp::notePresence() {
+    m_presence.set({presenceStatus.get(), bIsUserOnCall});
 }

@@ -57,6 +57,7 @@ std::optional<std::string> VelluxHttp::httpPost_GetOAuthToken(const std::optiona
     const std::string strUrl = "https://" + *strHost + "/WebTicket/oauthtoken";
     if (!vellux::isHttpUrl(strUrl))
         return std::nullopt;
+    m_bPasswordRefused = false;
     // Not percent-encoded. (kept-on-purpose:credentials-verbatim)
     const auto strBody = vellux::exchangeOrAlert(vellux::postRequest(
         strUrl, {{"Content-Type", "application/x-www-form-urlencoded"}},
@@ -67,7 +68,8 @@ std::optional<std::string> VelluxHttp::httpPost_GetOAuthToken(const std::optiona
     if (!answer)
         return std::nullopt;
     // The caller shows an alert of its own after this one. (kept-on-purpose:two-alerts)
-    if (answer->text({"error"}) == "invalid_grant")
+    m_bPasswordRefused = answer->text({"error"}) == "invalid_grant";
+    if (m_bPasswordRefused)
         AlertPopup::sharedAlertPopup().display("Vellux", "Username/Password Pair is invalid");
     // The token's lifetime is not read, and the token is never renewed. (kept-on-purpose:token-lifetime)
     const auto strTokenType = answer->text({"token_type"});

@@ -79,7 +79,7 @@ public:
     /// after an abort. Any thread.
     std::optional<std::string> getPresenceStatus() const { return presenceStatus.get(); }
     /// Replaces the token. Any thread.
-    void setPresenceStatus(const std::optional<std::string>& strToken) { presenceStatus.set(strToken); }
+    void setPresenceStatus(const std::optional<std::string>& strToken);
 
     /// Opens the next long poll, which fails after 15 s of silence from the server; does nothing when no URL
     /// is known. At most sixteen are open: another one closes the oldest, without a callback. Main thread.
@@ -89,8 +89,15 @@ public:
     /// that is still under way opens a channel of its own afterwards. Main thread.
     void abortEventChannelConnection();
 
-    /// For the view: whether the presence is being followed. Nothing in the client depends on it. Any thread.
-    vellux::Observable<vellux::ChannelState>& channel() { return m_channel; }
+    // For the view; nothing in the client depends on them. Any thread.
+
+    /// Whether the presence is being followed. A poll that only ran into its time limit after it reached the
+    /// server has not failed: most polls end so.
+    vellux::Observable<vellux::ChannelStatus>& channel() { return m_channel; }
+    /// The presence and on-call flag as they were read last.
+    vellux::Observable<vellux::PresenceStatus>& presence() { return m_presence; }
+    /// Whether the last sign-in was refused because of user name or password.
+    bool wasPasswordRefused() const { return m_bPasswordRefused; }
 
     /// Does nothing: the status code is ignored, and an error's body arrives as data like any other.
     void connectionDidReceiveResponse(vellux::HttpConnection& connection) override;
@@ -119,6 +126,7 @@ private:
     std::optional<std::string> issuerOf(const std::string& strAuthorization) const;
     void forgetPoll(const vellux::HttpConnection& connection) VELLUX_REQUIRES(vellux::mainThreadRole);
     void noteWhetherFollowing() VELLUX_REQUIRES(vellux::mainThreadRole);
+    void notePresence();
 
     OptionalText strOAuthToken;             // the whole Authorization value: token type, blank, access token
     OptionalText strApplicationsServiceUrl; // nothing reads it; kept-on-purpose:unread-url
@@ -135,7 +143,14 @@ private:
     // All that are open, oldest first.
     std::vector<std::shared_ptr<vellux::HttpConnection>>
         m_openPolls VELLUX_GUARDED_BY(vellux::mainThreadRole);
-    vellux::Observable<vellux::ChannelState> m_channel; // written by main
+    vellux::Observable<vellux::ChannelStatus> m_channel; // written by main
+    // When the server was found not to answer; absent while it does.
+    std::optional<std::chrono::system_clock::time_point>
+        m_notReachedSince VELLUX_GUARDED_BY(vellux::mainThreadRole);
+    // Of the last batch that opened no poll.
+    vellux::EndReason m_endReason VELLUX_GUARDED_BY(vellux::mainThreadRole) = vellux::EndReason::Unknown;
+    vellux::Observable<vellux::PresenceStatus> m_presence;
+    std::atomic<bool> m_bPasswordRefused{false};
     // Authorization values and the URLs that issued them, the latest last.
     vellux::Shared<std::vector<std::pair<std::string, std::string>>> m_issued;
 };

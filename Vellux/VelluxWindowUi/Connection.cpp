@@ -42,6 +42,7 @@ void VelluxWindowUi::onConnectButtonClicked(Button&) {
         stopSyncFlashing();
         displayVelluxColor(vellux::kColourOff);
         lyncStatus.set("");
+        m_signIn.set({});
     }
 }
 
@@ -52,52 +53,103 @@ void VelluxWindowUi::reconnect() {
         onConnectButtonClicked(*controls.buttonConnect);
 }
 
+void VelluxWindowUi::reconnectSilently() {
+    vellux::assertMainThread();
+    if (controls.buttonSelectSyncMode->state() != Button::kOn || !controls.buttonConnect->isEnabled())
+        return;
+    VelluxHttp::sharedVelluxHttp().abortEventChannelConnection(); // so that one poll is left
+    startMonitor(/*bSilent=*/true);
+}
+
+void VelluxWindowUi::switchOffUntilReached() {
+    vellux::assertMainThread();
+    if (controls.buttonSelectSyncMode->state() != Button::kOn)
+        return;
+    stopSyncFlashing();
+    displayVelluxColor(vellux::kColourOff);
+}
+
+void VelluxWindowUi::showLastPresence() {
+    vellux::assertMainThread();
+    updateVelluxStatusWithPresence(VelluxHttp::sharedVelluxHttp().getPresenceStatus());
+}
+
 void VelluxWindowUi::processLyncServerConnectionRequest() {
     vellux::assertMainThread();
+    startMonitor(/*bSilent=*/false);
+}
+
+void VelluxWindowUi::startMonitor(bool bSilent) {
     // An earlier monitor is neither stopped nor waited for. (kept-on-purpose:monitors-overlap)
     threadForLyncStatusMonitor = std::make_shared<vellux::WorkerThread>(
-        [this] { lyncStatusMonitorThreadMainMethod(); }, vellux::WorkerThread::kHighestPriority);
+        [this, bSilent] {
+            std::optional<AlertPopup::Silence> silence;
+            if (bSilent)
+                silence.emplace();
+            runSignIn(bSilent);
+        },
+        vellux::WorkerThread::kHighestPriority);
     threadForLyncStatusMonitor->start();
 }
 
 void VelluxWindowUi::lyncStatusMonitorThreadMainMethod() {
+    runSignIn(/*bAutomatic=*/false);
+}
+
+void VelluxWindowUi::runSignIn(bool bAutomatic) {
+    using vellux::SignInStep;
+    using Result = vellux::SignInStatus::Result;
     VelluxHttp& client = VelluxHttp::sharedVelluxHttp();
     Button& button = *controls.buttonConnect;
+    const std::string strHost = strFQDN.get();
+    const std::string strUser = strUserName.get();
+    const std::string strSecret = strPassword.get();
+    m_signIn.set({Result::Running, SignInStep::SigningIn, vellux::platform().clock.now(), bAutomatic, strUser,
+                  strHost});
     button.setEnabled(false);
     button.setTitle(vellux::kTitleConnecting);
 
+    const auto begin = [this](SignInStep step) {
+        m_signIn.update([step](auto& status) { status.step = step; });
+    };
+    const auto end = [this](Result result) {
+        m_signIn.update([result](auto& status) { status.result = result; });
+    };
     // The button stays disabled until the user has dismissed the alert.
-    const auto fail = [&button](const char* strMessage) {
+    const auto fail = [&](const char* strMessage) {
         button.setTitle(vellux::kTitleConnect);
+        end(client.wasPasswordRefused() ? Result::Refused : Result::Failed);
         alert(strMessage);
         button.setEnabled(true);
     };
 
-    const std::string strHost = strFQDN.get();
-    const std::string strUser = strUserName.get();
-    const std::string strSecret = strPassword.get();
     if (strHost.empty() || strUser.empty() || strSecret.empty()) {
         alert(kFieldsAlert); // before the title, unlike fail(): kept-on-purpose:alert-before-title
         button.setEnabled(true);
         button.setTitle(vellux::kTitleConnect);
+        m_signIn.set({});
         return;
     }
     const auto strToken = client.httpPost_GetOAuthToken(strHost, strUser, strSecret);
     if (!strToken)
         return fail("Failed to get OAuthToken");
+    begin(SignInStep::FindingService);
     const auto strApplicationsUrl = client.httpGet_ApplicationServiceURL(strHost, strToken);
     if (!strApplicationsUrl)
         return fail("Failed to get ApplicationServiceURL");
+    begin(SignInStep::Registering);
     const auto strPresenceUrl =
         client.httpPost_SetupApplicationsAndGetPresenceURL(strHost, strApplicationsUrl, strToken);
     if (!strPresenceUrl)
         return fail("Failed to do SetupApplicationsAndGetPresenceURL");
 
+    begin(SignInStep::ReadingPresence);
     const auto strPresence = client.httpGet_MyPresence(strPresenceUrl, strToken);
     button.setTitle(vellux::kTitleDisconnect);
     // An absent one turns the light off. (kept-on-purpose:connected-without-presence)
     updateVelluxStatusWithPresence(strPresence);
     vellux::platform().mainThread.runAndWait([this] { httpGetEventChannels(); });
+    end(Result::Succeeded);
     button.setEnabled(true);
 }
 

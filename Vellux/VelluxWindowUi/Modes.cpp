@@ -49,6 +49,7 @@ void VelluxWindowUi::setManualMode(Button&) {
     controls.buttonConnect->setTitle(vellux::kTitleConnect);
     controls.textFieldLyncStatus->setText("");
     stopSyncFlashing();
+    m_signIn.set({});
 
     onManualModeColorListSelection(*controls.manualModeColorList);
     // Has run already unless the colour is off. (kept-on-purpose:speed-action-twice)

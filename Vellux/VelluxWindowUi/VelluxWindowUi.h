@@ -97,13 +97,16 @@ public:
         controls.manualModeFlashSpeedList = std::move(control);
     }
 
-    // ---- Display.cpp, Devices.cpp: beside the controls, for the view to read ----
+    // ---- Display.cpp, Devices.cpp, Connection.cpp: beside the controls, for the view to read ----
     // Any thread reads them; nothing here depends on them.
 
     /// What the light shows. Doesn't alternate while a light is being flashed.
     vellux::Observable<vellux::LampState>& lamp() { return m_lamp; }
     /// The first light as the last discovery found it. Written by main.
     vellux::Observable<vellux::LightState>& light() { return m_light; }
+    /// The sign-in begun last. Written by the status monitors, the latest counts. Its end is written when
+    /// Connect has its final title.
+    vellux::Observable<vellux::SignInStatus>& signIn() { return m_signIn; }
 
     // ---- Controls.cpp: start-up, window actions ----
 
@@ -202,6 +205,14 @@ public:
     void onConnectButtonClicked(Button& sender);
     /// Disconnects, then connects: for a user whose presence is no longer followed.
     void reconnect();
+    /// Closes the event channel and signs in again with the credentials in use, without an alert and without
+    /// touching the light. Does nothing in manual mode or while Connect is disabled.
+    void reconnectSilently();
+    /// For a user who wants no colour that may be wrong: ends a call's flashing and switches the light off,
+    /// until the next presence. Does nothing in manual mode. Blocks for up to one flash cycle (1.5 s).
+    void switchOffUntilReached();
+    /// Shows the presence that was read last again. Does nothing in manual mode.
+    void showLastPresence();
     /// Starts the status monitor and returns at once.
     void processLyncServerConnectionRequest();
     /// Body of the status monitor's thread: one pass through sign-in, registration, presence and the opening
@@ -239,6 +250,10 @@ private:
     void startManualFlashing() VELLUX_REQUIRES(vellux::mainThreadRole);
     void restartSyncFlashing();
     void stopSyncFlashing();
+
+    // Connection.cpp
+    void startMonitor(bool bSilent) VELLUX_REQUIRES(vellux::mainThreadRole);
+    void runSignIn(bool bAutomatic);
 
     // Modes.cpp
     void clampToItems(std::atomic<std::int64_t>& nIndex, const ComboBox& list) const;
@@ -310,6 +325,7 @@ private:
 
     vellux::Observable<vellux::LampState> m_lamp;
     vellux::Observable<vellux::LightState> m_light;
+    vellux::Observable<vellux::SignInStatus> m_signIn;
     std::atomic<unsigned> m_nFlashers{0}; // set of Flasher
 
     // The display lock, first in the order of locks.

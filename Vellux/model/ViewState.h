@@ -4,7 +4,10 @@
 #include "model/Colour.h"
 #include "model/LightFamily.h"
 
+#include <chrono>
 #include <cstdint>
+#include <optional>
+#include <string>
 
 namespace vellux {
 
@@ -38,7 +41,54 @@ struct LightState {
 enum class ChannelState {
     Closed, ///< never opened, or closed by us
     Open,
-    Ended, ///< ended without our closing it
+    NotReached, ///< the last poll failed; it is tried again until the server answers
+    Ended,      ///< ended without our closing it
+};
+
+/// Why the following ended by itself, as far as the last answer tells.
+enum class EndReason {
+    Unknown,
+    NoPresenceEvent,  ///< a batch of other news: a note was changed, for instance
+    UnreadableAnswer, ///< no batch of events: the server no longer knows this sign-in, for instance
+    PresenceNotRead,  ///< there was news of the presence, but it could not be read
+};
+
+/// The event channel as a view shows it.
+struct ChannelStatus {
+    ChannelState state = ChannelState::Closed;
+    std::chrono::system_clock::time_point since{}; ///< of NotReached: the first failure
+    EndReason reason = EndReason::Unknown;         ///< of Ended
+
+    bool operator==(const ChannelStatus&) const = default;
+};
+
+/// The presence that was read last.
+struct PresenceStatus {
+    std::optional<std::string> strToken; ///< as the server spells it; "" before the first
+    bool bOnCall = false;
+
+    bool operator==(const PresenceStatus&) const = default;
+};
+
+/// The steps of a sign-in, in their order.
+enum class SignInStep { SigningIn, FindingService, Registering, ReadingPresence };
+
+/// The sign-in that was begun last.
+struct SignInStatus {
+    enum class Result {
+        None, ///< none since the start, a Disconnect or manual mode
+        Running,
+        Succeeded,
+        Failed,
+        Refused, ///< the server refuses user name and password
+    };
+    Result result = Result::None;
+    SignInStep step = SignInStep::SigningIn;       ///< the one that runs, or the last one that did
+    std::chrono::system_clock::time_point since{}; ///< when it was begun
+    bool bAutomatic = false;                       ///< begun by the program, with nobody to answer an alert
+    std::string strUser, strServer;                ///< what it signs in with
+
+    bool operator==(const SignInStatus&) const = default;
 };
 
 } // namespace vellux

@@ -53,10 +53,10 @@ public:
         if (!m_bCancelled)
             m_delegate.connectionDidFinishLoading(*this);
     }
-    void simulateFailure() {
+    void simulateFailure(vellux::HttpFailure failure = vellux::HttpFailure::Silent) {
         vellux::assertMainThread();
         if (!m_bCancelled)
-            m_delegate.connectionDidFailWithError(*this, {"timed out"});
+            m_delegate.connectionDidFailWithError(*this, {"timed out", failure});
     }
     bool isCancelled() const { return m_bCancelled; }
 

@@ -31,7 +31,7 @@ void ChannelStatusLine::show() {
     // Connecting opens the channel first and enables the button last, so they are read in the opposite order.
     const auto button = m_dependencies.controller.buttonConnect();
     const bool bSettled = button->isEnabled();
-    const ChannelState channel = m_dependencies.client.channel().get();
+    const ChannelState channel = m_dependencies.client.channel().get().state;
     const std::string strTitle = button->title();
     const bool bConnected = strTitle == kTitleDisconnect;
     const bool bSyncMode = m_dependencies.controller.buttonSelectSyncMode()->state() == Button::kOn;
