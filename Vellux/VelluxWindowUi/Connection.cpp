@@ -80,23 +80,30 @@ void VelluxWindowUi::processLyncServerConnectionRequest() {
 }
 
 void VelluxWindowUi::startMonitor(bool bSilent) {
+    noteSignIn(bSilent);
     // An earlier monitor is neither stopped nor waited for. (kept-on-purpose:monitors-overlap)
     threadForLyncStatusMonitor = std::make_shared<vellux::WorkerThread>(
         [this, bSilent] {
             std::optional<AlertPopup::Silence> silence;
             if (bSilent)
                 silence.emplace();
-            runSignIn(bSilent);
+            runSignIn();
         },
         vellux::WorkerThread::kHighestPriority);
     threadForLyncStatusMonitor->start();
 }
 
 void VelluxWindowUi::lyncStatusMonitorThreadMainMethod() {
-    runSignIn(/*bAutomatic=*/false);
+    noteSignIn(/*bAutomatic=*/false);
+    runSignIn();
 }
 
-void VelluxWindowUi::runSignIn(bool bAutomatic) {
+void VelluxWindowUi::noteSignIn(bool bAutomatic) {
+    m_signIn.set({vellux::SignInStatus::Result::Running, vellux::SignInStep::SigningIn,
+                  vellux::platform().clock.now(), bAutomatic, strUserName.get(), strFQDN.get()});
+}
+
+void VelluxWindowUi::runSignIn() {
     using vellux::SignInStep;
     using Result = vellux::SignInStatus::Result;
     VelluxHttp& client = VelluxHttp::sharedVelluxHttp();
@@ -104,8 +111,6 @@ void VelluxWindowUi::runSignIn(bool bAutomatic) {
     const std::string strHost = strFQDN.get();
     const std::string strUser = strUserName.get();
     const std::string strSecret = strPassword.get();
-    m_signIn.set({Result::Running, SignInStep::SigningIn, vellux::platform().clock.now(), bAutomatic, strUser,
-                  strHost});
     button.setEnabled(false);
     button.setTitle(vellux::kTitleConnecting);
 

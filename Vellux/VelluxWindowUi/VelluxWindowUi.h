@@ -253,7 +253,8 @@ private:
 
     // Connection.cpp
     void startMonitor(bool bSilent) VELLUX_REQUIRES(vellux::mainThreadRole);
-    void runSignIn(bool bAutomatic);
+    void noteSignIn(bool bAutomatic);
+    void runSignIn();
 
     // Modes.cpp
     void clampToItems(std::atomic<std::int64_t>& nIndex, const ComboBox& list) const;

@@ -107,9 +107,10 @@ protected:
     FakeDesktop desktop{journal, directory.string()};
     std::optional<vellux::Program> program;
 
-private:
+    /// To be called again by whoever adds observers of the Connect button: this one must be the last.
     void watchConnect();
 
+private:
     std::vector<vellux::Observation> observations;
     std::atomic<bool> bConnectNoticed{
         false}; // all other observers know whether the Connect button is enabled

@@ -1,7 +1,7 @@
 // The line that says whether the presence is being followed.
 #pragma once
 
-#include "adapters/qt/CoalescedUpdate.h"
+#include "threads/CoalescedUpdate.h"
 #include "adapters/qt/MainWindow.h"
 #include "threads/Observers.h"
 

@@ -1,7 +1,7 @@
 // What ties a widget to the model of its control.
 #pragma once
 
-#include "adapters/qt/CoalescedUpdate.h"
+#include "threads/CoalescedUpdate.h"
 #include "model/Controls.h"
 
 #include <QObject>

@@ -1,7 +1,7 @@
 // The head of the main window: the lamp and the light.
 #pragma once
 
-#include "adapters/qt/CoalescedUpdate.h"
+#include "threads/CoalescedUpdate.h"
 #include "adapters/qt/MainWindow.h"
 #include "threads/Observers.h"
 

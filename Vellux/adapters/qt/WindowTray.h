@@ -1,7 +1,7 @@
 // The tray's icon as another view of what the window shows.
 #pragma once
 
-#include "adapters/qt/CoalescedUpdate.h"
+#include "threads/CoalescedUpdate.h"
 #include "adapters/qt/Tray.h"
 #include "model/ViewState.h"
 #include "threads/MainThread.h"

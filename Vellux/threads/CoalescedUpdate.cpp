@@ -1,6 +1,5 @@
-#include "adapters/qt/CoalescedUpdate.h"
+#include "threads/CoalescedUpdate.h"
 
-#include "ports/Platform.h"
 
 #include <utility>
 
