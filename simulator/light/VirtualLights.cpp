@@ -8,30 +8,30 @@
 namespace vellux::simulator {
 
 void VirtualLights::plug(const VirtualLightRef& light) {
-    bool bNotice = false;
+    std::uint64_t nSession = 0;
     {
         ScopedLock lock(m_mutex);
         if (std::find(m_lights.begin(), m_lights.end(), light) != m_lights.end())
             return;
         m_lights.push_back(light);
-        bNotice = m_bOpen && matches(*light);
+        nSession = m_bOpen && matches(*light) ? m_nSession : 0;
     }
     light->setPlugged(true);
-    if (bNotice)
-        post(light, &VirtualLights::m_onArrival);
+    if (nSession != 0)
+        post(light, &VirtualLights::m_onArrival, nSession);
 }
 
 void VirtualLights::unplug(const VirtualLightRef& light) {
-    bool bNotice = false;
+    std::uint64_t nSession = 0;
     {
         ScopedLock lock(m_mutex);
         if (std::erase(m_lights, light) == 0)
             return;
-        bNotice = m_bOpen && matches(*light);
+        nSession = m_bOpen && matches(*light) ? m_nSession : 0;
     }
     light->setPlugged(false);
-    if (bNotice)
-        post(light, &VirtualLights::m_onRemoval);
+    if (nSession != 0)
+        post(light, &VirtualLights::m_onRemoval, nSession);
 }
 
 bool VirtualLights::isPlugged(const VirtualLightRef& light) const {
@@ -49,14 +49,16 @@ bool VirtualLights::matches(const VirtualLight& light) const {
     });
 }
 
-void VirtualLights::post(const VirtualLightRef& light, Notice VirtualLights::*notice) {
-    m_mainThread.post([this, light, notice] { deliver(light, notice); });
+void VirtualLights::post(const VirtualLightRef& light, Notice VirtualLights::*notice,
+                         std::uint64_t nSession) {
+    m_mainThread.post([this, light, notice, nSession] { deliver(light, notice, nSession); });
 }
 
-void VirtualLights::deliver(const VirtualLightRef& light, Notice VirtualLights::*notice) {
+void VirtualLights::deliver(const VirtualLightRef& light, Notice VirtualLights::*notice,
+                            std::uint64_t nSession) {
     {
         ScopedLock lock(m_mutex);
-        if (!m_bOpen || !m_bScheduled)
+        if (!m_bOpen || m_nSession != nSession || !m_bScheduled)
             return;
     }
     if (const Notice callback = this->*notice)
@@ -83,15 +85,19 @@ void VirtualLights::setScheduled(bool bScheduled) {
 
 HidResult VirtualLights::open() {
     std::vector<VirtualLightRef> present;
+    std::uint64_t nSession = 0;
     {
         ScopedLock lock(m_mutex);
+        if (m_bOpen)
+            return 0;
         m_bOpen = true;
+        nSession = ++m_nSession;
         for (const VirtualLightRef& light : m_lights)
             if (matches(*light))
                 present.push_back(light);
     }
     for (const VirtualLightRef& light : present)
-        post(light, &VirtualLights::m_onArrival);
+        post(light, &VirtualLights::m_onArrival, nSession);
     return 0;
 }
 

@@ -6,6 +6,7 @@
 #include "threads/MainThread.h"
 #include "threads/Mutex.h"
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <vector>
@@ -48,8 +49,8 @@ private:
     using Notice = std::function<void(const HidDeviceRef&)>;
 
     bool matches(const VirtualLight& light) const VELLUX_REQUIRES(m_mutex);
-    void post(const VirtualLightRef& light, Notice VirtualLights::*notice);
-    void deliver(const VirtualLightRef& light, Notice VirtualLights::*notice);
+    void post(const VirtualLightRef& light, Notice VirtualLights::*notice, std::uint64_t nSession);
+    void deliver(const VirtualLightRef& light, Notice VirtualLights::*notice, std::uint64_t nSession);
 
     MainThread& m_mainThread;
     mutable Mutex m_mutex;
@@ -57,8 +58,9 @@ private:
     std::vector<HidMatching> m_matching VELLUX_GUARDED_BY(m_mutex);
     bool m_bScheduled VELLUX_GUARDED_BY(m_mutex) = false;
     bool m_bOpen VELLUX_GUARDED_BY(m_mutex) = false;
-    Notice m_onArrival; // main thread
-    Notice m_onRemoval; // main thread
+    std::uint64_t m_nSession VELLUX_GUARDED_BY(m_mutex) = 0; // counts every open()
+    Notice m_onArrival;                                      // main thread
+    Notice m_onRemoval;                                      // main thread
 };
 
 } // namespace vellux::simulator
