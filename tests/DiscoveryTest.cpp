@@ -43,6 +43,7 @@ TEST_F(DiscoveryFixture, ClassifiesByVendorAndProduct) {
                              {0x2C0D, 1, 3},      {0x2C0D, 2, 4}, {0x0E53, 0x2517, 4}, {0x0E53, 0x2519, 7},
                              {0x2C0D, 3, 7},      {0x2C0D, 6, 6}, {0x1130, 3, 9},      {0x0E53, 0x2518, 9},
                              {0x2C0D, 0x2516, 9}, {0x0E53, 1, 9}, {0x2C0D, 4, 9},      {0, 0, 9}};
+    hid.bMatches = false;
     for (const Identity& row : rows)
         hid.present(FakeHidManager::light(row.nVendor, row.nProduct));
     light->properties.erase("VendorID");
