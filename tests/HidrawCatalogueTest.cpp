@@ -13,21 +13,6 @@ namespace {
 using Entries = std::vector<HidrawEntry>;
 using Names = std::vector<std::string>;
 
-const std::vector<HidMatching> kMatching = {
-    {{"VendorID", 0x1130}, {"ProductID", 0x0001}, {"PrimaryUsage", 3}},
-    {{"VendorID", 0x2C0D}, {"ProductID", 0x0006}, {"PrimaryUsage", 1}},
-};
-
-// A light missed, or a device of someone else's opened, because one of the three values was not looked at.
-TEST(HidrawListing, MatchesEachEntryByAllItsValues) {
-    const Entries listed = {
-        {"wrong vendor", "", 0x1131, 1, 3},  {"second entry", "", 0x2C0D, 6, 1},
-        {"wrong product", "", 0x1130, 2, 3}, {"first entry", "", 0x1130, 1, 3},
-        {"wrong usage", "", 0x1130, 1, 1},   {"mixed entries", "", 0x1130, 6, 1},
-    };
-    EXPECT_EQ(matchingDevices(listed, kMatching), (Entries{listed[1], listed[3]}));
-}
-
 using Bytes = std::vector<std::uint8_t>;
 
 // A light missed or taken by the usage of a report, of a later collection, or of an item read out of step.

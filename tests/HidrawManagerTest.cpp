@@ -1,10 +1,11 @@
 // The manager and its device watch, on nodes that a test lists and opens.
 
 #include "adapters/hidraw/HidrawManager.h"
+#include "fakes/CountingQueue.h"
 #include "fakes/KernelWrites.h"
+#include "fakes/SocketNodes.h"
+#include "fakes/UdevEvents.h"
 #include "fakes/Watchdog.h"
-#include "kernel/SocketLight.h"
-#include "threads/CallQueue.h"
 
 #include <gtest/gtest.h>
 
@@ -20,16 +21,6 @@ using namespace vellux;
 namespace {
 
 using Names = std::vector<std::string>;
-
-/// Knows how many calls have been posted.
-class CountingQueue : public CallQueue {
-public:
-    void post(std::function<void()> call) override {
-        CallQueue::post(std::move(call));
-        ++nPosted;
-    }
-    std::atomic<int> nPosted = 0;
-};
 
 class HidrawManagerFixture : public testing::Test {
 protected:
@@ -54,28 +45,24 @@ protected:
             m_manager.setScheduled(true);
     }
     /// What is plugged from now on, by product.
-    void plug(const std::vector<std::uint16_t>& products, std::uint16_t nVendor = kVendor) {
+    void plug(const std::vector<std::uint16_t>& products) {
         std::vector<HidrawEntry> entries;
         entries.reserve(products.size());
         for (const std::uint16_t nProduct : products)
-            entries.push_back({node(nProduct), "", nVendor, nProduct, 1});
-        m_listed.set(entries);
+            entries.push_back({node(nProduct), "", kVendor, nProduct, 1});
+        m_nodes.listing.set(entries);
     }
     /// The system can't tell what is plugged, until plug().
-    void fail() { m_listed.set(std::nullopt); }
+    void fail() { m_nodes.listing.set(std::nullopt); }
     /// The next openings of a node are refused.
-    void refuse(std::uint16_t nProduct, int nTimes) {
-        m_refusals.update([&](auto& refusals) { refusals[node(nProduct)] = nTimes; });
-    }
+    void refuse(std::uint16_t nProduct, int nTimes) { m_nodes.refuse(node(nProduct), nTimes); }
     /// As when its permissions change.
     void touch(std::uint16_t nProduct) {
         std::ofstream(node(nProduct)).put(' ');
         std::filesystem::permissions(node(nProduct), std::filesystem::perms::owner_all);
     }
     /// The light behind a node that has been opened.
-    std::shared_ptr<SocketLight> light(std::uint16_t nProduct) {
-        return m_opened.with([&](const auto& opened) { return opened.at(node(nProduct)); });
-    }
+    std::shared_ptr<SocketLight> light(std::uint16_t nProduct) { return m_nodes.light(node(nProduct)); }
 
     /// The notices since the last call, as soon as there are so many.
     Names notices(std::size_t nExpected) {
@@ -83,12 +70,6 @@ protected:
             m_mainThread.runPending();
         m_mainThread.runPending();
         return std::exchange(m_notices, {});
-    }
-    /// Waits until so many calls have been posted since the last call, and leaves them queued.
-    void waitUntilPosted(int nCalls) {
-        while (m_mainThread.nPosted < nCalls)
-            std::this_thread::yield();
-        m_mainThread.nPosted -= nCalls;
     }
     HidDeviceList devices() { return m_manager.copyDevices().value(); }
     Names present() {
@@ -104,26 +85,17 @@ protected:
     const Watchdog m_watchdog{"device watch"};
     CountingQueue m_mainThread;
     std::atomic<int> m_nListings = 0;
+    bool m_bFollowedAtFirst = false; // when the nodes were listed for the first time
+    SocketNodes m_nodes;
     HidrawManager m_manager{m_mainThread,
                             {[this] {
-                                 ++m_nListings;
-                                 return m_listed.get();
+                                 if (m_nListings++ == 0)
+                                     m_bFollowedAtFirst = udev_events::reaches("udev", "hidraw");
+                                 return m_nodes.listing.get();
                              },
-                             [this](const auto& str) { return open(str); }}};
+                             m_nodes.system().open}};
 
 private:
-    HidrawNode open(const std::string& strPath) {
-        if (m_refusals.with([&](const auto& refusals) {
-                const auto it = refusals.find(strPath);
-                return it != refusals.end() && it->second > 0;
-            })) {
-            m_refusals.update([&](auto& refusals) { --refusals[strPath]; });
-            return {-1, EACCES};
-        }
-        const auto light = std::make_shared<SocketLight>();
-        m_opened.update([&](auto& opened) { opened[strPath] = light; });
-        return light->node();
-    }
     std::string node(std::uint16_t nProduct) const { return m_directory / std::to_string(nProduct); }
     std::string name(const HidDeviceRef& device) {
         return std::to_string(m_manager.deviceGetProperty(device, "ProductID").value_or(-1));
@@ -135,37 +107,38 @@ private:
     const std::filesystem::path m_directory =
         std::filesystem::temp_directory_path() / ("vellux-nodes-" + std::to_string(::getpid()));
     Names m_notices;
-    Shared<std::optional<std::vector<HidrawEntry>>> m_listed{std::vector<HidrawEntry>()};
-    Shared<std::map<std::string, int>> m_refusals;
-    Shared<std::map<std::string, std::shared_ptr<SocketLight>>> m_opened;
 };
 
-// Notices in the wrong order, a light that loses the head of the list to a newcomer, from within open(), or
-// of other makers' devices; a light that is opened at each listing; a node that stays open after its light
-// has left.
+// A light that loses the head of the list to a newcomer, or is opened at each listing; a node that stays open
+// after its light has left.
 TEST_F(HidrawManagerFixture, NoticesAreTheDifferenceOfTwoListings) {
     create();
     plug({1, 2});
     ASSERT_EQ(m_manager.open(), 0U);
-    EXPECT_EQ(present(), (Names{"1", "2"}));
-    waitUntilPosted(2);
     EXPECT_EQ(notices(2), (Names{"+1", "+2"}));
     const auto first = light(1);
     const auto second = light(2);
-
     plug({3, 2});
     m_manager.redeliver();
     EXPECT_EQ(notices(4), (Names{"-1", "-2", "+2", "+3"}));
     EXPECT_EQ(present(), (Names{"2", "3"}));
     EXPECT_EQ(first->waitUntilClosed(), 0);
     EXPECT_EQ(light(2), second);
-    EXPECT_EQ(send(devices().back()), 0U);
-    EXPECT_TRUE(second->reports().empty());
-    EXPECT_EQ(light(3)->reports().size(), 1U);
+}
 
-    plug({4}, 0x046D);
-    m_manager.redeliver();
-    EXPECT_EQ(notices(2), (Names{"-2", "-3"}));
+// A monitor of another subsystem, or of the kernel's own events, which come before the node has its
+// permissions; one made after the first listing, which misses what happens in between, or left behind.
+TEST_F(HidrawManagerFixture, FollowsWhatUdevAnnouncesOfHidrawNodes) {
+    create();
+    ASSERT_EQ(m_manager.open(), 0U);
+    EXPECT_TRUE(m_bFollowedAtFirst);
+    for (const char* strGroup : {"udev", "kernel"})
+        for (const std::string strSubsystem : {"hidraw", "usb", "hid", "input"})
+            EXPECT_EQ(udev_events::reaches(strGroup, strSubsystem.c_str()),
+                      strGroup == std::string("udev") && strSubsystem == "hidraw")
+                << strGroup << " " << strSubsystem;
+    m_manager.close();
+    EXPECT_FALSE(udev_events::reaches("udev", "hidraw"));
 }
 
 // Lights that leave because the system could not tell which there are, and what was asked for meanwhile
@@ -213,40 +186,26 @@ TEST_F(HidrawManagerFixture, ALightThatMayNotBeOpenedIsListedUntilItMay) {
     EXPECT_EQ(light(1)->reports().size(), 1U);
 }
 
-// Notices for nobody, or of another session; a watch that can't be ended or started again.
-TEST_F(HidrawManagerFixture, NoticesAreForTheSessionThatListens) {
+// A watch that is started twice, or asked while there is none; a manager with something left of the one
+// before.
+TEST_F(HidrawManagerFixture, CreatingResetsTheManager) {
     EXPECT_FALSE(m_manager.copyDevices());
     m_manager.redeliver();
     m_manager.close();
     create();
     plug({1});
-    for (int nSession = 0; nSession < 3; ++nSession) {
-        ASSERT_EQ(m_manager.open(), 0U);
-        ASSERT_EQ(m_manager.open(), 0U); // changes nothing
-        waitUntilPosted(1);
-        if (nSession == 1) {
-            EXPECT_EQ(notices(1), Names{"+1"});
-            m_manager.setScheduled(false);
-            m_manager.redeliver();
-            waitUntilPosted(2);
-            EXPECT_EQ(notices(0), Names{});
-            m_manager.setScheduled(true);
-        }
-        const auto device = devices().front();
-        m_manager.close();
-        EXPECT_FALSE(m_manager.copyDevices());
-        EXPECT_EQ(send(device), 0U);
-    }
-    EXPECT_EQ(notices(0), Names{});
+    ASSERT_EQ(m_manager.open(), 0U);
+    ASSERT_EQ(m_manager.open(), 0U); // changes nothing
+    EXPECT_EQ(notices(1), Names{"+1"});
+    m_mainThread.waitUntilPosted(1);
 
-    // Nothing is left of the manager before.
     for (const Step leftOut : {Step::Match, Step::Register, Step::Schedule}) {
         create(leftOut);
         EXPECT_FALSE(m_manager.copyDevices());
         ASSERT_EQ(m_manager.open(), 0U);
         EXPECT_EQ(present().size(), leftOut == Step::Match ? 0U : 1U);
         m_manager.redeliver();
-        waitUntilPosted(leftOut == Step::Match ? 0 : 3);
+        m_mainThread.waitUntilPosted(leftOut == Step::Match ? 0 : 3);
         EXPECT_EQ(notices(0), Names{});
     }
 }
