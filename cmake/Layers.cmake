@@ -15,9 +15,9 @@ set(layers
   "VelluxHttp         | AlertPopup ports model threads support     | nlohmann/json.hpp uuid/uuid.h"
   "VelluxWindowUi     | VelluxControl VelluxHttp AES128Transform MF_Base64Additions AlertPopup AboutDialog \
                         ports model threads support                |"
+  "app                | VelluxWindowUi VelluxHttp ports model threads support            |"
   "VelluxAppDelegate  | VelluxWindowUi VelluxControl VelluxHttp AlertPopup ports threads |"
   "Program            | VelluxAppDelegate VelluxWindowUi ports threads                   |"
-  "app                | VelluxWindowUi VelluxHttp ports model threads support              |"
   "main               | app Program VelluxAppDelegate VelluxWindowUi VelluxHttp adapters     | *"
   "adapters/curl      | ports threads support                      | *"
   "adapters/hidraw    | adapters/linux ports threads support       | *"
