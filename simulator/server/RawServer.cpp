@@ -118,6 +118,11 @@ void RawServer::fallSilent(bool bSilent) {
     m_bSilent = bSilent;
 }
 
+void RawServer::blurt(const std::string& bytes) {
+    const std::lock_guard lock(m_mutex);
+    m_blurted = bytes;
+}
+
 void RawServer::addReply(Reply reply) {
     const std::lock_guard lock(m_mutex);
     m_replies.push_back(std::move(reply));
@@ -153,12 +158,13 @@ void RawServer::serve() {
 void RawServer::serveConnection(int nSocket) {
     std::unique_lock lock(m_mutex);
     m_changed.wait(lock, [this, bSilent = m_bSilent] { return !bSilent || m_bStopping; });
-    Connection connection(nSocket, m_context.get());
+    const std::string blurted = m_blurted;
+    Connection connection(nSocket, blurted.empty() ? m_context.get() : nullptr);
     lock.unlock();
     ++m_nOpen;
     std::string strBuffer;
     std::string strRequest;
-    bool bGoesOn = connection.shakeHands();
+    bool bGoesOn = connection.writeAll(blurted) && connection.shakeHands();
     while (bGoesOn && readRequest(connection, strBuffer, strRequest)) {
         bGoesOn = play(connection, replyTo(strRequest));
     }

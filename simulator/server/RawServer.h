@@ -55,9 +55,11 @@ public:
     explicit RawServer(std::vector<Reply> replies, std::optional<Tls> tls = {}, Answer answer = notFound);
     ~RawServer();
 
-    /// What later connections meet: another certificate or version, or silence.
+    /// What later connections meet: another certificate or version, silence, or bytes in place of all else,
+    /// unless there are none.
     void present(const Tls& tls);
     void fallSilent(bool bSilent);
+    void blurt(const std::string& bytes);
 
     /// "http://127.0.0.1:PORT", or with "https", and "127.0.0.1:PORT".
     std::string origin() const { return (m_bTls ? "https://" : "http://") + host(); }
@@ -87,6 +89,7 @@ private:
     const Answer m_answer;
     std::shared_ptr<SSL_CTX> m_context; // null for a plain server
     bool m_bSilent = false;
+    std::string m_blurted;
     int m_nListener = -1;
     int m_nPort = 0;
     mutable std::mutex m_mutex;

@@ -2,15 +2,15 @@
 // on the real transport over TLS, with a light.
 
 #include "adapters/curl/CurlTransport.h"
+#include "fakes/CarelessOpenSsl.h"
+#include "fakes/Hurry.h"
 #include "fakes/ProgramFixture.h"
 #include "fakes/ServerTexts.h"
 #include "server/RawServer.h"
 #include "support/Text.h"
 
 #include <openssl/ssl.h>
-#include <unistd.h>
 
-#include <fstream>
 #include <regex>
 
 namespace {
@@ -20,47 +20,6 @@ using State = vellux::ChannelState;
 using vellux::HttpRequest;
 using vellux::HttpResponse;
 using vellux::simulator::CertificateAuthority;
-
-/// Lets OpenSSL speak what is not safe: what refuses it must be the transport.
-struct CarelessOpenSsl {
-    CarelessOpenSsl() {
-        std::ofstream(strFile) << "openssl_conf=a\n[a]\nssl_conf=b\n[b]\nsystem_default=c\n[c]\n"
-                                  "MinProtocol=TLSv1\nCipherString=DEFAULT@SECLEVEL=0\n";
-        ::setenv("OPENSSL_CONF", strFile.c_str(), 1);
-    }
-    ~CarelessOpenSsl() { std::filesystem::remove(strFile); }
-    const std::string strFile = testing::TempDir() + "openssl-" + std::to_string(::getpid());
-};
-
-/// Shortens the time limit of the requests to one path, and gives all others as long as a busy machine may
-/// need.
-class Hurry : public vellux::HttpTransport {
-public:
-    explicit Hurry(vellux::HttpTransport& transport) : m_transport(transport) {}
-
-    vellux::Shared<std::string> strPath{"none"};
-    /// How many more requests to that path have all the time they need.
-    mutable std::atomic<int> nUnhurried{0};
-
-    HttpResponse sendSynchronousRequest(const HttpRequest& request) override {
-        return m_transport.sendSynchronousRequest(hurried(request));
-    }
-    std::shared_ptr<vellux::HttpConnection>
-    createConnection(const HttpRequest& request, vellux::HttpConnectionDelegate& delegate) override {
-        vellux::assertMainThread();
-        return m_transport.createConnection(hurried(request), delegate);
-    }
-
-    void close() override { m_transport.close(); }
-
-private:
-    HttpRequest hurried(HttpRequest request) const {
-        const bool bHurried = request.strUrl.find(strPath.get()) != std::string::npos && nUnhurried-- <= 0;
-        request.timeout = bHurried ? std::chrono::milliseconds(600) : std::chrono::minutes(10);
-        return request;
-    }
-    vellux::HttpTransport& m_transport;
-};
 
 // One answer of a sign-in and of the first event: its path, and how many of that path come before it.
 struct Place {
