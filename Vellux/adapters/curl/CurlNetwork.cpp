@@ -49,10 +49,18 @@ void CurlNetwork::wakeUp() {
 }
 
 std::optional<HttpError> CurlNetwork::start(const std::shared_ptr<CurlTransfer>& transfer) {
-    transfer->chooseProxy(m_options);
+    std::optional<HttpError> error = transfer->accept(m_options);
+    if (!error)
+        error = enqueue(transfer);
+    if (error)
+        transfer->tell(error);
+    return error;
+}
+
+std::optional<HttpError> CurlNetwork::enqueue(const std::shared_ptr<CurlTransfer>& transfer) {
     const ScopedLock lock(m_mutex);
     if (m_bClosed)
-        return HttpError{"closed"};
+        return HttpError{"closed", HttpFailure::Cancelled};
     if (!m_thread.joinable() && !makeThread())
         return HttpError{"no descriptor, thread or memory left"};
     m_starting.push_back(transfer);

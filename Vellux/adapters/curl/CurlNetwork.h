@@ -24,8 +24,8 @@ public:
     CurlNetwork(const CurlNetwork&) = delete;
     CurlNetwork& operator=(const CurlNetwork&) = delete;
 
-    /// Starts a transfer. Absent on success; else why it was not started (closed, or no resources for the
-    /// thread), and the transfer calls nobody.
+    /// Starts a transfer. Absent on success; else why it was not started (not to be sent, closed, or no
+    /// resources for the thread), and the transfer calls nobody but the observer.
     [[nodiscard]] std::optional<HttpError> start(const std::shared_ptr<CurlTransfer>& transfer);
     /// Drops a transfer without a callback, and closes its socket.
     void cancel(const std::shared_ptr<CurlTransfer>& transfer);
@@ -40,6 +40,7 @@ public:
 private:
     using Transfers = std::vector<std::shared_ptr<CurlTransfer>>;
 
+    std::optional<HttpError> enqueue(const std::shared_ptr<CurlTransfer>& transfer);
     bool makeThread() VELLUX_REQUIRES(m_mutex);
     void run();
     bool takePending();

@@ -1,12 +1,10 @@
 #include "adapters/curl/CurlPolicy.h"
 
+#include "adapters/curl/CurlUrl.h"
 #include "support/Text.h"
 #include "support/Url.h"
 
-#include <curl/curl.h>
-
 #include <algorithm>
-#include <memory>
 
 namespace vellux {
 
@@ -22,36 +20,23 @@ bool namesNoHost(const std::string& strUrl) {
     return nHost >= strUrl.size() || std::string_view("/?#").find(strUrl[nHost]) != std::string_view::npos;
 }
 
-struct FreeUrl {
-    void operator()(CURLU* url) const { curl_url_cleanup(url); }
-};
-
-// Absent when the URL has no such part.
-std::optional<std::string> part(CURLU* url, CURLUPart which, unsigned int nFlags = 0) {
-    char* text = nullptr;
-    if (curl_url_get(url, which, &text, nFlags) != CURLUE_OK)
-        return std::nullopt;
-    std::string strPart = text;
-    curl_free(text);
-    return strPart;
-}
-
-// Scheme, host and port as curl itself parses them, since it is curl that connects. Absent for a URL that is
-// malformed or has user information.
+// Scheme, host and port; absent for a URL that is malformed or has user information.
 std::optional<std::string> originOf(const std::string& strUrl) {
-    const std::unique_ptr<CURLU, FreeUrl> url(curl_url());
-    if (url == nullptr || curl_url_set(url.get(), CURLUPART_URL, strUrl.c_str(), 0) != CURLUE_OK)
-        return std::nullopt;
-    const auto strScheme = part(url.get(), CURLUPART_SCHEME);
-    const auto strHost = part(url.get(), CURLUPART_HOST);
-    const auto strPort = part(url.get(), CURLUPART_PORT, CURLU_DEFAULT_PORT);
-    if (!strScheme || !strHost || !strPort || part(url.get(), CURLUPART_USER))
+    const CurlUrl url(strUrl);
+    const auto strScheme = url.part(CURLUPART_SCHEME);
+    const auto strHost = url.part(CURLUPART_HOST);
+    const auto strPort = url.part(CURLUPART_PORT, CURLU_DEFAULT_PORT);
+    if (!strScheme || !strHost || !strPort || url.part(CURLUPART_USER))
         return std::nullopt;
     return toLower(*strScheme + "://" + *strHost + ":" + *strPort);
 }
 
 bool holdsCredential(const HttpRequest& request) {
     return request.strCredentialOrigin || hasField(request, "authorization");
+}
+
+HttpError notSent(const char* strWhy) {
+    return {strWhy, HttpFailure::NotSent};
 }
 
 } // namespace
@@ -63,16 +48,16 @@ bool hasField(const HttpRequest& request, std::string_view strName) {
 
 std::optional<HttpError> validate(const HttpRequest& request) {
     if (!isHttpUrl(request.strUrl) || namesNoHost(request.strUrl))
-        return HttpError{"not a URL"};
+        return notSent("not a URL");
     const auto strOrigin = originOf(request.strUrl);
     if (!strOrigin)
-        return HttpError{"not a URL of a host alone"};
+        return notSent("not a URL of a host alone");
     for (const auto& [strName, strValue] : request.headerFields)
         if (breaksLine(strName) || breaksLine(strValue))
-            return HttpError{"line break in a header field"};
+            return notSent("line break in a header field");
     if (holdsCredential(request) && (!strOrigin->starts_with("https:") ||
                                      originOf(request.strCredentialOrigin.value_or("")) != strOrigin))
-        return HttpError{"not where the credential belongs"};
+        return notSent("not where the credential belongs");
     return std::nullopt;
 }
 

@@ -1,8 +1,11 @@
 #include "adapters/curl/CurlTransfer.h"
 
+#include "adapters/curl/CurlExchange.h"
 #include "adapters/curl/CurlPolicy.h"
+#include "adapters/curl/CurlProxy.h"
 #include "support/Text.h"
 
+#include <netinet/in.h>
 #include <sys/socket.h>
 
 #include <new>
@@ -25,23 +28,41 @@ std::string fieldLine(const std::string& strName, const std::string& strValue) {
     return bBlank ? strName + ";" : strName + ": " + strValue;
 }
 
-// Not inherited by programs that the desktop starts for us, such as the browser.
-curl_socket_t openSocket(void*, curlsocktype, curl_sockaddr* address) {
-    return socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
+HttpError cancelled() {
+    return {"cancelled", HttpFailure::Cancelled};
 }
 
 } // namespace
 
 CurlTransfer::CurlTransfer(HttpRequest request, Received received, Ended ended)
-    : m_request(std::move(request)), m_received(std::move(received)), m_ended(std::move(ended)) {}
+    : m_request(std::move(request)), m_received(std::move(received)), m_ended(std::move(ended)),
+      m_strUrl(m_request.strUrl) {
+    m_exchange.began = std::chrono::system_clock::now();
+    m_exchange.strMethod = m_request.strMethod;
+    m_exchange.bPoll = m_received != nullptr;
+}
 
 CurlTransfer::~CurlTransfer() = default;
 
-void CurlTransfer::chooseProxy(const CurlTransportOptions& options) {
+std::optional<HttpError> CurlTransfer::accept(const CurlTransportOptions& options) {
+    m_observer = options.observer;
+    if (auto error = validate(m_request))
+        return error;
     if (!options.bUseProxies)
         m_strProxy = "";
     else if (options.proxyOf)
         m_strProxy = options.proxyOf(m_request.strUrl, !hasField(m_request, "authorization"));
+    return std::nullopt;
+}
+
+void CurlTransfer::tell(const std::optional<HttpError>& error) {
+    const HttpExchangeObserver observer = std::exchange(m_observer, nullptr);
+    if (!observer)
+        return;
+    setPlace(m_exchange, m_strUrl);
+    m_exchange.duration = std::chrono::round<std::chrono::milliseconds>(Clock::now() - m_began);
+    m_exchange.error = error;
+    observer(m_exchange);
 }
 
 CURL* CurlTransfer::prepare(const CurlTransportOptions& options, CURLSH* share) {
@@ -69,7 +90,8 @@ CURL* CurlTransfer::prepare(const CurlTransportOptions& options, CURLSH* share) 
     curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
     curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L); // a name look-up that hangs must not delay the end
     curl_easy_setopt(easy, CURLOPT_MAXAGE_CONN, kOldestIdleConnection);
-    curl_easy_setopt(easy, CURLOPT_OPENSOCKETFUNCTION, openSocket);
+    curl_easy_setopt(easy, CURLOPT_OPENSOCKETFUNCTION, &CurlTransfer::onSocket);
+    curl_easy_setopt(easy, CURLOPT_OPENSOCKETDATA, this);
     curl_easy_setopt(easy, CURLOPT_PREREQFUNCTION, &CurlTransfer::onConnected);
     curl_easy_setopt(easy, CURLOPT_PREREQDATA, this);
     curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, &CurlTransfer::onHead);
@@ -80,6 +102,7 @@ CURL* CurlTransfer::prepare(const CurlTransportOptions& options, CURLSH* share) 
     curl_easy_setopt(easy, CURLOPT_SSLVERSION, long{CURL_SSLVERSION_TLSv1_2}); // or newer
     curl_easy_setopt(easy, CURLOPT_SSL_VERIFYPEER, 1L);
     curl_easy_setopt(easy, CURLOPT_SSL_VERIFYHOST, 2L);
+    m_handshake.attach(easy);
     if (const auto& strAuthorities = options.strTrustedAuthorities) {
         curl_blob blob{const_cast<char*>(strAuthorities->data()), strAuthorities->size(), CURL_BLOB_COPY};
         curl_easy_setopt(easy, CURLOPT_CAINFO_BLOB, &blob);
@@ -91,7 +114,8 @@ CURL* CurlTransfer::prepare(const CurlTransportOptions& options, CURLSH* share) 
     if (m_request.strBody) {
         curl_easy_setopt(easy, CURLOPT_POST, 1L);
         curl_easy_setopt(easy, CURLOPT_POSTFIELDS, m_request.strBody->c_str()); // not copied, lives as long
-        curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(m_request.strBody->size()));
+        curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE,
+                         static_cast<curl_off_t>(m_request.strBody->size()));
     }
     setHeaderFields();
     return easy;
@@ -106,7 +130,30 @@ void CurlTransfer::tellIfUnconnected(CURLcode code, const CurlTransportOptions& 
 }
 
 void CurlTransfer::release() {
+    if (m_easy != nullptr)
+        keepFacts();
     m_easy.reset();
+}
+
+// What only the handle knows.
+void CurlTransfer::keepFacts() {
+    readAnswer(m_exchange, m_easy.get());
+    m_facts.nStatus = m_exchange.nStatus;
+    m_facts.handshake = m_handshake.findings();
+    long nConnectStatus = 0;
+    curl_easy_getinfo(m_easy.get(), CURLINFO_HTTP_CONNECTCODE, &nConnectStatus);
+    m_facts.nConnectStatus = static_cast<int>(nConnectStatus);
+    long nSystemError = 0;
+    curl_easy_getinfo(m_easy.get(), CURLINFO_OS_ERRNO, &nSystemError);
+    m_facts.nSystemError = static_cast<int>(nSystemError);
+    const char* strUrl = nullptr;
+    curl_easy_getinfo(m_easy.get(), CURLINFO_EFFECTIVE_URL, &strUrl);
+    if (strUrl == nullptr)
+        return;
+    const std::string strProxy = proxyFor(strUrl, m_strProxy);
+    m_facts.bToProxy = !strProxy.empty() && proxyPort(strProxy) == m_nPeerPort;
+    m_facts.bToProxyByTls = toLower(strProxy).starts_with("https:");
+    m_strEffectiveUrl = strUrl;
 }
 
 void CurlTransfer::setHeaderFields() {
@@ -132,13 +179,31 @@ void CurlTransfer::setHeaderFields() {
     curl_easy_setopt(m_easy.get(), CURLOPT_HTTPHEADER, m_headerFields.get());
 }
 
+// Called for each address that is tried. The socket is not inherited by programs that the desktop starts for
+// us, such as the browser.
+curl_socket_t CurlTransfer::onSocket(void* self, curlsocktype, curl_sockaddr* address) {
+    auto& transfer = *static_cast<CurlTransfer*>(self);
+    transfer.m_facts.bConnected = false;
+    // At the same place for both families.
+    const auto* const port = reinterpret_cast<const sockaddr_in*>(&address->addr);
+    transfer.m_nPeerPort = ntohs(port->sin_port);
+    return socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
+}
+
 // Called before each request of the transfer goes out, including redirected ones.
 int CurlTransfer::onConnected(void* self, char*, char*, int, int) {
-    const auto& transfer = *static_cast<CurlTransfer*>(self);
+    auto& transfer = *static_cast<CurlTransfer*>(self);
     const char* strUrl = nullptr;
     curl_easy_getinfo(transfer.handle(), CURLINFO_EFFECTIVE_URL, &strUrl);
-    return strUrl != nullptr && mayGoTo(transfer.m_request, strUrl) ? CURL_PREREQFUNC_OK
-                                                                    : CURL_PREREQFUNC_ABORT;
+    if (strUrl == nullptr || !mayGoTo(transfer.m_request, strUrl))
+        return CURL_PREREQFUNC_ABORT;
+    try {
+        transfer.m_strUrl = strUrl;
+    } catch (const std::bad_alloc&) { // no exception may cross the library that calls
+        return CURL_PREREQFUNC_ABORT;
+    }
+    transfer.m_facts.bConnected = true;
+    return CURL_PREREQFUNC_OK;
 }
 
 std::size_t CurlTransfer::onHead(char*, std::size_t nSize, std::size_t nCount, void* self) {
@@ -150,7 +215,7 @@ std::size_t CurlTransfer::onBytes(char* bytes, std::size_t nSize, std::size_t nC
     auto& transfer = *static_cast<CurlTransfer*>(self);
     const std::size_t nBytes = nSize * nCount;
     if (nBytes > kLargestBody - transfer.m_nTotal) {
-        transfer.m_bTooLarge = true;
+        transfer.m_facts.bTooLarge = true;
         return 0; // anything but nBytes ends the transfer
     }
     try {
@@ -177,15 +242,19 @@ void CurlTransfer::flush() {
 }
 
 void CurlTransfer::end(CURLcode code) {
-    if (m_bTooLarge)
-        finish(HttpError{"body too large"});
-    else if (code != CURLE_OK)
-        finish(HttpError{curl_easy_strerror(code)});
-    else
+    if (code == CURLE_OK) {
         finish(std::nullopt);
+        return;
+    }
+    const HttpError error = failureOf(code, m_facts);
+    // A failure on the way to where a redirect leads is that place's; a refusal to go there is not.
+    if (error.failure != HttpFailure::RedirectRefused && !m_strEffectiveUrl.empty())
+        m_strUrl = m_strEffectiveUrl;
+    finish(error);
 }
 
 void CurlTransfer::finish(std::optional<HttpError> error) {
+    tell(error);
     flush();
     HttpResponse answer;
     // An answer without content has an empty body; a failure without content has none.
@@ -197,6 +266,7 @@ void CurlTransfer::finish(std::optional<HttpError> error) {
 }
 
 void CurlTransfer::abandon() {
+    tell(cancelled());
     m_received = nullptr;
     m_ended = nullptr;
 }
@@ -205,7 +275,7 @@ void CurlTransfer::close() {
     if (m_received)
         abandon();
     else
-        finish(HttpError{"cancelled"});
+        finish(cancelled());
 }
 
 } // namespace vellux

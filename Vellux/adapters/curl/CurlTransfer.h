@@ -1,7 +1,9 @@
 // One request on its way through curl.
 #pragma once
 
-#include "ports/HttpTransport.h"
+#include "adapters/curl/CurlFailure.h"
+#include "adapters/curl/HandshakeWatch.h"
+#include "ports/HttpExchange.h"
 
 #include <curl/curl.h>
 
@@ -27,6 +29,9 @@ struct CurlTransportOptions {
     /// Called on the network thread, which it must not block, when no connection for a URL could be made: the
     /// proxy settings may have changed. Optional.
     std::function<void(const std::string& strUrl)> connectionFailed{};
+    /// Called for each request, also for one that is not sent, on the network thread or on the one that
+    /// sends. Optional.
+    HttpExchangeObserver observer{};
 };
 
 /// One request, the easy handle that performs it, and its result so far. Created on any thread, then used on
@@ -46,8 +51,11 @@ public:
     CurlTransfer(const CurlTransfer&) = delete;
     CurlTransfer& operator=(const CurlTransfer&) = delete;
 
-    /// Takes the options' proxy for the request, before the transfer is handed to the network thread.
-    void chooseProxy(const CurlTransportOptions& options);
+    /// Takes the options' observer, and their proxy for the request, before the transfer is handed to the
+    /// network thread. Absent on success; else why the request must not be sent.
+    [[nodiscard]] std::optional<HttpError> accept(const CurlTransportOptions& options);
+    /// Tells the observer how the exchange ended, unless it has been told.
+    void tell(const std::optional<HttpError>& error);
     /// Sets the easy handle up; null when curl can't make one.
     CURL* prepare(const CurlTransportOptions& options, CURLSH* share);
     CURL* handle() const { return m_easy.get(); }
@@ -74,10 +82,12 @@ public:
     void close();
 
 private:
+    static curl_socket_t onSocket(void* self, curlsocktype purpose, curl_sockaddr* address);
     static int onConnected(void* self, char* strAddress, char* strOwnAddress, int nPort, int nOwnPort);
     static std::size_t onHead(char* bytes, std::size_t nSize, std::size_t nCount, void* self);
     static std::size_t onBytes(char* bytes, std::size_t nSize, std::size_t nCount, void* self);
     void setHeaderFields();
+    void keepFacts();
     void finish(std::optional<HttpError> error);
 
     struct FreeEasy {
@@ -89,13 +99,20 @@ private:
 
     const HttpRequest m_request;
     std::optional<std::string> m_strProxy;
+    HttpExchangeObserver m_observer; // empty when there is none, or once it has been told
+    HttpExchange m_exchange;
+    const Clock::time_point m_began = Clock::now();
     Received m_received;
     Ended m_ended;
     std::unique_ptr<curl_slist, FreeList> m_headerFields;
+    HandshakeWatch m_handshake; // used by the handle, so it goes after it
     std::unique_ptr<CURL, FreeEasy> m_easy;
+    std::string m_strUrl;          // of the latest request that went out
+    std::string m_strEffectiveUrl; // the one that a redirect led to last; "" while the handle works
+    int m_nPeerPort = 0;           // of the latest connection that was opened
+    TransferFacts m_facts;
     std::string m_bytes;
     std::size_t m_nTotal = 0;
-    bool m_bTooLarge = false;
     Clock::time_point m_lastArrival;
 };
 

@@ -1,6 +1,5 @@
 #include "adapters/curl/CurlTransport.h"
 
-#include "adapters/curl/CurlPolicy.h"
 #include "ports/Platform.h"
 
 #include <condition_variable>
@@ -44,10 +43,6 @@ public:
         assertMainThread(m_mainThread);
         if (std::exchange(m_bStarted, true) || m_bCancelled)
             return;
-        if (auto error = validate(m_request)) {
-            postEnd({std::nullopt, std::move(error)});
-            return;
-        }
         m_transfer = std::make_shared<CurlTransfer>(
             m_request, [self = shared_from_this()](std::string bytes) { self->postData(std::move(bytes)); },
             [self = shared_from_this()](HttpResponse answer) { self->postEnd(std::move(answer)); });
@@ -122,8 +117,6 @@ CurlTransport::~CurlTransport() {
 }
 
 HttpResponse CurlTransport::sendSynchronousRequest(const HttpRequest& request) {
-    if (auto error = validate(request))
-        return {std::nullopt, std::move(error)};
     Waiter waiter;
     const auto transfer = std::make_shared<CurlTransfer>(
         request, nullptr, [&waiter](HttpResponse answer) { waiter.finish(std::move(answer)); });
