@@ -22,12 +22,14 @@
 #include "adapters/qt/QtDesktop.h"
 #include "adapters/qt/QtMainThread.h"
 #include "adapters/qt/WindowTray.h"
+#include "app/ConnectionLog.h"
 
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <new>
+#include <utility>
 
 namespace {
 
@@ -70,8 +72,10 @@ int main(int nArguments, char** arguments) {
     vellux::QtMainThread mainThread;
     vellux::HidrawManager lights(mainThread);
     const vellux::DesktopProxies proxies = vellux::desktopProxies();
-    vellux::CurlTransport transport(mainThread,
-                                    {{}, /*bUseProxies=*/true, proxies.proxyOf, proxies.askAgain});
+    vellux::ConnectionLog connectionLog;
+    vellux::CurlTransportOptions options{{}, /*bUseProxies=*/true, proxies.proxyOf, proxies.askAgain};
+    options.observer = [&connectionLog](const auto& exchange) { connectionLog.add(exchange); };
+    vellux::CurlTransport transport(mainThread, std::move(options));
     vellux::SystemClock clock;
     vellux::MainWindow window({mainThread, controller, client, vellux::udevRuleCommand});
     vellux::QtDesktop desktop(window,
