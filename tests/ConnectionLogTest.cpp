@@ -13,8 +13,8 @@ using vellux::HttpFailure;
 
 namespace {
 
-/// "PATH" and how it ended: "+" well, "-" reset, "!" silent, "x" cancelled, "4" with a 401. A path that
-/// begins with "p" is a poll's.
+/// "PATH" and how it ended: "+" well, "-" reset, "!" silent, "x" cancelled, "4" with a 401, "5" with a 500. A
+/// path that begins with "p" is a poll's.
 HttpExchange exchange(const std::string& strText) {
     HttpExchange made;
     made.strMethod = "GET";
@@ -32,7 +32,7 @@ HttpExchange exchange(const std::string& strText) {
         made.error = {"cancelled", HttpFailure::Cancelled};
         break;
     default:
-        made.nStatus = strText.back() == '4' ? 401 : 200;
+        made.nStatus = strText.back() == '4' ? 401 : strText.back() == '5' ? 500 : 200;
     }
     return made;
 }
@@ -46,14 +46,13 @@ TEST(ConnectionLog, MergesEqualFailuresAndKnowsWhyItDoesNotConnect) {
         const char* strEntries; // path and count
         const char* strReason;  // path; "" for none
     } rows[] = {
-        {"t- t- t-", "t3", "t"},       {"t- t4 t4 t-", "t1 t2 t1", "t"},
-        {"t+ t+", "t1 t1", ""},        {"t+ u4 u4", "t1 u2", "u"},
-        {"t- u- t-", "t1 u1 t1", "t"}, {"u- t+", "u1 t1", ""}, // another sign-in has come as far
-        {"u- tx", "u1 t1", "u"},                               // or not
-        {"t+ a4 p+", "t1 a1 p1", "a"},                         // the poll was there before
-        {"p- p- p+", "p2 p1", ""},     {"p- p- p!", "p2 p1", ""},
-        {"p! p! p-", "p2 p1", "p"},    {"p- t+", "p1 t1", ""},
-        {"a- p- p!", "a1 p1 p1", "a"}, {"t!", "t1", "t"},
+        {"t- t- t-", "t3", "t"},       {"t- t4 t4 t-", "t1 t2 t1", "t"}, {"t4 t5", "t1 t1", "t"},
+        {"t+ t+", "t1 t1", ""},        {"t+ u4 u4", "t1 u2", "u"},       {"t- u- t-", "t1 u1 t1", "t"},
+        {"u- t+", "u1 t1", ""},        // another sign-in has come as far
+        {"u- tx", "u1 t1", "u"},       // or not
+        {"t+ a4 p+", "t1 a1 p1", "a"}, // the poll was there before
+        {"p- p- p+", "p2 p1", ""},     {"p- p- p!", "p2 p1", ""},        {"p! p! p-", "p2 p1", "p"},
+        {"p- t+", "p1 t1", ""},        {"a- p- p!", "a1 p1 p1", "a"},    {"t!", "t1", "t"},
         {"p! p!", "p2", ""},
     };
     for (const auto& row : rows) {

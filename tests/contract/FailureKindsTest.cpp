@@ -109,6 +109,7 @@ TEST_F(FailureKindsFixture, EachFailureSaysWhatItIs) {
         unknown(none, RawServer::Tls{*CertificateAuthority::create()->issueServerIdentity()}),
         selfSigned(none, RawServer::Tls{*CertificateAuthority::createSelfSigned()}),
         other(none, secure("DNS:other.example")),
+        other12(none, RawServer::Tls{*authority.issueServerIdentity("DNS:other.example"), TLS1_2_VERSION}),
         old(none, RawServer::Tls{*authority.issueServerIdentity(), TLS1_1_VERSION});
     silent.fallSilent(true);
 
@@ -134,6 +135,8 @@ TEST_F(FailureKindsFixture, EachFailureSaysWhatItIs) {
         {"own authority", selfSigned.origin() + "/", "certificate not trusted, issuer localhost"},
         {"expired", expired.origin() + "/", "certificate expired or not valid yet" + strAuthority},
         {"other name", other.origin() + "/", "certificate for another name" + strAuthority},
+        {"other name, session resumed", other12.origin() + "/",
+         "certificate for another name" + strAuthority}, // as a poll
         {"TLS 1.1", old.origin() + "/", "TLS too old"},
         {"TLS 1.1 chosen", blurting.origin() + "/", "TLS too old", &blurting, {}, "", oldHello},
         {"no TLS",
@@ -235,6 +238,8 @@ TEST_F(FailureKindsFixture, ObserverIsToldOnce) {
                       page,
                       RawServer::redirect(elsewhere.origin() + "/"),
                       RawServer::redirect(unknown.origin() + "/there?a"),
+                      page,
+                      page,
                       {RawServer::waitForGo()}},
                      secure());
     const auto before = std::chrono::system_clock::now();
@@ -273,16 +278,25 @@ TEST_F(FailureKindsFixture, ObserverIsToldOnce) {
               "GET lync.example /x poll 0 , not sent");
     EXPECT_EQ(describe("GET", "https://pat:sec ret@lync.example/x", false), "GET   0 , not sent");
 
-    // Cancelled, once more, and closed.
-    const auto connection = poll({"GET", server.origin() + "/poll", {}, {}, std::chrono::seconds(20)});
-    runUntil([&] { return server.requests().size() == 7; });
+    // Cancelled when it is over, and before; closed.
+    const HttpRequest request{"GET", server.origin() + "/", {}, {}, std::chrono::seconds(20)};
+    const auto waitUntilTold = [this](std::size_t nTimes) {
+        while (journal.lines().size() < nTimes)
+            journal.waitForChange();
+    };
     vellux::assertMainThread(mainThread);
+    const auto over = poll(request);
+    waitUntilTold(1);
+    over->cancel();
+    static_cast<void>(curl.sendSynchronousRequest(request));
+    const auto connection = poll(request);
+    runUntil([&] { return server.requests().size() == 9; });
     connection->cancel();
-    connection->cancel();
-    runUntil([this] { return !journal.lines().empty(); });
+    waitUntilTold(3);
     curl.close();
-    static_cast<void>(curl.sendSynchronousRequest({"GET", server.origin() + "/", {}, {}, {}}));
-    EXPECT_EQ(journal.lines(), (Texts{"told cancelled", "told cancelled"}));
+    static_cast<void>(curl.sendSynchronousRequest(request));
+    EXPECT_EQ(journal.lines(),
+              (Texts{"told no failure", "told no failure", "told cancelled", "told cancelled"}));
     EXPECT_GE(told().began, before);
 }
 

@@ -1,6 +1,5 @@
 #include "adapters/curl/HandshakeWatch.h"
 
-#include <openssl/err.h>
 #include <openssl/ssl.h>
 #include <openssl/x509.h>
 
@@ -53,13 +52,7 @@ std::string entry(const X509_NAME* name, int nKind) {
     return strEntry;
 }
 
-void note(HandshakeFindings& findings, bool bVerified, X509_STORE_CTX* store) {
-    const X509* const certificate = X509_STORE_CTX_get_current_cert(store);
-    const bool bOwn = X509_STORE_CTX_get_error_depth(store) == 0;
-    if (findings.nVerifyError != X509_V_OK || (bVerified && !bOwn))
-        return;
-    if (!bVerified)
-        findings.nVerifyError = X509_STORE_CTX_get_error(store);
+void noteIssuer(HandshakeFindings& findings, const X509* certificate) {
     if (certificate == nullptr)
         return;
     const X509_NAME* const issuer = X509_get_issuer_name(certificate);
@@ -68,26 +61,35 @@ void note(HandshakeFindings& findings, bool bVerified, X509_STORE_CTX* store) {
         findings.strIssuer = entry(issuer, NID_organizationName);
 }
 
-// Called for each certificate of the chain, and with 0 for what is wrong with it. The verdict goes back as it
+// Called for each certificate of the chain, with 0 for what is wrong with it. The verdict goes back as it
 // came: this only looks on.
 int onVerify(int nVerdict, X509_STORE_CTX* store) {
     const auto* const ssl =
         static_cast<const SSL*>(X509_STORE_CTX_get_ex_data(store, SSL_get_ex_data_X509_STORE_CTX_idx()));
+    HandshakeFindings& findings = findingsOf(ssl);
+    if (nVerdict != 0 || findings.nVerifyError != X509_V_OK)
+        return nVerdict;
+    findings.nVerifyError = X509_STORE_CTX_get_error(store);
     try {
-        note(findingsOf(ssl), nVerdict != 0, store);
+        noteIssuer(findings, X509_STORE_CTX_get_current_cert(store));
     } catch (const std::bad_alloc&) { // no exception may cross the library that calls
     }
     return nVerdict;
 }
 
-// The alert comes from a server that refuses our versions, or goes to one that chose an older version, but
-// also to one that speaks no TLS at all.
-void onInfo(const SSL* ssl, int nWhere, int nAlert) {
+// Called for each alert and at the end of a handshake. Of one that takes up an earlier session again the
+// certificates are not verified once more.
+void onInfo(const SSL* ssl, int nWhere, int nValue) {
     constexpr int kDescription = 0xff;
-    if ((nWhere & SSL_CB_ALERT) == 0 || (nAlert & kDescription) != SSL_AD_PROTOCOL_VERSION)
+    if ((nWhere & SSL_CB_ALERT) != 0 && (nValue & kDescription) == SSL_AD_PROTOCOL_VERSION)
+        findingsOf(ssl).bTooOld =
+            true; // from a server that refuses our versions, or to one that chose another
+    if ((nWhere & SSL_CB_HANDSHAKE_DONE) == 0)
         return;
-    if ((nWhere & SSL_CB_READ) != 0 || ERR_GET_REASON(ERR_peek_last_error()) == SSL_R_UNSUPPORTED_PROTOCOL)
-        findingsOf(ssl).bTooOld = true;
+    try {
+        noteIssuer(findingsOf(ssl), SSL_get0_peer_certificate(ssl));
+    } catch (const std::bad_alloc&) { // as above
+    }
 }
 
 } // namespace
