@@ -17,12 +17,17 @@
 #include "adapters/linux/TerminationWatch.h"
 #include "adapters/linux/UdevRuleCommand.h"
 #include "adapters/qt/Activation.h"
+#include "adapters/qt/ChoicesFile.h"
 #include "adapters/qt/MainWindow.h"
 #include "adapters/qt/QtApplication.h"
 #include "adapters/qt/QtDesktop.h"
 #include "adapters/qt/QtMainThread.h"
+#include "adapters/qt/QtTimers.h"
 #include "adapters/qt/WindowTray.h"
 #include "app/ConnectionLog.h"
+#include "app/Following.h"
+#include "app/Reconnector.h"
+#include "app/UnreachedLight.h"
 
 #include <csignal>
 #include <cstdio>
@@ -83,6 +88,12 @@ int main(int nArguments, char** arguments) {
                                [&controller] { controller.openLink(nullptr); },
                                [&application] { application.quitSoon(); }, vellux::beginProcessActivity});
     vellux::Program program({lights, transport, mainThread, clock, desktop});
+    vellux::QtTimers timers;
+    vellux::ChoicesFile choicesFile;
+    vellux::Following following(mainThread, controller, client);
+    vellux::Reconnector reconnector({mainThread, timers, controller, following, choicesFile.choices()});
+    const vellux::UnreachedLight unreachedLight(
+        {mainThread, timers, controller, following, choicesFile.choices()});
     const vellux::WindowTray tray({mainThread, controller, window});
 
     // Also unblocks a main thread that waits for an answer or for a light that hangs.
@@ -96,7 +107,10 @@ int main(int nArguments, char** arguments) {
     if (!vellux::isTerminationRequested()) // otherwise nothing may be lit
         program.start();
 
-    const vellux::ResumeNotice resumeNotice([&lights] { lights.redeliver(); });
+    const vellux::ResumeNotice resumeNotice([&] {
+        lights.redeliver();
+        reconnector.hurry();
+    });
     QObject::connect(&window, &vellux::MainWindow::followingLost, [] {
         vellux::showNotification("Vellux", "Your presence is no longer followed. Open Vellux to reconnect.");
     });
