@@ -98,6 +98,7 @@ TEST_F(FailureKindsFixture, EachFailureSaysWhatItIs) {
     // Of a server that knows no newer version, nor that clients tell theirs.
     const std::string oldHello = std::string("\x16\x03\x02\0\x2a\x02\0\0\x26\x03\x02", 11) +
                                  std::string(32, 'r') + std::string("\0\0\x2f\0", 4);
+    const std::string alert("\x15\x03\x03\0\x02\x02\x28", 7); // handshake_failure
     const RawServer::Reply endless = {RawServer::send("HTTP/1.1 200 OK\r\n\r\n"),
                                       RawServer::send(std::string(1 << 20, 'x')), RawServer::again()};
     const std::string strHalf = "HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nhalf";
@@ -139,13 +140,8 @@ TEST_F(FailureKindsFixture, EachFailureSaysWhatItIs) {
          "certificate for another name" + strAuthority}, // as a poll
         {"TLS 1.1", old.origin() + "/", "TLS too old"},
         {"TLS 1.1 chosen", blurting.origin() + "/", "TLS too old", &blurting, {}, "", oldHello},
-        {"no TLS",
-         blurting.origin() + "/",
-         "TLS failed",
-         &blurting,
-         {},
-         "",
-         "HTTP/1.1 400 Bad Request\r\n\r\n"},
+        {"no TLS", blurting.origin() + "/", "TLS failed", &blurting, {}, "", "HTTP/1.1 400 No\r\n\r\n"},
+        {"no common cipher", blurting.origin() + "/", "TLS failed", &blurting, {}, "", alert},
         {"no such proxy", strFar, "proxy", nullptr, {}, "http://" + strNowhere},
         {"proxy refuses", strFar, "proxy", nullptr, {}, "http://127.0.0.1:1"},
         {"proxy for http", "http://lync.example/", "proxy", nullptr, {}, "127.0.0.1:1"},

@@ -64,11 +64,10 @@ void noteIssuer(HandshakeFindings& findings, const X509* certificate) {
 // Called for each certificate of the chain, with 0 for what is wrong with it. The verdict goes back as it
 // came: this only looks on.
 int onVerify(int nVerdict, X509_STORE_CTX* store) {
-    const auto* const ssl =
-        static_cast<const SSL*>(X509_STORE_CTX_get_ex_data(store, SSL_get_ex_data_X509_STORE_CTX_idx()));
-    HandshakeFindings& findings = findingsOf(ssl);
-    if (nVerdict != 0 || findings.nVerifyError != X509_V_OK)
+    if (nVerdict != 0)
         return nVerdict;
+    HandshakeFindings& findings = findingsOf(
+        static_cast<const SSL*>(X509_STORE_CTX_get_ex_data(store, SSL_get_ex_data_X509_STORE_CTX_idx())));
     findings.nVerifyError = X509_STORE_CTX_get_error(store);
     try {
         noteIssuer(findings, X509_STORE_CTX_get_current_cert(store));
@@ -77,13 +76,13 @@ int onVerify(int nVerdict, X509_STORE_CTX* store) {
     return nVerdict;
 }
 
-// Called for each alert and at the end of a handshake. Of one that takes up an earlier session again the
-// certificates are not verified once more.
+// Called for each alert and at the end of a handshake. The alert about versions comes from a server that
+// refuses ours, or goes to one that chose another. When a handshake takes up an earlier session, onVerify is
+// not called.
 void onInfo(const SSL* ssl, int nWhere, int nValue) {
     constexpr int kDescription = 0xff;
     if ((nWhere & SSL_CB_ALERT) != 0 && (nValue & kDescription) == SSL_AD_PROTOCOL_VERSION)
-        findingsOf(ssl).bTooOld =
-            true; // from a server that refuses our versions, or to one that chose another
+        findingsOf(ssl).bTooOld = true;
     if ((nWhere & SSL_CB_HANDSHAKE_DONE) == 0)
         return;
     try {

@@ -10,7 +10,7 @@ namespace vellux {
 
 /// What one handshake showed. It decides nothing: OpenSSL's and curl's verdict stands.
 struct HandshakeFindings {
-    int nVerifyError = 0; ///< OpenSSL's X509_V_ERR_..., of the first certificate that was refused; 0 for none
+    int nVerifyError = 0;    ///< OpenSSL's X509_V_ERR_..., of the certificate that was refused; 0 for none
     std::string strIssuer{}; ///< of that certificate, else of the server's own; "" when not known
     bool bTooOld = false;    ///< the server speaks no version of TLS that is allowed
 };
