@@ -26,10 +26,11 @@ Program::~Program() {
     end();
 }
 
-void Program::show(Window& window) {
+void Program::show(Window& window, bool bHidden) {
     assertMainThread();
     delegate().setWindow(&window);
-    window.makeKeyAndOrderFront();
+    if (!bHidden)
+        window.makeKeyAndOrderFront();
 }
 
 void Program::start() {

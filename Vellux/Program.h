@@ -30,8 +30,9 @@ public:
     Program(const Program&) = delete;
     Program& operator=(const Program&) = delete;
 
-    /// Registers the main window, which must outlive the program, and brings it to the front.
-    void show(Window& window);
+    /// Registers the main window, which must outlive the program, and brings it to the front, unless it is to
+    /// start hidden.
+    void show(Window& window, bool bHidden = false);
     /// Finds the lights and configures the controller, which may sign in by itself.
     void start();
 

@@ -1,15 +1,19 @@
 // The application: builds the adapters, installs them as the platform, and enters Qt's loop.
 
+#include "CommandLine.h"
 #include "Program.h"
+#include "StatusFeed.h"
 #include "VelluxAppDelegate.h"
 #include "VelluxHttp/VelluxHttp.h"
 #include "VelluxWindowUi/VelluxWindowUi.h"
 #include "adapters/curl/CurlTransport.h"
 #include "adapters/dbus/DesktopProxy.h"
+#include "adapters/dbus/HiddenStartNotice.h"
 #include "adapters/dbus/Notification.h"
 #include "adapters/dbus/ProcessActivity.h"
 #include "adapters/dbus/ResumeNotice.h"
 #include "adapters/dbus/SingleInstance.h"
+#include "adapters/dbus/StatusQuestion.h"
 #include "adapters/hidraw/HidrawManager.h"
 #include "adapters/linux/Resources.h"
 #include "adapters/linux/StandardDirectories.h"
@@ -23,6 +27,7 @@
 #include "adapters/qt/QtDesktop.h"
 #include "adapters/qt/QtMainThread.h"
 #include "adapters/qt/QtTimers.h"
+#include "adapters/qt/WindowActions.h"
 #include "adapters/qt/WindowTray.h"
 #include "app/ConnectionLog.h"
 #include "app/Following.h"
@@ -35,12 +40,39 @@
 #include <exception>
 #include <new>
 #include <utility>
+#include <optional>
+#include <string>
 
 namespace {
 
 int failure(const char* strText) {
     std::fprintf(stderr, "vellux: %s\n", strText);
     return EXIT_FAILURE;
+}
+
+/// The exit status says whether it could be written.
+int print(const std::string& strText) {
+    const bool bWritten = std::fputs(strText.c_str(), stdout) >= 0 && std::fflush(stdout) == 0;
+    return bWritten ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
+/// For "--status", in a moment and without a display.
+int tellStatus(int& nArguments, char** arguments) {
+    qInstallMessageHandler(
+        [](QtMsgType, const QMessageLogContext&, const QString&) {}); // of a script's locale
+    const QCoreApplication application(nArguments, arguments);
+    const vellux::StatusAnswer answer = vellux::askStatus();
+    if (answer.strLine)
+        return print(answer.strLine->toStdString() + "\n");
+    std::fputs(answer.bSilent ? "vellux: the running copy doesn't answer\n" : "vellux: not running\n",
+               stderr);
+    return vellux::kNoneRuns;
+}
+
+/// As the tray's menu does: nothing new begins while an alert is open, nor while the button can't be pressed.
+void reconnect(VelluxWindowUi& controller) {
+    if (!vellux::alertToFront() && controller.buttonConnect()->isEnabled())
+        controller.reconnect();
 }
 
 /// Out of memory, the program can only say so; any other uncaught exception is a bug.
@@ -63,12 +95,23 @@ int main(int nArguments, char** arguments) {
     vellux::catchTerminationSignals();
     std::set_terminate(endOnException);
     std::signal(SIGPIPE, SIG_IGN);
+    const vellux::CommandLine commandLine = vellux::takeCommandLine(nArguments, arguments);
+    if (commandLine.task == vellux::CommandLine::Task::Help)
+        return print(vellux::helpText());
+    if (commandLine.task == vellux::CommandLine::Task::Version)
+        return print("vellux " VELLUX_VERSION "\n");
+    if (commandLine.task == vellux::CommandLine::Task::Status)
+        return tellStatus(nArguments, arguments);
     if (const char* const strMissing = vellux::missingResource())
         return failure(strMissing);
     vellux::QtApplication application(nArguments, arguments);
-    const auto instance = vellux::SingleInstance::claim();
+    for (int n = 1; n < nArguments; ++n) // what the toolkit has left over
+        std::fprintf(stderr, "vellux: \"%s\" means nothing here; see vellux --help\n", arguments[n]);
+    using Second = vellux::SingleInstance::Second;
+    const auto instance =
+        vellux::SingleInstance::claim(commandLine.bHidden ? Second::JustEnds : Second::ShowsTheFirst);
     if (instance == nullptr)
-        return EXIT_SUCCESS; // the running one shows its window
+        return EXIT_SUCCESS;
 
     VelluxAppDelegate& delegate = VelluxAppDelegate::sharedVelluxAppDelegate();
     VelluxWindowUi& controller = VelluxWindowUi::sharedVelluxWindowUi();
@@ -102,8 +145,9 @@ int main(int nArguments, char** arguments) {
         return failure("can't create a thread. Is a limit on processes or memory reached?");
 
     vellux::QtApplication::onDisplayLost([&] { mainThread.runAndWait([&] { program.end(); }); });
-    program.show(window);
-    application.waitForFirstPaint(window);
+    program.show(window, commandLine.bHidden);
+    if (!commandLine.bHidden)
+        application.waitForFirstPaint(window);
     if (!vellux::isTerminationRequested()) // otherwise nothing may be lit
         program.start();
 
@@ -114,10 +158,26 @@ int main(int nArguments, char** arguments) {
     QObject::connect(&window, &vellux::MainWindow::followingLost, [] {
         vellux::showNotification("Vellux", "Your presence is no longer followed. Open Vellux to reconnect.");
     });
-    instance->setActivated([&](const QString& strToken) {
-        vellux::useActivationToken(window, strToken);
+    instance->setActivated([&](const vellux::Activation& activation) {
+        if (activation.strAction == QLatin1String("quit"))
+            return controller.onExit(nullptr);
+        if (activation.strAction == QLatin1String("reconnect"))
+            return reconnect(controller);
+        vellux::useActivationToken(window, activation.strToken);
         delegate.applicationShouldHandleReopen(window.isVisible());
     });
+    const vellux::StatusFeed status(
+        mainThread, vellux::currentStatus,
+        [&instance](const vellux::ProgramStatus& changed) { instance->setStatus(changed); });
+    std::optional<vellux::HiddenStartNotice> hiddenStartNotice;
+    if (commandLine.bHidden)
+        hiddenStartNotice.emplace(vellux::HiddenStartNotice::Dependencies{
+            [] { return false; },
+            [] {
+                vellux::showNotification(
+                    "Vellux is running",
+                    "This desktop shows no tray icons. Start Vellux again to see its window.");
+            }});
     QObject::connect(&application, &QGuiApplication::applicationStateChanged,
                      [&delegate] { delegate.applicationDidChangeOcclusionState(); });
     const int nStatus = application.run();

@@ -18,12 +18,15 @@ set(layers
   "app                | VelluxWindowUi VelluxHttp ports model threads support            |"
   "VelluxAppDelegate  | VelluxWindowUi VelluxControl VelluxHttp AlertPopup ports threads |"
   "Program            | VelluxAppDelegate VelluxWindowUi ports threads                   |"
-  "main               | app Program VelluxAppDelegate VelluxWindowUi VelluxHttp adapters     | *"
+  "StatusFeed         | VelluxWindowUi VelluxHttp model threads     |"
+  "CommandLine        |                                            |"
+  "main               | CommandLine StatusFeed app Program VelluxAppDelegate VelluxWindowUi VelluxHttp adapters | *"
   "adapters/curl      | ports threads support                      | *"
   "adapters/hidraw    | adapters/linux ports threads support       | *"
   "adapters/linux     | ports                                      | *"
-  "adapters/dbus      | adapters/ApplicationId ports threads       | *"
-  "adapters/qt        | adapters/ApplicationId adapters/dbus app VelluxWindowUi VelluxHttp ports model threads support | *"
+  "adapters/dbus      | adapters/ApplicationId ports model threads | *"
+  "adapters/qt        | adapters/ApplicationId adapters/dbus app VelluxWindowUi VelluxHttp \
+                        ports model threads support                | *"
   "adapters           |                                            |")
 set(core_may_link vellux_flags Threads::Threads OpenSSL::Crypto nlohmann_json::nlohmann_json PkgConfig::uuid)
 

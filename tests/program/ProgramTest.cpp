@@ -57,8 +57,9 @@ int windowsOnScreen() {
 
 class ProcessFixture : public testing::Test {
 protected:
-    ChildProcess& start() {
-        m_program = std::make_unique<ChildProcess>(std::vector<std::string>{VELLUX_PROGRAM});
+    ChildProcess& start(std::vector<std::string> arguments = {}) {
+        arguments.insert(arguments.begin(), VELLUX_PROGRAM);
+        m_program = std::make_unique<ChildProcess>(arguments);
         return *m_program;
     }
     /// Starts it where the system trusts the server's authority: with a bundle of our own in a mount
@@ -260,6 +261,61 @@ TEST_F(ProcessFixture, EndsInOrderWhenTheDisplayGoesAway) {
     display.kill();
     EXPECT_EQ(statusAtEnd(program), 1);
     EXPECT_EQ(m_home.content("uistate.txt"), "1;0;0;0;0;1;0;2");
+}
+
+// An option that opens the window, asks for a display or for a running copy; one of the toolkit's that is
+// lost.
+TEST_F(ProcessFixture, AnswersOnTheCommandLine) {
+    std::unique_ptr<ChildProcess> running;
+    const struct {
+        std::vector<std::string> arguments;
+        const char* strLine;
+        int nStatus;
+        bool bRunning;
+    } rows[] = {
+        {{"--help"}, "Usage: vellux [OPTION]...", 0, false},
+        {{"foo", "--version"}, "vellux " VELLUX_VERSION, 0, false},
+        {{"--status"}, "vellux: not running", 3, false},
+        {{"--status"}, "not connected\t-\tno call\tOff\tnone", 0, true},
+        {{"--version", "--status"}, "vellux " VELLUX_VERSION, 0, true},
+        {{"--hidden"}, "", 0, true},
+    };
+    for (const auto& row : rows) {
+        if (row.bRunning && running == nullptr) {
+            ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
+            running = std::make_unique<ChildProcess>(
+                std::vector<std::string>{VELLUX_PROGRAM, "foo", "-style", "fusion", "--", "--help"});
+            for (const char* strLeft : {"foo", "--", "--help"})
+                EXPECT_EQ(running->readLine(),
+                          std::string("vellux: \"") + strLeft + "\" means nothing here; see vellux --help");
+            ASSERT_TRUE(waitUntil([&] { return isStarted(); }));
+        }
+        ::setenv("QT_QPA_PLATFORM", row.arguments.front() == "--hidden" ? "offscreen" : "xcb", 1);
+        ChildProcess& program = start(row.arguments);
+        EXPECT_EQ(program.readLine(), row.strLine);
+        EXPECT_EQ(statusAtEnd(program), row.nStatus) << row.arguments.front();
+    }
+    EXPECT_EQ(statusAfter(*running, SIGTERM), 0);
+}
+
+// A window at each log-in; none where nothing is set up, or when it is started again.
+TEST_F(ProcessFixture, AHiddenStartShowsTheWindowOnlyWhereItIsNeeded) {
+    const XServer display;
+    ChildProcess& first = start({"--hidden"});
+    EXPECT_TRUE(waitUntil([] { return windowsOnScreen() == 1; })); // there are no settings
+    EXPECT_EQ(statusAfter(first, SIGTERM), 0);
+    m_home.writeSignIn(m_server->host());
+    m_home.writeWindowState("0;1;0;1;2;0;3;1"); // set by hand: no alert either
+    const auto hidden = std::make_unique<ChildProcess>(std::vector<std::string>{VELLUX_PROGRAM, "--hidden"});
+    ASSERT_TRUE(waitUntil([&] {
+        ChildProcess& question = start({"--status"});
+        return question.readLine() == "manual\t-\tno call\tPurple\tnone";
+    }));
+    EXPECT_EQ(statusAtEnd(start({"--hidden"})), 0);
+    EXPECT_EQ(windowsOnScreen(), 0);
+    EXPECT_EQ(statusAtEnd(start()), 0);
+    EXPECT_TRUE(waitUntil([] { return windowsOnScreen() == 1; }));
+    EXPECT_EQ(statusAfter(*hidden, SIGTERM), 0);
 }
 
 // A crash instead of an error message.

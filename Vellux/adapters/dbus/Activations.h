@@ -1,9 +1,9 @@
 // The activations that a process's single instance has been sent.
 #pragma once
 
+#include <QList>
 #include <QObject>
 #include <QString>
-#include <QStringList>
 
 #include <functional>
 #include <utility>
@@ -19,18 +19,23 @@ struct LaunchTokens {
     QString best() const { return strActivationToken.isEmpty() ? strStartupId : strActivationToken; }
 };
 
+/// What the program is asked to do.
+struct Activation {
+    QString strToken;       ///< "" for none
+    QString strAction = {}; ///< one of the desktop entry's actions; "" to show the window
+};
+
 /// Keeps activations until there is a handler, and calls it from the main thread's loop, after the sender has
 /// been answered. Main thread.
 class Activations {
 public:
     /// Sets the handler of all activations, including those that came before.
-    void setActivated(std::function<void(const QString& strToken)> activated) {
+    void setActivated(std::function<void(const Activation& activation)> activated) {
         m_activated = std::move(activated);
         deliverSoon();
     }
-    /// Adds an activation; "" for one without a token.
-    void add(const QString& strToken) {
-        m_pending.append(strToken);
+    void add(const Activation& activation) {
+        m_pending.append(activation);
         deliverSoon();
     }
 
@@ -44,8 +49,8 @@ private:
             m_activated(m_pending.takeFirst());
     }
 
-    std::function<void(const QString& strToken)> m_activated;
-    QStringList m_pending;
+    std::function<void(const Activation& activation)> m_activated;
+    QList<Activation> m_pending;
     QObject m_context; // its destruction drops what is queued
 };
 

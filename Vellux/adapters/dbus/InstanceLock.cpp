@@ -18,8 +18,11 @@ namespace vellux {
 
 namespace {
 
-constexpr qint64 kLongestMessage = 4096; // bytes of a token and its line's end
-constexpr char kAnswer = '\n';           // an activation is one line, and so is its receipt
+// Each message is one line, and so is its answer: empty for an activation, the status for a question.
+constexpr qint64 kLongestMessage = 4096; // bytes of one and its line's end
+// Of each thousand that ask at once most wait in the system's queue; of those that never go, the oldest do.
+constexpr int kMostWaiting = 1024;
+constexpr qsizetype kMostOpen = 64;
 
 int remainingMs(const QDeadlineTimer& deadline) {
     return static_cast<int>(std::max<qint64>(deadline.remainingTime(), 1));
@@ -48,6 +51,10 @@ std::optional<QByteArray> basePath() {
     return strDirectory ? std::optional(*strDirectory + '/' + kApplicationId) : std::nullopt;
 }
 
+QString socketPath(const QByteArray& strBase) {
+    return QFile::decodeName(strBase + ".socket");
+}
+
 int openLockFile(const std::optional<QByteArray>& strBase) {
     if (!strBase)
         return -1;
@@ -57,8 +64,9 @@ int openLockFile(const std::optional<QByteArray>& strBase) {
 
 } // namespace
 
-InstanceLock::InstanceLock(Activations& activations)
-    : m_strBase(basePath()), m_nFile(openLockFile(m_strBase)), m_activations(activations) {
+InstanceLock::InstanceLock(Activations& activations, const ProgramStatus& status)
+    : m_strBase(basePath()), m_nFile(openLockFile(m_strBase)), m_activations(activations), m_status(status) {
+    m_server.setListenBacklogSize(kMostWaiting);
     QObject::connect(&m_server, &QLocalServer::newConnection, &m_server, [this] { takeConnections(); });
 }
 
@@ -68,20 +76,16 @@ InstanceLock::~InstanceLock() {
         ::close(m_nFile);
 }
 
-QString InstanceLock::socket() const {
-    return QFile::decodeName(*m_strBase + ".socket");
-}
-
 std::optional<bool> InstanceLock::tryLock() {
     if (m_nFile < 0)
         return std::nullopt;
     if (::flock(m_nFile, LOCK_EX | LOCK_NB) != 0)
         return errno == EWOULDBLOCK ? std::optional(false) : std::nullopt;
-    QLocalServer::removeServer(socket()); // what a crash has left
+    QLocalServer::removeServer(socketPath(*m_strBase)); // what a crash has left
     // If this fails (a path that is too long, no descriptor left), the lock still keeps other starts out, but
     // only the bus name lets them reach this one. The same happens when a connection can't be accepted: that
     // ends the listening.
-    m_server.listen(socket());
+    m_server.listen(socketPath(*m_strBase));
     return true;
 }
 
@@ -89,29 +93,44 @@ void InstanceLock::takeConnections() {
     while (QLocalSocket* const pSocket = m_server.nextPendingConnection()) {
         pSocket->setReadBufferSize(kLongestMessage);
         QObject::connect(pSocket, &QLocalSocket::readyRead, &m_server, [this, pSocket] { read(*pSocket); });
-        QObject::connect(pSocket, &QLocalSocket::disconnected, pSocket, &QObject::deleteLater);
+        QObject::connect(pSocket, &QLocalSocket::disconnected, &m_server, [this, pSocket] {
+            m_open.removeOne(pSocket);
+            pSocket->deleteLater();
+        });
+        m_open.append(pSocket);
+        while (m_open.size() > kMostOpen)
+            m_open.first()->abort();
     }
 }
 
 void InstanceLock::read(QLocalSocket& socket) {
     while (socket.canReadLine()) {
-        m_activations.add(QString::fromUtf8(socket.readLine().chopped(1)));
-        socket.putChar(kAnswer);
+        const QByteArray strMessage = socket.readLine().chopped(1);
+        if (strMessage == kStatusQuestion)
+            socket.write(QByteArray::fromStdString(statusLine(m_status)));
+        else
+            m_activations.add({QString::fromUtf8(strMessage)});
+        socket.putChar('\n');
     }
     if (socket.bytesAvailable() >= kLongestMessage)
         socket.abort();
 }
 
-bool InstanceLock::activateHolder(const LaunchTokens& tokens, const QDeadlineTimer& deadline) const {
-    if (!m_strBase)
-        return false;
+HolderAnswer tellHolder(const QString& strMessage, const QDeadlineTimer& deadline) {
+    using Kind = HolderAnswer::Kind;
+    const std::optional<QByteArray> strBase = basePath();
+    if (!strBase)
+        return {};
     QLocalSocket connection;
-    connection.connectToServer(socket());
+    connection.connectToServer(socketPath(*strBase));
     if (!connection.waitForConnected(remainingMs(deadline)))
-        return false;
-    connection.write(tokens.best().toUtf8().split('\n').first().left(kLongestMessage - 1) + '\n');
-    return connection.waitForReadyRead(remainingMs(deadline)) ||
-           connection.state() == QLocalSocket::ConnectedState;
+        return {};
+    connection.write(strMessage.toUtf8().split('\n').first().left(kLongestMessage - 1) + '\n');
+    while (!connection.canReadLine() && connection.waitForReadyRead(remainingMs(deadline))) {
+    }
+    if (connection.canReadLine())
+        return {Kind::Answered, QString::fromUtf8(connection.readLine().chopped(1))};
+    return {connection.state() == QLocalSocket::ConnectedState ? Kind::Silent : Kind::Dropped};
 }
 
 } // namespace vellux

@@ -1,6 +1,7 @@
 #include "adapters/dbus/InstanceName.h"
 
 #include "adapters/ApplicationId.h"
+#include "adapters/dbus/StatusInterface.h"
 
 #include <QDBusMessage>
 #include <QDBusReply>
@@ -42,34 +43,38 @@ QDBusMessage toBus(const char* strMethod) {
 
 } // namespace
 
-/// The interface as the bus sees it. It opens no files and has no actions: every call shows the program.
+/// The interface as the bus sees it. It opens no files: to open some shows the program.
 class ApplicationObject : public QObject {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
 public:
     explicit ApplicationObject(Activations& activations) : m_activations(activations) {}
 
-    Q_SCRIPTABLE void Activate(const QVariantMap& platformData) {
-        m_activations.add(LaunchTokens{platformData.value(kActivationToken).toString(),
-                                       platformData.value(kStartupId).toString()}
-                              .best());
-    }
+    Q_SCRIPTABLE void Activate(const QVariantMap& platformData) { add(QString(), platformData); }
     Q_SCRIPTABLE void Open(const QStringList& /*uris*/, const QVariantMap& platformData) {
         Activate(platformData);
     }
-    Q_SCRIPTABLE void ActivateAction(const QString& /*strAction*/, const QVariantList& /*parameters*/,
+    Q_SCRIPTABLE void ActivateAction(const QString& strAction, const QVariantList& /*parameters*/,
                                      const QVariantMap& platformData) {
-        Activate(platformData);
+        add(strAction, platformData);
     }
 
 private:
+    void add(const QString& strAction, const QVariantMap& platformData) {
+        const LaunchTokens tokens{platformData.value(kActivationToken).toString(),
+                                  platformData.value(kStartupId).toString()};
+        m_activations.add({tokens.best(), strAction});
+    }
+
     Activations& m_activations;
 };
 
 // The object is registered before the name, so that the name is never there without it.
-InstanceName::InstanceName(const QDBusConnection& bus, Activations& activations)
-    : m_bus(bus), m_object(std::make_unique<ApplicationObject>(activations)) {
-    m_bus.registerObject(objectPath(), m_object.get(), QDBusConnection::ExportScriptableInvokables);
+InstanceName::InstanceName(const QDBusConnection& bus, Activations& activations, const ProgramStatus& status)
+    : m_bus(bus), m_object(std::make_unique<ApplicationObject>(activations)),
+      m_status(*new StatusInterface(*m_object, status)) {
+    m_bus.registerObject(objectPath(), m_object.get(),
+                         QDBusConnection::ExportScriptableInvokables | QDBusConnection::ExportAdaptors);
 }
 
 // The name is released first. An activation that is still on its way then finds no object, and its sender
@@ -91,6 +96,10 @@ std::optional<bool> InstanceName::request(const QDeadlineTimer& deadline) {
     return m_bHeld;
 }
 
+void InstanceName::tellStatusSince(const ProgramStatus& before) {
+    m_status.tellChanges(m_bus, objectPath(), before);
+}
+
 bool activateNameOwner(const QDBusConnection& bus, const LaunchTokens& tokens,
                        const QDeadlineTimer& deadline) {
     QVariantMap platformData;
@@ -102,6 +111,15 @@ bool activateNameOwner(const QDBusConnection& bus, const LaunchTokens& tokens,
         QDBusMessage::createMethodCall(busName(), objectPath(), kInterface, QStringLiteral("Activate"));
     call.setAutoStartService(false); // this process is the one to start
     return callUntil(deadline, bus, call << platformData).type() == QDBusMessage::ReplyMessage;
+}
+
+std::optional<ProgramStatus> askNameOwner(const QDBusConnection& bus, const QDeadlineTimer& deadline) {
+    QDBusMessage call = QDBusMessage::createMethodCall(
+        busName(), objectPath(), QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("GetAll"));
+    call.setAutoStartService(false);
+    const QDBusReply<QVariantMap> properties =
+        callUntil(deadline, bus, call << QString::fromLatin1(kStatusInterface));
+    return properties.isValid() ? std::optional(statusOf(properties.value())) : std::nullopt;
 }
 
 } // namespace vellux

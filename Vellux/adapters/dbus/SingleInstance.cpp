@@ -27,11 +27,17 @@ constexpr unsigned long kPauseMs = 20; // between two attempts
 // that one then ends. Whoever owns the name keeps running, so an owner never waits for another start.
 class HeldInstance : public SingleInstance {
 public:
-    HeldInstance(LaunchTokens tokens, const QDeadlineTimer& deadline)
-        : m_tokens(std::move(tokens)), m_deadline(deadline) {}
+    HeldInstance(LaunchTokens tokens, Second second, const QDeadlineTimer& deadline)
+        : m_tokens(std::move(tokens)), m_second(second), m_deadline(deadline) {}
 
-    void setActivated(std::function<void(const QString& strToken)> activated) override {
+    void setActivated(std::function<void(const Activation& activation)> activated) override {
         m_activations.setActivated(std::move(activated));
+    }
+
+    void setStatus(const ProgramStatus& status) override {
+        const ProgramStatus before = std::exchange(m_status, status);
+        if (m_name)
+            m_name->tellStatusSince(before);
     }
 
     /// Takes the lock. False when another process holds it and has been activated, or has not answered in
@@ -41,7 +47,11 @@ public:
             const std::optional<bool> bOurs = m_lock.tryLock();
             if (bOurs == true)
                 return true;
-            if (m_lock.activateHolder(m_tokens, m_deadline))
+            // The answer tells that it runs, and is of no other use.
+            const bool bShow = m_second == Second::ShowsTheFirst;
+            const QString strMessage = bShow ? m_tokens.best() : QString::fromLatin1(kStatusQuestion);
+            const HolderAnswer::Kind answer = tellHolder(strMessage, m_deadline).kind;
+            if (answer == HolderAnswer::Kind::Answered || answer == HolderAnswer::Kind::Silent)
                 return false;
             if (!bOurs)
                 return true;
@@ -49,7 +59,7 @@ public:
             if (m_deadline.hasExpired())
                 return false;
             const std::optional<QDBusConnection> bus = sessionBus();
-            if (bus && activateNameOwner(*bus, m_tokens, m_deadline))
+            if (bus && reachNameOwner(*bus))
                 return false;
         }
     }
@@ -60,7 +70,7 @@ public:
         const std::optional<QDBusConnection> bus = sessionBus();
         if (!bus)
             return true;
-        m_name.emplace(*bus, m_activations);
+        m_name.emplace(*bus, m_activations, m_status);
         for (bool bOwned = false;; bOwned = true) {
             const std::optional<bool> bOurs = m_name->request(m_deadline);
             if (bOurs == true)
@@ -72,26 +82,34 @@ public:
                 return true;
             }
             // An owner that is just ending, or gone, answers with an error: the name will be free.
-            if (activateNameOwner(*bus, m_tokens, m_deadline) || m_deadline.hasExpired())
+            if (reachNameOwner(*bus) || m_deadline.hasExpired())
                 return false;
             QThread::msleep(kPauseMs);
         }
     }
 
 private:
+    /// Whether it answers, and so keeps running.
+    bool reachNameOwner(const QDBusConnection& bus) const {
+        return m_second == Second::ShowsTheFirst ? activateNameOwner(bus, m_tokens, m_deadline)
+                                                 : askNameOwner(bus, m_deadline).has_value();
+    }
+
     const LaunchTokens m_tokens;
+    const Second m_second;
     const QDeadlineTimer m_deadline;
+    ProgramStatus m_status;
     Activations m_activations;
-    InstanceLock m_lock{m_activations};
+    InstanceLock m_lock{m_activations, m_status};
     std::optional<InstanceName> m_name; // given up before the lock
 };
 
 } // namespace
 
-std::unique_ptr<SingleInstance> SingleInstance::claim() {
+std::unique_ptr<SingleInstance> SingleInstance::claim(Second second) {
     auto instance = std::make_unique<HeldInstance>(LaunchTokens{qEnvironmentVariable("XDG_ACTIVATION_TOKEN"),
                                                                 qEnvironmentVariable("DESKTOP_STARTUP_ID")},
-                                                   QDeadlineTimer(kLongestClaimMs));
+                                                   second, QDeadlineTimer(kLongestClaimMs));
     if (!instance->takeLock() || !instance->takeName())
         return nullptr;
     return instance;

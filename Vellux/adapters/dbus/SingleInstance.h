@@ -1,8 +1,8 @@
 // One running program per user session.
 #pragma once
 
-#include <QObject>
-#include <QString>
+#include "adapters/dbus/Activations.h"
+#include "model/ProgramStatus.h"
 
 #include <functional>
 #include <memory>
@@ -14,18 +14,23 @@ namespace vellux {
 /// where neither is available, every start keeps running. Main thread.
 class SingleInstance {
 public:
+    /// What a start does when another process runs.
+    enum class Second { ShowsTheFirst, JustEnds };
+
     /// Claims both, once the application object exists. Null when another process holds them: it has then
-    /// been asked to show its window, with the activation token of this process's environment. Blocks for up
-    /// to two seconds.
-    [[nodiscard]] static std::unique_ptr<SingleInstance> claim();
+    /// been asked to show its window, with the activation token of this process's environment, unless this
+    /// start just ends. Blocks for up to two seconds.
+    [[nodiscard]] static std::unique_ptr<SingleInstance> claim(Second second = Second::ShowsTheFirst);
     /// Releases both.
     virtual ~SingleInstance() = default;
     SingleInstance(const SingleInstance&) = delete;
     SingleInstance& operator=(const SingleInstance&) = delete;
 
-    /// Called on the main thread's loop for each activation, with its token ("" for none), including those
-    /// that came before.
-    virtual void setActivated(std::function<void(const QString& strToken)> activated) = 0;
+    /// Called on the main thread's loop for each activation, including those that came before.
+    virtual void setActivated(std::function<void(const Activation& activation)> activated) = 0;
+
+    /// What is told from now on to those who ask, and on the bus to those who listen. Returns at once.
+    virtual void setStatus(const ProgramStatus& status) = 0;
 
 protected:
     SingleInstance() = default;
