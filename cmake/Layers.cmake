@@ -23,7 +23,7 @@ set(layers
   "main               | CommandLine StatusFeed app Program VelluxAppDelegate VelluxWindowUi VelluxHttp adapters | *"
   "adapters/curl      | ports threads support                      | *"
   "adapters/hidraw    | adapters/linux ports threads support       | *"
-  "adapters/linux     | ports                                      | *"
+  "adapters/linux     | adapters/ApplicationId ports               | *"
   "adapters/dbus      | adapters/ApplicationId ports model threads | *"
   "adapters/qt        | adapters/ApplicationId adapters/dbus app VelluxWindowUi VelluxHttp \
                         ports model threads support                | *"

@@ -41,23 +41,33 @@ std::optional<std::string> accountHome() {
     return std::nullopt;
 }
 
-} // namespace
-
-std::string userDataHome(const UserEnvironment& environment) {
-    if (isAbsolute(environment.strXdgDataHome)) {
-        const std::string strDataHome = withoutTrailingSlashes(*environment.strXdgDataHome);
-        return strDataHome.empty() ? "/" : strDataHome;
+/// What a variable names, else a directory below the home.
+std::string directory(const std::optional<std::string>& strGiven, const UserEnvironment& environment,
+                      const char* strBelowHome) {
+    if (isAbsolute(strGiven)) {
+        const std::string strPath = withoutTrailingSlashes(*strGiven);
+        return strPath.empty() ? "/" : strPath;
     }
     std::string strHome; // the root
     if (isAbsolute(environment.strHome))
         strHome = *environment.strHome;
     else if (isAbsolute(environment.strAccountHome))
         strHome = *environment.strAccountHome;
-    return withoutTrailingSlashes(strHome) + "/.local/share";
+    return withoutTrailingSlashes(strHome) + strBelowHome;
+}
+
+} // namespace
+
+std::string userDataHome(const UserEnvironment& environment) {
+    return directory(environment.strXdgDataHome, environment, "/.local/share");
+}
+
+std::string userConfigHome(const UserEnvironment& environment) {
+    return directory(environment.strXdgConfigHome, environment, "/.config");
 }
 
 UserEnvironment readUserEnvironment() {
-    return {variable("XDG_DATA_HOME"), variable("HOME"), accountHome()};
+    return {variable("XDG_DATA_HOME"), variable("HOME"), accountHome(), variable("XDG_CONFIG_HOME")};
 }
 
 } // namespace vellux
