@@ -1,6 +1,8 @@
 // The desktop's services, played by mocks on buses of the test's own.
 
 #include "adapters/dbus/DesktopProxy.h"
+#include "adapters/dbus/HiddenStartNotice.h"
+#include "adapters/dbus/NetworkNotice.h"
 #include "adapters/dbus/Notification.h"
 #include "adapters/dbus/ProcessActivity.h"
 #include "adapters/dbus/ResumeNotice.h"
@@ -187,16 +189,149 @@ TEST_F(Proxies, APortalThatHangsIsAskedAgainAndNotWaitedForAgain) {
     EXPECT_EQ(proxies.proxyOf("https://outside/", true), "http://proxy:8");
 }
 
+class NetworkFixture : public ServicesFixture {
+protected:
+    static std::unique_ptr<DbusMock> manager(quint32 nState) {
+        const char* const kManager = "org.freedesktop.NetworkManager";
+        auto mock = std::make_unique<DbusMock>(BusKind::System, kManager, "/org/freedesktop/NetworkManager",
+                                               kManager);
+        mock->addProperty("State", nState);
+        return mock;
+    }
+    int m_nBack = 0;
+};
+
+// A network that comes back unnoticed, or one that was there all the time and is taken for news.
+TEST_F(NetworkFixture, EachReturnOfTheNetworkIsNoticed) {
+    auto mock = manager(70);
+    auto notice = std::make_unique<NetworkNotice>([this] { ++m_nBack; });
+    ASSERT_TRUE(waitUntil([&] { return mock->calls().join(' ').contains("Get"); }));
+    const auto change = [&](quint32 nState) {
+        mock->emitSignal("StateChanged", "u", {nState});
+        QCoreApplication::processEvents();
+        return m_nBack;
+    };
+    change(70); // behind the answer; after it no news
+    const int nFirst = m_nBack;
+    const struct {
+        quint32 nState;
+        int nBack;
+    } rows[] = {{70, 0}, {60, 0}, {70, 1}, {20, 1}, {40, 1}, {50, 2}, {50, 2},
+                {60, 3}, {70, 4}, {10, 4}, {70, 5}, {70, 5}, {0, 5},  {60, 6}};
+    for (const auto& row : rows)
+        EXPECT_EQ(change(row.nState) - nFirst, row.nBack) << row.nState;
+    mock.reset();
+    mock = manager(20); // started anew
+    EXPECT_EQ(change(70) - nFirst, 7);
+    notice.reset();
+    change(20);
+    EXPECT_EQ(change(70) - nFirst, 7);
+}
+
+/// A notification service that numbers what it shows from 1.
+class Notifications : public DbusMock {
+public:
+    explicit Notifications(const char* strCapabilities = "ret = ['actions', 'body']")
+        : DbusMock(BusKind::Session, "org.freedesktop.Notifications", "/org/freedesktop/Notifications",
+                   "org.freedesktop.Notifications") {
+        addMethod("GetCapabilities", "", "as", strCapabilities);
+        addMethod("Notify", "susssasa{sv}i", "u",
+                  "self.shown = getattr(self, 'shown', 0) + 1; ret = self.shown");
+        addMethod("CloseNotification", "u", "", "");
+    }
+    /// Whether this call comes, and is the last one so far.
+    bool gets(const QString& strCall) {
+        return waitUntil([&] { return !calls().isEmpty() && calls().last().contains(strCall); });
+    }
+};
+
 // A notification without the program's name and icon, or whose text is taken for markup.
 TEST_F(ServicesFixture, ANotificationBearsTheProgramsName) {
     showNotification("nobody", "is there to show it");
-    DbusMock mock(BusKind::Session, "org.freedesktop.Notifications", "/org/freedesktop/Notifications",
-                  "org.freedesktop.Notifications");
-    mock.addMethod("Notify", "susssasa{sv}i", "u", "ret = 1");
+    Notifications mock;
     showNotification("Summary", "a < b");
     ASSERT_TRUE(waitUntil([&] { return !mock.calls().isEmpty(); }));
     EXPECT_EQ(mock.calls().join('\n'), R"(Notify "Vellux" 0 "org.vellux.Vellux" "Summary" "a &lt; b" [] )"
                                        R"({"desktop-entry": "org.vellux.Vellux"} -1)");
+}
+
+// A button that does nothing, or something for another notification; one that stays when all is well again.
+TEST_F(ServicesFixture, ANotificationsButtonsReachTheProgram) {
+    Notifications mock;
+    QStringList pressed;
+    std::unique_ptr<Notification> one, other;
+    const QList<NotificationAction> actions = {{"reconnect", "Reconnect"}, {"show", "Show"}};
+    one = showNotification("One", "a < b", actions, [&](const QString& strKey, const QString& strToken) {
+        pressed += strKey + " " + strToken;
+        if (strKey == "show")
+            one.reset();
+    });
+    ASSERT_TRUE(mock.gets(R"("One" "a &lt; b" ["reconnect", "Reconnect", "show", "Show"])"));
+    other =
+        showNotification("Other", "", actions, [&](const QString&, const QString&) { pressed += "other"; });
+    ASSERT_TRUE(mock.gets("Other"));
+    QCoreApplication::processEvents();
+    const auto press = [&](quint32 nId, const char* strKey, const char* strToken) {
+        if (strToken != nullptr)
+            mock.emitSignal("ActivationToken", "us", {nId, strToken});
+        mock.emitSignal("ActionInvoked", "us", {nId, strKey});
+        QCoreApplication::processEvents();
+    };
+    press(3, "show", "of somebody else");
+    press(1, "reconnect", "token");
+    press(1, "reconnect", nullptr);
+    press(1, "show", "t2");
+    EXPECT_EQ(pressed, QStringList({"reconnect token", "reconnect ", "show t2"}));
+    EXPECT_TRUE(mock.gets("CloseNotification 1"));
+    press(1, "reconnect", nullptr);
+    EXPECT_EQ(pressed.size(), 3);
+    mock.emitSignal("NotificationClosed", "uu", {2U, 2U}); // by the user
+    QCoreApplication::processEvents();
+    other.reset();
+
+    static_cast<void>(showNotification("nothing to see", "", actions, {})); // withdrawn before it is shown
+    other = showNotification("Third", "", {}, {});
+    ASSERT_TRUE(mock.gets("Third"));
+    other.reset(); // withdrawn before the answer
+    EXPECT_TRUE(mock.gets("CloseNotification 3"));
+    EXPECT_FALSE(mock.calls().join(' ').contains("nothing to see"));
+}
+
+// Buttons where there can be none, or no notification at all there.
+TEST_F(ServicesFixture, WithoutActionsANotificationIsShownPlain) {
+    const QList<NotificationAction> actions = {{"show", "Show"}};
+    static_cast<void>(showNotification("nobody", "shows it", actions, {}));
+    for (const char* strCapabilities :
+         {"ret = ['body']",
+          "raise dbus.exceptions.DBusException('no', name='org.freedesktop.DBus.Error.Failed')"}) {
+        Notifications mock(strCapabilities);
+        const auto shown = showNotification("Summary", "", actions, {});
+        EXPECT_TRUE(mock.gets(R"("Summary" "" [] )")) << mock.calls().join('\n').toStdString();
+    }
+}
+
+// A user who can't find the program, is told so at each log-in, or although there is a tray.
+TEST_F(ServicesFixture, AHiddenStartWithoutATrayIsToldOnce) {
+    bool bTold = false;
+    int nAsked = 0, nTold = 0;
+    const HiddenStartNotice::Dependencies dependencies{[&] { return ++nAsked, bTold; },
+                                                       [&] { ++nTold, bTold = true; }};
+    const HiddenStartNotice first(dependencies, std::chrono::milliseconds(1));
+    EXPECT_TRUE(waitUntil([&] { return nTold == 1; }));
+    const HiddenStartNotice second(dependencies, std::chrono::milliseconds(1));
+    EXPECT_TRUE(waitUntil([&] { return nAsked == 2; }));
+    EXPECT_EQ(nTold, 1);
+
+    const char* const kWatcher = "org.kde.StatusNotifierWatcher";
+    DbusMock watcher(BusKind::Session, kWatcher, "/StatusNotifierWatcher", kWatcher);
+    watcher.addProperty("IsStatusNotifierHostRegistered", true);
+    bTold = false;
+    const HiddenStartNotice third(dependencies, std::chrono::seconds(1));
+    bool bLater = false; // in the same loop
+    QTimer::singleShot(std::chrono::milliseconds(1500), [&] { bLater = true; });
+    EXPECT_TRUE(waitUntil([&] { return bLater; }));
+    EXPECT_EQ(nTold, 1);
+    EXPECT_EQ(nAsked, 2);
 }
 
 } // namespace
