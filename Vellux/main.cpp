@@ -58,6 +58,8 @@ int print(const std::string& strText) {
 
 /// For "--status", in a moment and without a display.
 int tellStatus(int& nArguments, char** arguments) {
+    for (const int nSignal : {SIGINT, SIGTERM})
+        std::signal(nSignal, SIG_DFL); // no answer is no success
     qInstallMessageHandler(
         [](QtMsgType, const QMessageLogContext&, const QString&) {}); // of a script's locale
     const QCoreApplication application(nArguments, arguments);

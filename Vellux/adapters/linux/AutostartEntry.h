@@ -1,5 +1,4 @@
-// The user's autostart entry, by which the session starts the program at log-in (Desktop Application
-// Autostart Specification).
+// The user's autostart entry, by which the session starts the program at log-in.
 #pragma once
 
 #include <optional>
