@@ -2,13 +2,13 @@
 
 #include "CommandLine.h"
 #include "Program.h"
-#include "StatusFeed.h"
 #include "VelluxAppDelegate.h"
 #include "VelluxHttp/VelluxHttp.h"
 #include "VelluxWindowUi/VelluxWindowUi.h"
 #include "adapters/curl/CurlTransport.h"
 #include "adapters/dbus/DesktopProxy.h"
 #include "adapters/dbus/HiddenStartNotice.h"
+#include "adapters/dbus/NetworkNotice.h"
 #include "adapters/dbus/Notification.h"
 #include "adapters/dbus/ProcessActivity.h"
 #include "adapters/dbus/ResumeNotice.h"
@@ -32,6 +32,7 @@
 #include "app/ConnectionLog.h"
 #include "app/Following.h"
 #include "app/Reconnector.h"
+#include "app/StatusFeed.h"
 #include "app/UnreachedLight.h"
 
 #include <csignal>
@@ -39,9 +40,9 @@
 #include <cstdlib>
 #include <exception>
 #include <new>
-#include <utility>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -157,6 +158,7 @@ int main(int nArguments, char** arguments) {
         lights.redeliver();
         reconnector.hurry();
     });
+    const vellux::NetworkNotice networkNotice([&reconnector] { reconnector.hurry(); });
     QObject::connect(&window, &vellux::MainWindow::followingLost, [] {
         vellux::showNotification("Vellux", "Your presence is no longer followed. Open Vellux to reconnect.");
     });
@@ -169,13 +171,14 @@ int main(int nArguments, char** arguments) {
         delegate.applicationShouldHandleReopen(window.isVisible());
     });
     const vellux::StatusFeed status(
-        mainThread, vellux::currentStatus,
+        {mainThread, controller, client, following},
         [&instance](const vellux::ProgramStatus& changed) { instance->setStatus(changed); });
     std::optional<vellux::HiddenStartNotice> hiddenStartNotice;
     if (commandLine.bHidden)
         hiddenStartNotice.emplace(vellux::HiddenStartNotice::Dependencies{
-            [] { return false; },
-            [] {
+            [&choicesFile] { return choicesFile.choices().get().bToldOfMissingTray; },
+            [&choicesFile] {
+                choicesFile.choices().update([](auto& choices) { choices.bToldOfMissingTray = true; });
                 vellux::showNotification(
                     "Vellux is running",
                     "This desktop shows no tray icons. Start Vellux again to see its window.");

@@ -1,5 +1,5 @@
 // What other programs are told of the program.
-#include "StatusFeed.h"
+#include "app/StatusFeed.h"
 
 #include "fakes/ProgramFixture.h"
 #include "fakes/ServerTexts.h"
@@ -37,13 +37,8 @@ protected:
     }
 
     Lines m_told;
-    int m_nComposed = 0;
-    vellux::StatusFeed m_feed{mainThread,
-                              [this] {
-                                  ++m_nComposed;
-                                  return vellux::currentStatus();
-                              },
-                              [this](const ProgramStatus& status) {
+    vellux::Following m_following{mainThread, ui(), client()};
+    vellux::StatusFeed m_feed{{mainThread, ui(), client(), m_following}, [this](const ProgramStatus& status) {
                                   std::string strLine = vellux::statusLine(status);
                                   std::replace(strLine.begin(), strLine.end(), '\t', '|');
                                   m_told.push_back(strLine);
@@ -77,6 +72,8 @@ TEST_F(StatusFeedFixture, TellsEachStateOnce) {
         answered.simulateEnd();
         EXPECT_EQ(told(), *row.strTold != 0 ? Lines{row.strTold} : Lines{});
     }
+    transport.lastPoll().simulateFailure(vellux::HttpFailure::Refused);
+    EXPECT_EQ(told(), Lines{"not reached|-|no call|Yellow|usable"});
     FakeConnection& last = transport.lastPoll();
     last.simulateData(batch("/n", R"({"link":{"rel":"note"},"type":"updated"})"));
     last.simulateEnd();
@@ -85,11 +82,9 @@ TEST_F(StatusFeedFixture, TellsEachStateOnce) {
     EXPECT_EQ(told(), Lines{"manual|-|no call|Red, flashing|usable"});
     hid.simulateRemoval(light);
     EXPECT_EQ(told(), Lines{"manual|-|no call|Red, flashing|none"});
-    m_nComposed = 0;
     for (int n = 0; n < 1000; ++n)
         m_feed.ask();
     EXPECT_EQ(told(), Lines{});
-    EXPECT_EQ(m_nComposed, 1);
 }
 
 } // namespace

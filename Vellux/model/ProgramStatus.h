@@ -1,7 +1,6 @@
 // What the program tells other programs and scripts about itself.
 #pragma once
 
-#include <functional>
 #include <string>
 
 namespace vellux {
@@ -17,9 +16,6 @@ struct ProgramStatus {
 
     bool operator==(const ProgramStatus&) const = default;
 };
-
-/// Says what the status is now. Called on the main thread; returns at once.
-using ProgramStatusSource = std::function<ProgramStatus()>;
 
 /// The status as one line without its end: state, presence, "call" or "no call", lamp and light, separated by
 /// tabs. "-" stands for an empty one, and a blank for each control character, which a server may send.
