@@ -97,14 +97,15 @@ TEST_F(SingleInstanceFixture, TheBusIsToldOfChangesAndCarriesActions) {
     const QCoreApplication application(nArguments, nullptr);
     const auto first = holding(start(kBus, "t1"));
     const StatusSignals signals_;
-    for (const char* strToken : {"t2", "t2", "call"}) {
-        EXPECT_EQ(start(kBus, strToken)->readLine(), "passed");
-        EXPECT_EQ(first->readLine(), std::string("activated ") + strToken);
-    }
     const QString strInterface = "org.vellux.Vellux.Status1";
     const QStringList expected = {"Lamp=Green", "Light=usable", "Presence=t2",   "State=following",
                                   strInterface, "OnCall=true",  "Presence=call", strInterface};
-    EXPECT_TRUE(waitUntil([&] { return signals_.m_changes.size() >= expected.size(); }));
+    // One by one: Qt may hand over two signals that arrive together in either order.
+    for (const auto& [strToken, nSignalled] : {std::pair("t2", 5), {"t2", 5}, {"call", 8}}) {
+        EXPECT_EQ(start(kBus, strToken)->readLine(), "passed");
+        EXPECT_EQ(first->readLine(), std::string("activated ") + strToken);
+        EXPECT_TRUE(waitUntil([&, nEnough = nSignalled] { return signals_.m_changes.size() >= nEnough; }));
+    }
     EXPECT_EQ(signals_.m_changes, expected);
 
     const auto call = [](const char* strOf, const char* strMethod, const QVariantList& arguments) {
