@@ -76,4 +76,31 @@ TEST_F(DisplayFixture, LampShowsWhatTheLightShows) {
     expectLamp(1, 8);
 }
 
+// A lamp that goes on flashing in its last colour over "None", at which a worker leaves an older light dark;
+// one that is lit when the light was switched off on arrival and then given nothing.
+TEST_F(DisplayFixture, LampIsDarkWhereNoneLeavesTheLightDark) {
+    const vellux::LampState dark;
+    const auto light = plugInPlain();
+    clock.letRun();
+    ui().setManualMode(*ui().buttonSelectManualMode()); // red, flashing
+    runUntil([this] { return ui().lamp().get() == vellux::LampState{0, true}; }, "the worker");
+    choose(ManualColour, 7);
+    runUntil([&] { return ui().lamp().get() == dark; }, "the dark half");
+    journal.clear();
+    runUntil([&] { return journal.count("report 73..00") >= 4; }, "two cycles more");
+    EXPECT_EQ(inWords(reports()).find("Red"), std::string::npos);
+    EXPECT_EQ(ui().lamp().get(), dark);
+    choose(ManualSpeed, 0);
+    choose(ManualColour, 0);
+    const vellux::LampState red{0, false};
+    runUntil([&] { return ui().lamp().get() == red; }, "the worker's end");
+    choose(ManualColour, 7); // steady: the light keeps its red
+    EXPECT_EQ(ui().lamp().get(), red);
+    journal.clear();
+    hid.noticeArrival(light);
+    runPending();
+    EXPECT_EQ(inWords(reports()).find("Red"), std::string::npos);
+    EXPECT_EQ(ui().lamp().get(), dark);
+}
+
 } // namespace

@@ -34,21 +34,24 @@ std::int32_t VelluxWindowUi::sendVelluxColor(std::int32_t nColor) {
         return static_cast<std::int32_t>(kIOReturnNoDevice);
     if (!vellux::canShow(nColor, vellux::familyAt(0)))
         return static_cast<std::int32_t>(kIOReturnSuccess);
-    return static_cast<std::int32_t>(kColourFunctions[nColor](0)); // kept-on-purpose:first-light-only
+    const VelluxResult result = kColourFunctions[nColor](0); // kept-on-purpose:first-light-only
+    if (result == kIOReturnSuccess)
+        m_nOnLight = nColor;
+    return static_cast<std::int32_t>(result);
 }
 
 // Under the display lock, so that the lamp changes in the same order as the light. A light that refused keeps
-// what it showed.
+// what it showed, and so does one that doesn't have the colour: in a worker's cycle that is the dark half.
 void VelluxWindowUi::showOnLamp(std::int32_t nColor, std::int32_t nResult) {
     const bool bLight = nNumberOfVelluxDevices != 0;
     if (m_bDisplayClosed || !vellux::isColour(nColor))
         return;
-    if (bLight && (nResult != static_cast<std::int32_t>(kIOReturnSuccess) ||
-                   !vellux::canShow(nColor, vellux::familyAt(0))))
+    if (bLight && nResult != static_cast<std::int32_t>(kIOReturnSuccess))
         return;
+    const std::int32_t nShown = bLight && !vellux::canShow(nColor, vellux::familyAt(0)) ? m_nOnLight : nColor;
     m_lamp.update([&](vellux::LampState& lamp) {
-        lamp.nColor = nColor;
-        lamp.bFlashing = nColor != vellux::kColourOff && m_nFlashers != 0;
+        lamp.nColor = nShown;
+        lamp.bFlashing = nShown != vellux::kColourOff && m_nFlashers != 0;
     });
 }
 

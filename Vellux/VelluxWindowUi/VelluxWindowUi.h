@@ -215,6 +215,10 @@ public:
     void showLastPresence();
     /// Starts the status monitor and returns at once.
     void processLyncServerConnectionRequest();
+    /// The status monitor started last; null before the first. Main thread.
+    vellux::WorkerThreadRef statusMonitor() const VELLUX_REQUIRES(vellux::mainThreadRole) {
+        return threadForLyncStatusMonitor;
+    }
     /// Body of the status monitor's thread: one pass through sign-in, registration, presence and the opening
     /// of the event channel. Blocks on requests, on alerts and on the main thread.
     void lyncStatusMonitorThreadMainMethod();
@@ -332,6 +336,8 @@ private:
     // The display lock, first in the order of locks.
     vellux::RecursiveMutex m_displayLock;
     bool m_bDisplayClosed VELLUX_GUARDED_BY(m_displayLock) = false;
+    // What the first light took last, also in the dark half of a worker's cycle.
+    std::int32_t m_nOnLight VELLUX_GUARDED_BY(m_displayLock) = vellux::kColourOff;
 
     // Makes each stop, wait, create, clear, start sequence of the sync worker atomic: main and the status
     // monitor both run it, and without the gate one could wait forever for a worker whose stop flag the other
