@@ -13,7 +13,8 @@ vellux::SharedInstanceSlot<VelluxWindowUi> sharedVelluxWindowUiInstance;
 
 namespace {
 
-constexpr const char* kWebSite = "https://vellux.example/";
+// There is nothing on the net yet: the build says where the manual is on this computer.
+constexpr const char* kWebSite = VELLUX_WEB_SITE;
 
 // Grey and half transparent, so that nobody mistakes an example for an entry.
 vellux::Placeholder placeholder(std::string strText) {
