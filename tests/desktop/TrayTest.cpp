@@ -129,7 +129,7 @@ TEST(LampDrawing, PicturesDifferWithoutTheirColours) {
                 << pictures.indexOf(one) << " " << pictures.indexOf(other);
         }
     for (const std::int32_t nColor : {-1, 8, 9})
-        EXPECT_EQ(lampColourName({nColor, false}), "Off");
+        EXPECT_EQ(lampColourName({nColor, false}), "None (off)");
 }
 
 } // namespace

@@ -17,8 +17,12 @@ protected:
         EXPECT_EQ(box.windowTitle(), "Vellux");
         EXPECT_EQ(box.text(), "Vellux");
         EXPECT_EQ(box.informativeText(), pMessage);
-        for (const QLabel* const pLabel : box.findChildren<QLabel*>())
+        for (const QLabel* const pLabel : box.findChildren<QLabel*>()) {
             EXPECT_NE(pLabel->textFormat(), Qt::AutoText); // a server's text is no markup
+            if (pLabel->text() == pMessage) {              // in one line
+                EXPECT_GE(pLabel->width(), pLabel->fontMetrics().horizontalAdvance(pMessage));
+            }
+        }
         ASSERT_EQ(box.buttons().size(), 1);
         EXPECT_EQ(box.buttons().front()->text(), "OK");
     }
@@ -83,10 +87,7 @@ TEST_F(AlertFixture, CanBeAnsweredWhileCallsQueueCalls) {
 // A program that can't be ended while an alert is open, ends twice, or shows another alert while it ends.
 TEST_F(AlertFixture, EndingClosesTheAlert) {
     onAlert([&](QMessageBox& box) {
-        QTest::keyClick(&window, Qt::Key_Q, Qt::ControlModifier); // goes nowhere: the alert is modal
-        EXPECT_EQ(journal.count("ended"), 0U);
-        vellux::assertMainThread();
-        qtDesktop.terminate();
+        QTest::keyClick(&box, Qt::Key_Q, Qt::ControlModifier);
         EXPECT_FALSE(box.isVisible());
     });
     vellux::Alert alert;

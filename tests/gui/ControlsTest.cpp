@@ -171,6 +171,50 @@ TEST_F(ControlsFixture, ListsTellEveryChoice) {
     EXPECT_EQ(contentOf(settingsPath("uistate.txt")), "1;1;0;0;3;2;1;0");
 }
 
+// The press on the mode that is chosen already, which would forget the connection, or a wheel that scrolls
+// past a list and chooses from it.
+TEST_F(ControlsFixture, WhatChangesNothingIsNoAction) {
+    connectByHand();
+    observeControls(/*bAllControls=*/true);
+    click("buttonSelectSyncMode");
+    EXPECT_EQ(journal.take(), Lines{});
+    click("buttonSelectManualMode");
+    journal.clear();
+    click("buttonSelectManualMode");
+    auto& list = widget<QComboBox>("manualModeColorList");
+    const auto turn = [&list] {
+        QWheelEvent wheel({5, 5}, list.mapToGlobal(QPointF(5, 5)), {}, {0, -120}, {}, {}, {}, false);
+        QApplication::sendEvent(&list, &wheel);
+    };
+    turn();
+    EXPECT_FALSE(list.hasFocus());
+    EXPECT_EQ(journal.take(), Lines{});
+    list.setFocus();
+    turn();
+    EXPECT_EQ(ui().manualModeColorList()->indexOfSelectedItem(), 1);
+    journal.clear();
+}
+
+// A list without colours, or one that offers what the light can't show without saying so; one that looks as
+// if nothing were in force after a refill.
+TEST_F(ControlsFixture, ListsShowColoursAndWhatIsInForce) {
+    const auto& list = widget<QComboBox>("manualModeColorList");
+    const auto shown = [&list](int nIndex) { return list.itemText(nIndex).toStdString(); };
+    const auto picture = [&list](int nIndex) { return list.itemIcon(nIndex).pixmap(16).toImage(); };
+    const QImage none = picture(8);
+    for (int n = 0; n < 8; ++n)
+        EXPECT_NE(picture(n), picture(n + 1)) << n;
+    ui().manualModeColorList()->selectItemAtIndex(2);
+    EXPECT_EQ(list.accessibleDescription(), "");
+    const auto light = plugInFramed();
+    EXPECT_EQ(list.accessibleDescription(), "In force: Yellow");
+    EXPECT_EQ(shown(6) + ", " + shown(7), "White, None (not on this light)");
+    EXPECT_EQ(picture(7), none);
+    hid.simulateRemoval(light);
+    plugInV30();
+    EXPECT_EQ(shown(7) + ", " + shown(8), "Orange, None");
+}
+
 // A keyboard user who is sent to the start of the window by each press of Connect.
 TEST_F(ControlsFixture, ConnectKeepsTheFocusOverItsOwnWork) {
     auto& button = widget<QPushButton>("buttonConnect");

@@ -27,9 +27,12 @@ TEST_F(LightFixture, LineSaysWhatThereIsAndWhatHelps) {
         vellux::HidResult nOpenResult;
         const char* pPart;
     } rows[] = {
-        {0x1130, 0x0001, 0, "framed colour codes"},        {0x1130, 0x1E00, 0, "plain colour codes"},
-        {0x0E53, 0x2517, 0, "red, green and blue levels"}, {0x2C0D, 0x0006, 0, "red, green and blue levels"},
-        {0x2C0D, 0x0006, 13, "you may not open it"},       {0x2C0D, 0x0006, 5, "can't be opened"},
+        {0x1130, 0x0001, 0, "(7 colours)."},
+        {0x1130, 0x1E00, 0, "(7 colours)."},
+        {0x0E53, 0x2517, 0, "(8 colours, flashes by itself)."},
+        {0x2C0D, 0x0006, 0, "(8 colours, flashes by itself)."},
+        {0x2C0D, 0x0006, 13, "you may not open it"},
+        {0x2C0D, 0x0006, 5, "can't be opened"},
     };
     for (const auto& row : rows) {
         const auto light = FakeHidManager::light(row.nVendor, row.nProduct);
@@ -37,6 +40,10 @@ TEST_F(LightFixture, LineSaysWhatThereIsAndWhatHelps) {
         hid.simulateArrival(light);
         runPending();
         EXPECT_TRUE(textOf("labelLight").contains(row.pPart)) << textOf("labelLight").toStdString();
+        EXPECT_EQ(textOf("labelLampName"), row.nOpenResult == 0 ? "None (off)" : "No usable light");
+        EXPECT_EQ(widget<QLabel>("labelLight").toolTip(), QStringLiteral("USB %1:%2")
+                                                              .arg(row.nVendor, 4, 16, QChar('0'))
+                                                              .arg(row.nProduct, 4, 16, QChar('0')));
         EXPECT_EQ(widget<QWidget>("panelRemedy").isVisible(), row.nOpenResult == 13);
         if (row.nOpenResult == 13) {
             EXPECT_EQ(widget<QLineEdit>("textFieldRemedy").text(), "permit 11277:6 'a  b'");
@@ -57,12 +64,26 @@ TEST_F(LightFixture, LineSaysWhatThereIsAndWhatHelps) {
 // A lamp whose colour a screen reader can't read out.
 TEST_F(LightFixture, LampIsReadOut) {
     plugInFramed();
-    EXPECT_EQ(textOf("labelLampName"), "Off");
+    EXPECT_EQ(textOf("labelLampName"), "None (off)");
     clock.letRun();                  // entering the mode waits for a worker
     click("buttonSelectManualMode"); // red, at medium speed
     runUntil([this] { return textOf("labelLampName") == "Red, flashing"; }, "the lamp");
     EXPECT_EQ(readOut("lampView", QAccessible::Description), "Red, flashing");
     EXPECT_EQ(readOut("labelLampName", QAccessible::Name), "Red, flashing");
+}
+
+// A lamp that is lit, or that is said to be, without a light to light.
+TEST_F(LightFixture, WithoutALightNothingIsLit) {
+    const QImage hollow = widget<QWidget>("lampView").grab().toImage();
+    EXPECT_EQ(textOf("labelLampName"), "No light");
+    ui().displayVelluxColor(0);
+    EXPECT_EQ(textOf("labelLampName"), "No light");
+    EXPECT_EQ(textOf("labelLight"), "No light found. It would be red.");
+    EXPECT_EQ(readOut("lampView", QAccessible::Description), "No light");
+    EXPECT_EQ(widget<QWidget>("lampView").grab().toImage(), hollow);
+    plugInFramed();
+    EXPECT_EQ(textOf("labelLampName"), "Red");
+    EXPECT_NE(widget<QWidget>("lampView").grab().toImage(), hollow);
 }
 
 // A lamp of another colour or name than the light's.
@@ -81,7 +102,7 @@ TEST_F(LightFixture, LampLooksAsTheLightDoes) {
     for (std::int32_t nColor = 0; nColor <= 8; ++nColor) {
         ui().displayVelluxColor(nColor);
         const std::string strName = ui().manualModeColorList()->items()[static_cast<std::size_t>(nColor)];
-        EXPECT_EQ(textOf("labelLampName").toStdString(), nColor == 8 ? "Off" : strName);
+        EXPECT_EQ(textOf("labelLampName").toStdString(), nColor == 8 ? "None (off)" : strName);
         picture.setState({strName, ""});
         lamps.push_back(colourAt(widget<QWidget>("lampView"), 0.28));
         lights.push_back(colourAt(picture, 0.75));

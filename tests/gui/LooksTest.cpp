@@ -1,20 +1,29 @@
 // What a person sees, reaches by keys, or hears read out.
 #include "WindowFixture.h"
+#include "adapters/qt/WindowTray.h"
 
 #include <QAccessible>
 #include <QKeySequence>
+#include <QMenu>
+#include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QSet>
+#include <QTranslator>
 
 namespace {
 
 class LooksFixture : public WindowFixture {
 protected:
-    /// The strongest contrast, in steps of grey, between the ground in the middle of an empty field and what
-    /// is painted on it.
+    QString readOut(const char* pName, QAccessible::Text text) {
+        return QAccessible::queryAccessibleInterface(&widget<QWidget>(pName))->text(text);
+    }
+    /// The strongest contrast, in steps of grey, between the ground of an empty field, right of its middle,
+    /// and what is painted on its left half.
     int contrastIn(const char* pField) {
         const QImage image = widget<QWidget>(pField).grab().toImage();
         const int nEdge = image.height() / 8;
-        const int nGround = qGray(image.pixel(image.width() - 2 * nEdge, image.height() / 2));
+        const int nGround = qGray(image.pixel(image.width() * 3 / 5, image.height() / 2));
         int nMost = 0;
         for (int y = nEdge; y < image.height() - nEdge; ++y)
             for (int x = nEdge; x < image.width() / 2; ++x)
@@ -23,8 +32,12 @@ protected:
     }
 };
 
-// An example that nobody can read on a dark ground, that hides in a small field, or stays under a typed text.
+// An example, or a choice in force, that nobody can read on a dark ground; an example that hides in a small
+// field, or stays under a typed text.
 TEST_F(LooksFixture, PlaceholdersCanBeReadOnLightAndDark) {
+    click("buttonSelectManualMode");
+    ui().manualModeFlashSpeedList()->selectItemAtIndex(-1);
+    EXPECT_EQ(readOut("manualModeFlashSpeedList", QAccessible::Description), "In force: Medium");
     QPalette dark(QColor(53, 53, 53));
     dark.setColor(QPalette::Base, QColor(35, 35, 35));
     for (const bool bDark : {false, true}) {
@@ -39,7 +52,9 @@ TEST_F(LooksFixture, PlaceholdersCanBeReadOnLightAndDark) {
             EXPECT_GE(widget<QWidget>(pField).height(), QFontMetrics(font).height());
         }
         EXPECT_LT(contrastIn("textFieldPassword"), 10);
+        EXPECT_GT(contrastIn("manualModeFlashSpeedList"), 80) << bDark;
     }
+    click("buttonSelectSyncMode");
     QTest::keyClick(&widget<QLineEdit>("textFieldUsername"), Qt::Key_Space);
     widget<QWidget>("labelUser").setFocus();
     widget<QLineEdit>("textFieldUsername").clearFocus();
@@ -50,13 +65,13 @@ TEST_F(LooksFixture, PlaceholdersCanBeReadOnLightAndDark) {
 // for someone to type when nobody does.
 TEST_F(LooksFixture, EveryFieldHasNameKeyAndPlace) {
     const QString strOrder =
-        "buttonSelectSyncMode textFieldLyncServerName textFieldUsername textFieldPassword "
+        "textFieldLyncServerName textFieldUsername textFieldPassword "
         "buttonConnect textFieldLyncStatus buttonFlashOnCall syncModeColorList "
         "syncModeFlashSpeedList buttonLightOffOnAway buttonLightOffOnAvailable buttonAbout "
-        "buttonWebSite buttonExit";
-    EXPECT_TRUE(widget<QWidget>("buttonSelectSyncMode").hasFocus());
+        "buttonWebSite buttonExit buttonSelectSyncMode";
+    EXPECT_TRUE(widget<QWidget>("textFieldLyncServerName").hasFocus());
     click("buttonFlashOnCall");
-    widget<QWidget>("buttonSelectSyncMode").setFocus();
+    widget<QWidget>("textFieldLyncServerName").setFocus();
     for (const QString& strName : strOrder.split(' ')) {
         EXPECT_EQ(QApplication::focusWidget()->objectName(), strName);
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
@@ -90,8 +105,10 @@ TEST_F(LooksFixture, NothingIsCutOffWhenWordsGrow) {
     QApplication::setFont(font);
     for (QLabel* const pLabel : window.findChildren<QLabel*>())
         pLabel->setText(pLabel->text() + " and so on");
-    runUntil([this] { return window.size() == window.size().expandedTo(window.minimumSizeHint()); },
+    const auto& content = widget<QWidget>("content");
+    runUntil([&] { return content.size() == content.size().expandedTo(content.minimumSizeHint()); },
              "the layout");
+    EXPECT_TRUE(window.screen()->availableGeometry().contains(QRect(QPoint(), window.size())));
     for (const QWidget* const pWidget : window.findChildren<QWidget*>())
         if (pWidget->isVisible() && !pWidget->objectName().isEmpty() &&
             !pWidget->objectName().startsWith("qt_")) {
@@ -99,6 +116,70 @@ TEST_F(LooksFixture, NothingIsCutOffWhenWordsGrow) {
                 << pWidget->objectName().toStdString();
             EXPECT_GE(pWidget->height(), pWidget->minimumSizeHint().height())
                 << pWidget->objectName().toStdString();
+        }
+}
+
+// Fields of different heights, or a window that grows when their examples come; one that scrolls though there
+// is room, that can't where there is none, or that resists the user.
+TEST_F(LooksFixture, FitsItsContentAndAnyScreen) {
+    const auto height = [this](const char* pName) { return widget<QWidget>(pName).height(); };
+    EXPECT_EQ(height("textFieldPassword"), height("textFieldUsername"));
+    EXPECT_EQ(height("textFieldPassword"), height("textFieldLyncServerName"));
+    vellux::MainWindow early({mainThread, ui(), client(), {}});
+    early.makeKeyAndOrderFront();
+    runPending();
+    EXPECT_EQ(early.findChild<QWidget*>("textFieldUsername")->height(), height("textFieldPassword"));
+    EXPECT_EQ(early.size(), window.size());
+    early.orderOut();
+    QApplication::setActiveWindow(&window);
+
+    const auto& bar = *widget<QScrollArea>("scrollArea").verticalScrollBar();
+    EXPECT_FALSE(bar.isVisible());
+    const int nWhole = window.height();
+    connectByHand(); // folds the fields
+    runUntil([&] { return window.height() < nWhole; }, "the folded window");
+    EXPECT_FALSE(bar.isVisible());
+    window.resize(300, 200);
+    runUntil([&] { return bar.isVisible(); }, "the scroll bar");
+    click("buttonConnect");
+    runPending();
+    EXPECT_EQ(window.size(), QSize(300, 200));
+    window.resize(window.width(), nWhole + 50);
+    click("buttonFlashOnCall");
+    runPending();
+    EXPECT_EQ(window.height(), nWhole + 50);
+}
+
+// Words that no translation reaches.
+TEST_F(LooksFixture, EveryWordCanBeTranslated) {
+    class Brackets : public QTranslator {
+    public:
+        bool isEmpty() const override { return false; }
+        QString translate(const char*, const char* pSource, const char*, int) const override {
+            return QStringLiteral("<%1>").arg(QString::fromUtf8(pSource));
+        }
+    } brackets;
+    connectByHand();
+    QApplication::installTranslator(&brackets);
+    plugInPlain();
+    const vellux::MainWindow other({mainThread, ui(), client(), {}});
+    const vellux::WindowTray tray({mainThread, ui(), window});
+    QMap<QString, QString> words;
+    for (const auto* const pLabel : other.findChildren<QLabel*>())
+        words[pLabel->objectName()] = pLabel->text();
+    for (const auto* const pButton : other.findChildren<QAbstractButton*>())
+        words[pButton->objectName()] = pButton->text();
+    for (const auto* const pList : other.findChildren<QComboBox*>())
+        for (int n = 0; n < pList->count(); ++n)
+            words[pList->objectName() + QString::number(n)] = pList->itemText(n);
+    for (const QWidget* const pWidget : QApplication::topLevelWidgets())
+        if (const auto* const pMenu = qobject_cast<const QMenu*>(pWidget))
+            for (const QAction* const pAction : pMenu->actions())
+                words["tray" + pAction->text()] = pAction->text();
+    EXPECT_GE(words.size(), 50);
+    for (const QString& strName : words.keys())
+        if (!words[strName].isEmpty()) {
+            EXPECT_TRUE(words[strName].remove('&').startsWith('<')) << strName.toStdString();
         }
 }
 

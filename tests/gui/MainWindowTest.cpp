@@ -3,6 +3,9 @@
 #include "WindowFixture.h"
 #include "fakes/ServerTexts.h"
 
+#include <QAbstractItemView>
+#include <QWindow>
+
 namespace {
 
 class MainWindowFixture : public WindowFixture {
@@ -44,13 +47,15 @@ TEST_F(MainWindowFixture, ClosingHidesAndReopeningShows) {
     EXPECT_EQ(journal.count("ended"), 0U);
 }
 
-// About windows that pile up, lie under others, block the window behind them, or stay.
+// About windows that pile up, lie under others, fall behind the main window, block the window behind them, or
+// stay.
 TEST_F(MainWindowFixture, AboutFloatsAndCloses) {
     for (int n = 0; n < 3; ++n) {
         click("buttonAbout");
         QWidget* const pAbout = aboutWindow();
         ASSERT_NE(pAbout, nullptr);
         EXPECT_TRUE(pAbout->windowFlags().testFlag(Qt::WindowStaysOnTopHint));
+        EXPECT_EQ(pAbout->windowHandle()->transientParent(), window.windowHandle());
         EXPECT_EQ(pAbout->windowModality(), Qt::NonModal);
         EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
         EXPECT_TRUE(
@@ -65,6 +70,9 @@ TEST_F(MainWindowFixture, AboutFloatsAndCloses) {
             pAbout->close();
         EXPECT_EQ(aboutWindow(), nullptr);
     }
+    click("buttonAbout");
+    QTest::keyClick(aboutWindow(), Qt::Key_Q, Qt::ControlModifier);
+    EXPECT_EQ(journal.take({"ended"}), Lines{"ended"});
     AboutDialog controller;
     vellux::assertMainThread();
     EXPECT_EQ(qtDesktop.loadWindow("Other", controller), nullptr);
@@ -83,6 +91,58 @@ TEST_F(MainWindowFixture, Keys) {
     QApplication::setActiveWindow(&window);
     QTest::keyClick(&window, Qt::Key_Q, Qt::ControlModifier);
     EXPECT_EQ(journal.take({"ended"}), Lines{"ended"});
+}
+
+// A key that the main window alone knows; an Escape that closes a list and the window with it.
+TEST_F(MainWindowFixture, KeysOfEveryWindow) {
+    const auto press = [](QWidget& shown, Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
+        QTest::keyClick(shown.window()->windowHandle(), key, modifiers);
+    };
+    click("buttonSelectManualMode");
+    auto& list = widget<QComboBox>("manualModeColorList");
+    list.setFocus();
+    list.showPopup();
+    press(*list.view(), Qt::Key_Escape);
+    EXPECT_FALSE(list.view()->isVisible());
+    EXPECT_TRUE(window.isVisible());
+    list.showPopup();
+    press(*list.view(), Qt::Key_Q, Qt::ControlModifier);
+    list.hidePopup();
+    EXPECT_EQ(journal.take({"ended"}), Lines{"ended"});
+    press(window, Qt::Key_Escape);
+    EXPECT_FALSE(window.isVisible());
+}
+
+// A window that window managers place anew when it comes back.
+TEST_F(MainWindowFixture, ComesBackWhereItWas) {
+    window.windowHandle()->setPosition(70, 80); // as a window manager does
+    runPending();
+    const QPoint place = window.pos();
+    window.orderOut();
+    window.windowHandle()->setPosition(5, 5); // as one does with a window that doesn't say where it belongs
+    window.makeKeyAndOrderFront();
+    EXPECT_EQ(window.pos(), place);
+}
+
+// A press on "Web site" that nothing comes of, without a word.
+TEST_F(MainWindowFixture, SaysWhatCouldNotBeOpened) {
+    vellux::assertMainThread();
+    const auto& notice = widget<QLabel>("labelNotice");
+    EXPECT_FALSE(notice.isVisible());
+    const struct {
+        const char *pUrl, *pNotice;
+    } rows[] = {
+        {"file:///nowhere/manual", "There is no /nowhere/manual on this computer."},
+        {"https://vellux.example/", "No program could be found that opens https://vellux.example/."},
+    };
+    for (const auto& [pUrl, pNotice] : rows) {
+        qtDesktop.openUrl(pUrl);
+        EXPECT_EQ(textOf("labelNotice").remove(QChar(0x200b)), pNotice);
+        EXPECT_TRUE(notice.isVisible());
+    }
+    window.orderOut();
+    window.makeKeyAndOrderFront();
+    EXPECT_FALSE(notice.isVisible());
 }
 
 } // namespace

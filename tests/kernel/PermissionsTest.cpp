@@ -67,7 +67,7 @@ TEST_F(PermissionsFixture, TheWindowSaysWhatHelps) {
 
     ASSERT_EQ(root("sudo() { \"$@\"; }; " + remedy()), 0);
     expectPromptly(light);
-    ASSERT_TRUE(waitUntil([&] { return reader.shows("label Light found (red, green and blue levels)."); }));
+    ASSERT_TRUE(waitUntil([&] { return reader.shows("label Light found (8 colours, flashes by itself)."); }));
     EXPECT_FALSE(reader.shows(strCommand));
     EXPECT_EQ(reader.windows(), std::vector<std::string>{"Vellux"});
     endProgram();

@@ -13,8 +13,8 @@ namespace vellux {
 class AboutWindow : public QDialog, public Window {
     Q_OBJECT
 public:
-    /// Hidden at first. The controller outlives it; `openLink` opens the web site.
-    AboutWindow(WindowController& controller, const std::function<void()>& openLink);
+    /// Hidden at first. The controller and the main window outlive it; `openLink` opens the web site.
+    AboutWindow(WindowController& controller, QWidget& mainWindow, const std::function<void()>& openLink);
 
     void makeKeyAndOrderFront() override;
     void orderOut() override;
@@ -25,6 +25,7 @@ public:
 
 private:
     WindowController& m_controller;
+    QWidget& m_mainWindow;
 };
 
 } // namespace vellux

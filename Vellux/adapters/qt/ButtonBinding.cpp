@@ -1,5 +1,7 @@
 #include "adapters/qt/ButtonBinding.h"
 
+#include "adapters/qt/Words.h"
+
 #include <QButtonGroup>
 #include <QCheckBox>
 #include <QKeySequence>
@@ -17,8 +19,7 @@ QString mnemonicOf(const QString& strText) {
 }
 
 // A title with its mnemonic marked where the letter occurs, and every other "&" shown literally.
-QString marked(const std::string& strTitle, const QString& strMnemonic) {
-    QString strText = QString::fromStdString(strTitle);
+QString marked(const QString& strText, const QString& strMnemonic) {
     const qsizetype nLetter =
         strMnemonic.isEmpty() ? -1 : strText.indexOf(strMnemonic, 0, Qt::CaseInsensitive);
     const QString strHead = strText.left(qMax<qsizetype>(nLetter, 0));
@@ -51,6 +52,8 @@ ButtonBinding::ButtonBinding(MainThread& mainThread, QAbstractButton& widget, st
 }
 
 void ButtonBinding::press() {
+    if (isRadioButton() && m_model->state() == Button::kOn)
+        return; // changes nothing, but its action would drop a connection or a call's flash
     if (m_widget.isCheckable())
         m_model->setState(m_widget.isChecked() || isRadioButton() ? Button::kOn : Button::kOff);
     m_action(*m_model);
@@ -58,7 +61,7 @@ void ButtonBinding::press() {
 
 void ButtonBinding::showContent() {
     if (const std::string strTitle = m_model->title(); !strTitle.empty()) {
-        const QString strText = marked(strTitle, m_strMnemonic);
+        const QString strText = marked(shownWord(strTitle), m_strMnemonic);
         if (m_widget.text() != strText)
             m_widget.setText(strText);
     }
@@ -80,6 +83,8 @@ void ButtonBinding::showState() {
     if (pGroup != nullptr)
         pGroup->setExclusive(false);
     m_widget.setChecked(nState == Button::kOn);
+    if (isRadioButton()) // the tab key goes to the chosen one alone, from the start
+        m_widget.setFocusPolicy(nState == Button::kOn ? Qt::StrongFocus : Qt::ClickFocus);
     if (pGroup != nullptr)
         pGroup->setExclusive(true);
 }

@@ -21,7 +21,8 @@ public:
 private:
     void showContent() override;
     void showState();
-    /// The user's press: a check box is then on or off, a radio button on.
+    /// The user's press: a check box is then on or off, a radio button on. One on a radio button that is on
+    /// already is no action.
     void press();
     bool isRadioButton() const { return m_widget.autoExclusive(); }
 

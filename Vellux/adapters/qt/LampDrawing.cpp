@@ -1,5 +1,8 @@
 #include "adapters/qt/LampDrawing.h"
 
+#include "adapters/qt/Words.h"
+
+#include <QCoreApplication>
 #include <QPen>
 #include <QPixmap>
 #include <QPointF>
@@ -109,11 +112,13 @@ void paintRays(QPainter& painter, qreal r, qreal dHalfSide, qreal w, const QColo
 } // namespace
 
 QString lampColourName(const LampState& lamp) {
-    return QString::fromLatin1(isLit(lamp) ? kColours[lamp.nColor].strName : "Off");
+    return isLit(lamp) ? shownWord(kColours[lamp.nColor].strName)
+                       : QCoreApplication::translate("Lamp", "None (off)");
 }
 
 QString lampDescription(const LampState& lamp) {
-    return lampColourName(lamp) + (lamp.bFlashing ? QStringLiteral(", flashing") : QString());
+    const QString strName = lampColourName(lamp);
+    return lamp.bFlashing ? QCoreApplication::translate("Lamp", "%1, flashing").arg(strName) : strName;
 }
 
 void paintLamp(QPainter& painter, const QRectF& square, const LampState& lamp, const QColor& outline) {

@@ -11,9 +11,10 @@
 
 namespace vellux {
 
-/// "Red", "Green", … "Off", in the words of the window's colour lists; "Off" also for an index out of range.
+/// "Red", "Green", … in the words of the window's colour lists; "None (off)" also for an index out of range.
+/// Main thread.
 QString lampColourName(const LampState& lamp);
-/// The name with "flashing" behind it while it flashes ("Red, flashing").
+/// The name with "flashing" behind it while it flashes ("Red, flashing"). Main thread.
 QString lampDescription(const LampState& lamp);
 
 /// Paints an outlined disc in the lamp's colour into a square, with a shape inside that differs per colour,

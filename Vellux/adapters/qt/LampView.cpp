@@ -17,11 +17,12 @@ LampView::LampView(QWidget* pParent) : QWidget(pParent) {
     setAccessibleDescription(lampDescription(m_lamp));
 }
 
-void LampView::setLamp(const LampState& lamp) {
+void LampView::setLamp(const LampState& lamp, const QString& strWords) {
+    if (strWords != accessibleDescription())
+        setAccessibleDescription(strWords); // announced
     if (lamp == m_lamp)
         return;
     m_lamp = lamp;
-    setAccessibleDescription(lampDescription(lamp)); // announced
     update();
 }
 

@@ -13,8 +13,8 @@ class LampView : public QWidget {
 public:
     explicit LampView(QWidget* pParent = nullptr);
 
-    /// What it shows; off at first.
-    void setLamp(const LampState& lamp);
+    /// What it shows, and its words for whoever can't see it; off at first.
+    void setLamp(const LampState& lamp, const QString& strWords);
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }

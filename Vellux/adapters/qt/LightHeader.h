@@ -3,6 +3,7 @@
 
 #include "threads/CoalescedUpdate.h"
 #include "adapters/qt/MainWindow.h"
+#include "model/ViewState.h"
 #include "threads/Observers.h"
 
 #include <QObject>
@@ -14,8 +15,8 @@ class MainWindow;
 namespace vellux {
 
 /// Shows the lamp as a picture and in words, the light in a line, and a command to copy for a user who may
-/// not open it. Main thread; destroyed after the last thread that writes what it shows has ended, and before
-/// the form's widgets.
+/// not open it. Without a light the lamp is hollow, and the line says what one would show. Main thread;
+/// destroyed after the last thread that writes what it shows has ended, and before the form's widgets.
 class LightHeader {
 public:
     LightHeader(const MainWindow::Dependencies& dependencies, Ui::MainWindow& form);
@@ -27,13 +28,12 @@ public:
     void reserveRoom();
 
 private:
-    void showLamp();
-    void showLight();
+    void show();
+    void showRemedy(const LightState& light);
 
     const MainWindow::Dependencies m_dependencies;
     Ui::MainWindow& m_form;
-    CoalescedUpdate m_lamp;
-    CoalescedUpdate m_light;
+    CoalescedUpdate m_update;
     QObject m_receiver;
     Observation m_observations[2];
 };

@@ -3,37 +3,22 @@
 #include "VelluxWindowUi/VelluxWindowUi.h"
 #include "adapters/qt/ButtonBinding.h"
 #include "adapters/qt/ChannelStatusLine.h"
+#include "adapters/qt/ColourEntry.h"
 #include "adapters/qt/ComboBoxBinding.h"
+#include "adapters/qt/ConnectionPanel.h"
 #include "adapters/qt/LightHeader.h"
+#include "adapters/qt/QuitKey.h"
 #include "adapters/qt/TextFieldBinding.h"
 #include "adapters/qt/WindowActions.h"
-#include "model/ConnectTitle.h"
+#include "adapters/qt/WindowFit.h"
 #include "ui_MainWindow.h"
 
 #include <QCloseEvent>
-#include <QShortcut>
 
-#include <initializer_list>
 #include <utility>
 #include <vector>
 
 namespace vellux {
-
-namespace {
-
-// Makes a button wide enough for all of its titles, so that nothing moves when the title changes.
-void reserveWidth(QPushButton& button, std::initializer_list<const char*> titles) {
-    const QString strNow = button.text();
-    int nWidth = 0;
-    for (const char* const pTitle : titles) {
-        button.setText(QLatin1String(pTitle));
-        nWidth = qMax(nWidth, button.sizeHint().width());
-    }
-    button.setText(strNow);
-    button.setMinimumWidth(nWidth);
-}
-
-} // namespace
 
 /// The form with all that keeps it up to date.
 class MainWindow::View {
@@ -42,8 +27,9 @@ public:
 
     /// Fits the form to the style and the font in use.
     void fit();
-    /// On the button of the current mode, so that there is no caret in an idle window.
-    void placeFocus();
+    void placeFocus() { m_connection->placeFocus(); }
+    void setNotice(const QString& strText);
+    WindowFit& place() { return *m_fit; }
     /// The user closes the window or presses Escape.
     void askToClose() { m_dependencies.controller.windowShouldClose(m_window); }
     bool isFollowingLost() const { return m_following->isLost(); }
@@ -60,7 +46,8 @@ private:
     void bind(QAbstractButton* pWidget, const std::shared_ptr<Button>& model, ButtonBinding::Action action);
     void bind(QAbstractButton* pWidget, const std::shared_ptr<Button>& model, ButtonAction action);
     void bind(QAbstractButton* pWidget, const std::shared_ptr<Button>& model, BoxAction action);
-    void bind(QComboBox* pWidget, const std::shared_ptr<ComboBox>& model, ListAction action);
+    void bind(ChoiceList* pWidget, const std::shared_ptr<ComboBox>& model, ListAction action,
+              ComboBoxBinding::Look look = {});
     void bind(QLineEdit* pWidget, const std::shared_ptr<TextField>& model);
 
     MainWindow& m_window;
@@ -69,6 +56,9 @@ private:
     // These write into the form, so they are destroyed before it, in reverse order.
     std::unique_ptr<ChannelStatusLine> m_following;
     std::unique_ptr<LightHeader> m_head;
+    std::unique_ptr<ConnectionPanel> m_connection;
+    std::unique_ptr<WindowFit> m_fit;
+    std::unique_ptr<QuitKey> m_quitKey;
     std::vector<std::unique_ptr<ControlBinding>> m_bindings;
 };
 
@@ -79,10 +69,14 @@ MainWindow::View::View(MainWindow& window, const Dependencies& dependencies)
     QPalette palette;
     palette.setBrush(QPalette::Base, Qt::transparent);
     m_form.textFieldLyncStatus->setPalette(palette);
+    m_form.panelHead->setBackgroundRole(QPalette::Base);
 
     m_following = std::make_unique<ChannelStatusLine>(m_dependencies, m_form,
                                                       [this] { emit m_window.followingLost(); });
     m_head = std::make_unique<LightHeader>(m_dependencies, m_form);
+    m_connection = std::make_unique<ConnectionPanel>(m_dependencies, m_form);
+    m_fit = std::make_unique<WindowFit>(window, *m_form.scrollArea);
+    setNotice({});
     bindModes();
     bindConnection();
     bindChoices();
@@ -101,7 +95,8 @@ void MainWindow::View::bindConnection() {
     bind(m_form.textFieldLyncServerName, controller.textFieldLyncServerName());
     bind(m_form.textFieldUsername, controller.textFieldUsername());
     bind(m_form.textFieldPassword, controller.textFieldPassword());
-    bind(m_form.buttonConnect, controller.buttonConnect(), &VelluxWindowUi::onConnectButtonClicked);
+    bind(m_form.buttonConnect, controller.buttonConnect(),
+         [this](Button& sender) { m_connection->press(sender); });
     bind(m_form.textFieldLyncStatus, controller.textFieldLyncStatus());
 }
 
@@ -112,11 +107,15 @@ void MainWindow::View::bindChoices() {
     bind(m_form.buttonLightOffOnAway, controller.buttonLightOffOnAway(), &Controller::onlightOffOnAway);
     bind(m_form.buttonLightOffOnAvailable, controller.buttonLightOffOnAvailable(),
          &Controller::onlightOffOnAvailable);
-    bind(m_form.syncModeColorList, controller.syncModeColorList(), &Controller::onSyncModeColorListSelection);
+    const auto colour = [&controller](std::int32_t nIndex, const std::string& strItem) {
+        return colourEntry(nIndex, strItem, controller.light().get().family);
+    };
+    bind(m_form.syncModeColorList, controller.syncModeColorList(), &Controller::onSyncModeColorListSelection,
+         colour);
     bind(m_form.syncModeFlashSpeedList, controller.syncModeFlashSpeedList(),
          &Controller::onSyncModeFlashSpeedListSelection);
     bind(m_form.manualModeColorList, controller.manualModeColorList(),
-         &Controller::onManualModeColorListSelection);
+         &Controller::onManualModeColorListSelection, colour);
     bind(m_form.manualModeFlashSpeedList, controller.manualModeFlashSpeedList(),
          &Controller::onManualModeFlashSpeedListSelection);
 }
@@ -129,16 +128,7 @@ void MainWindow::View::connectActions() {
             [&controller] { controller.openLink(nullptr); });
     const auto exit = [&controller] { controller.onExit(nullptr); };
     connect(m_form.buttonExit, &QPushButton::clicked, &m_window, exit);
-    connect(new QShortcut(Qt::CTRL | Qt::Key_Q, &m_window), &QShortcut::activated, &m_window, exit);
-    connect(new QShortcut(Qt::Key_Escape, &m_window), &QShortcut::activated, &m_window,
-            [this] { askToClose(); });
-    for (const QLineEdit* const pField :
-         {m_form.textFieldLyncServerName, m_form.textFieldUsername, m_form.textFieldPassword})
-        connect(pField, &QLineEdit::returnPressed, m_form.buttonConnect, [this] {
-            if (m_dependencies.controller.buttonConnect()->title() ==
-                kTitleConnect) // never by mistake the other one
-                m_form.buttonConnect->click();
-        });
+    m_quitKey = std::make_unique<QuitKey>(m_window, exit);
 }
 
 void MainWindow::View::bind(QAbstractButton* pWidget, const std::shared_ptr<Button>& model,
@@ -157,32 +147,27 @@ void MainWindow::View::bind(QAbstractButton* pWidget, const std::shared_ptr<Butt
     bind(pWidget, model, [this, action](Button& sender) { (m_dependencies.controller.*action)(&sender); });
 }
 
-void MainWindow::View::bind(QComboBox* pWidget, const std::shared_ptr<ComboBox>& model, ListAction action) {
+void MainWindow::View::bind(ChoiceList* pWidget, const std::shared_ptr<ComboBox>& model, ListAction action,
+                            ComboBoxBinding::Look look) {
     m_bindings.push_back(std::make_unique<ComboBoxBinding>(
         m_dependencies.mainThread, *pWidget, model,
-        [this, action](ComboBox& sender) { (m_dependencies.controller.*action)(sender); }));
+        [this, action](ComboBox& sender) { (m_dependencies.controller.*action)(sender); }, std::move(look)));
 }
 
 void MainWindow::View::bind(QLineEdit* pWidget, const std::shared_ptr<TextField>& model) {
     m_bindings.push_back(std::make_unique<TextFieldBinding>(m_dependencies.mainThread, *pWidget, model));
 }
 
-void MainWindow::View::placeFocus() {
-    const bool bManual = m_form.buttonSelectManualMode->isChecked();
-    (bManual ? m_form.buttonSelectManualMode : m_form.buttonSelectSyncMode)->setFocus();
+void MainWindow::View::setNotice(const QString& strText) {
+    m_form.labelNotice->setText(breakable(strText));
+    m_form.labelNotice->setAccessibleName(strText);
+    m_form.labelNotice->setVisible(!strText.isEmpty());
 }
 
 void MainWindow::View::fit() {
     m_form.labelLampName->setFont(headingFont(m_window.font()));
-    QLineEdit* const fields[] = {m_form.textFieldLyncServerName, m_form.textFieldUsername,
-                                 m_form.textFieldPassword};
-    int nHeight = 0; // of the tallest: placeholders have a font of their own
-    for (const QLineEdit* const pField : fields)
-        nHeight = qMax(nHeight, pField->sizeHint().height());
-    for (QLineEdit* const pField : fields)
-        pField->setMinimumHeight(nHeight);
     m_head->reserveRoom();
-    reserveWidth(*m_form.buttonConnect, {kTitleConnect, kTitleConnecting, kTitleDisconnect});
+    m_connection->reserveRoom();
     // What belongs to a mode or a box is aligned with its text; what belongs together is closer together.
     const QStyle& style = *m_window.style();
     const int nIndent = style.pixelMetric(QStyle::PM_ExclusiveIndicatorWidth) +
@@ -223,6 +208,28 @@ bool MainWindow::isFollowingLost() const {
 void MainWindow::closeEvent(QCloseEvent* pEvent) {
     m_view->askToClose();
     pEvent->accept();
+}
+
+// A shortcut would also be taken by a list that Escape has just closed.
+void MainWindow::keyPressEvent(QKeyEvent* pEvent) {
+    if (pEvent->key() == Qt::Key_Escape)
+        m_view->askToClose();
+    else
+        QWidget::keyPressEvent(pEvent);
+}
+
+void MainWindow::setNotice(const QString& strText) {
+    m_view->setNotice(strText);
+}
+
+void MainWindow::setVisible(bool bVisible) {
+    if (bVisible && !isVisible()) {
+        m_view->place().beforeShow();
+    } else if (!bVisible && isVisible()) {
+        m_view->place().beforeHide();
+        setNotice({});
+    }
+    QWidget::setVisible(bVisible);
 }
 
 void MainWindow::showEvent(QShowEvent* pEvent) {

@@ -38,8 +38,13 @@ public:
     void orderOut() override;
     void setLevel(WindowLevel level) override;
 
+    /// Says something in a line of its own, until it says something else or is hidden; "" for nothing.
+    void setNotice(const QString& strText);
     /// Whether the window says that the presence is no longer followed.
     bool isFollowingLost() const;
+
+    /// Shown again, it stands where it stood.
+    void setVisible(bool bVisible) override;
 
 signals:
     /// The presence is no longer followed; the window already says so.
@@ -48,6 +53,7 @@ signals:
     void firstPaint();
 
 protected:
+    void keyPressEvent(QKeyEvent* pEvent) override;
     void closeEvent(QCloseEvent* pEvent) override;
     void showEvent(QShowEvent* pEvent) override;
     void paintEvent(QPaintEvent* pEvent) override;

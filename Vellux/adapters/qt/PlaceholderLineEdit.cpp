@@ -10,6 +10,8 @@ namespace vellux {
 
 namespace {
 constexpr int kTextMargin = 2; // what QLineEdit itself leaves at both sides of its text
+// Room for it is there before a line has one, so that lines are equally high, and nothing moves later.
+const Placeholder kLargest = {"", "Helvetica-Oblique", 13};
 } // namespace
 
 void PlaceholderLineEdit::setPlaceholder(const std::optional<Placeholder>& placeholder) {
@@ -41,10 +43,8 @@ QColor PlaceholderLineEdit::colourOf(const Placeholder& placeholder, const QColo
 }
 
 QSize PlaceholderLineEdit::withPlaceholder(QSize size) const {
-    if (m_placeholder) {
-        const int nHeight = QFontMetrics(fontOf(*m_placeholder), this).height();
-        size.rheight() += qMax(0, nHeight - fontMetrics().height());
-    }
+    const int nHeight = QFontMetrics(fontOf(m_placeholder.value_or(kLargest)), this).height();
+    size.rheight() += qMax(0, nHeight - fontMetrics().height());
     return size;
 }
 

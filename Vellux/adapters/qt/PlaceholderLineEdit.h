@@ -21,7 +21,7 @@ public:
     /// Absent for none.
     void setPlaceholder(const std::optional<Placeholder>& placeholder);
 
-    /// Tall enough for the placeholder's font as well as for its own.
+    /// Tall enough for the placeholder's font as well as for its own, with or without a placeholder.
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
 

@@ -4,6 +4,7 @@
 #include "adapters/qt/MainWindow.h"
 
 #include <QDesktopServices>
+#include <QFile>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
@@ -14,6 +15,8 @@
 namespace vellux {
 
 namespace {
+
+constexpr int kAlertLetters = 52; // a line of an alert that is easy to read
 
 QFont boldFont(QFont font) {
     font.setBold(true);
@@ -33,6 +36,11 @@ void describe(QMessageBox& box, const Alert& alert) {
         pLabel->setTextFormat(Qt::PlainText);
         if (pLabel->text() == strTitle)
             pLabel->setFont(boldFont(pLabel->font()));
+        if (pLabel->text().isEmpty())
+            continue;                                       // the icon's
+        const QFontMetrics metrics = pLabel->fontMetrics(); // a box makes its labels as narrow as it can
+        pLabel->setMinimumWidth(qMin(metrics.horizontalAdvance(pLabel->text()) + metrics.maxWidth() / 2,
+                                     kAlertLetters * metrics.averageCharWidth()));
     }
     for (const std::string& strButton : alert.buttons)
         box.addButton(QString::fromStdString(strButton).replace(QLatin1String("&"), QLatin1String("&&")),
@@ -69,11 +77,18 @@ Window* QtDesktop::mainWindow() {
 std::unique_ptr<Window> QtDesktop::loadWindow(std::string_view strDescription, WindowController& controller) {
     if (strDescription != "AboutDialog")
         return nullptr;
-    return std::make_unique<AboutWindow>(controller, m_dependencies.openWebSite);
+    return std::make_unique<AboutWindow>(controller, m_window, m_dependencies.openWebSite);
 }
 
 void QtDesktop::openUrl(const std::string& strUrl) {
-    QDesktopServices::openUrl(QUrl(QString::fromStdString(strUrl)));
+    const QUrl url(QString::fromStdString(strUrl));
+    const QString strShown = url.isLocalFile() ? url.toLocalFile() : url.toDisplayString();
+    if (url.isLocalFile() && !QFile::exists(strShown))
+        m_window.setNotice(MainWindow::tr("There is no %1 on this computer.").arg(strShown));
+    else if (!QDesktopServices::openUrl(url))
+        m_window.setNotice(MainWindow::tr("No program could be found that opens %1.").arg(strShown));
+    else
+        m_window.setNotice({});
 }
 
 void QtDesktop::terminate() {

@@ -2,8 +2,10 @@
 
 #include "adapters/dbus/StatusNotifierHost.h"
 #include "adapters/qt/LampDrawing.h"
+#include "adapters/qt/Words.h"
 
 #include <QAction>
+#include <QCoreApplication>
 #include <QMenu>
 #include <QSystemTrayIcon>
 
@@ -26,13 +28,13 @@ QString toolTipOf(const TrayState& state) {
 class Tray::Icon {
 public:
     explicit Icon(Actions actions) : m_actions(std::move(actions)) {
-        QObject::connect(m_menu.addAction(QStringLiteral("&Show")), &QAction::triggered, &m_menu,
-                         m_actions.show);
+        QObject::connect(m_menu.addAction(QCoreApplication::translate("Tray", "&Show")), &QAction::triggered,
+                         &m_menu, m_actions.show);
         m_pConnect = m_menu.addAction(QString());
         QObject::connect(m_pConnect, &QAction::triggered, &m_menu, m_actions.connect);
         m_menu.addSeparator();
-        QObject::connect(m_menu.addAction(QStringLiteral("E&xit")), &QAction::triggered, &m_menu,
-                         m_actions.exit);
+        QObject::connect(m_menu.addAction(QCoreApplication::translate("Tray", "E&xit")), &QAction::triggered,
+                         &m_menu, m_actions.exit);
         setMenu();
     }
 
@@ -50,7 +52,7 @@ public:
 private:
     /// An action emits a signal only for a real change.
     void setMenu() {
-        m_pConnect->setText(m_state.strConnectTitle);
+        m_pConnect->setText(shownWord(m_state.strConnectTitle.toStdString()));
         m_pConnect->setVisible(!m_state.strConnectTitle.isEmpty());
         m_pConnect->setEnabled(m_state.bConnectEnabled);
     }

@@ -1,6 +1,7 @@
 #include "adapters/qt/WindowActions.h"
 
 #include <QApplication>
+#include <QRegularExpression>
 
 namespace vellux {
 
@@ -32,6 +33,11 @@ void setWindowLevel(QWidget& window, WindowLevel level) {
     const bool bVisible = window.isVisible();
     window.setWindowFlag(Qt::WindowStaysOnTopHint, bOnTop); // hides it
     window.setVisible(bVisible);
+}
+
+QString breakable(QString strText) {
+    static const QRegularExpression separator(QStringLiteral("([/\\\\@])"));
+    return strText.replace(separator, QStringLiteral("\\1\u200b"));
 }
 
 QFont headingFont(QFont font) {

@@ -15,6 +15,8 @@ void bringToFront(QWidget& window);
 bool alertToFront();
 /// Makes a window float above ordinary ones, or stops that. Main thread.
 void setWindowLevel(QWidget& window, WindowLevel level);
+/// The text with places to break a line in accounts and paths, which have no blanks. Main thread.
+QString breakable(QString strText);
 /// The font of a heading that stands over text in the given font. Main thread.
 QFont headingFont(QFont font);
 

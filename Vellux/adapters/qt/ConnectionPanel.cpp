@@ -1,0 +1,155 @@
+#include "adapters/qt/ConnectionPanel.h"
+
+#include "VelluxWindowUi/VelluxWindowUi.h"
+#include "adapters/qt/WindowActions.h"
+#include "adapters/qt/Words.h"
+#include "model/ConnectTitle.h"
+#include "ui_MainWindow.h"
+
+#include <QEvent>
+
+#include <initializer_list>
+
+namespace vellux {
+
+namespace {
+
+void reserveWidth(QPushButton& button, std::initializer_list<QString> titles) {
+    const QString strNow = button.text();
+    int nWidth = 0;
+    for (const QString& strTitle : titles) {
+        button.setText(strTitle);
+        nWidth = qMax(nWidth, button.sizeHint().width());
+    }
+    button.setText(strNow);
+    button.setMinimumWidth(nWidth);
+}
+
+constexpr int kConnectRow = 3; // of the form's grid
+
+QString foldTitle(bool bFolded) {
+    return bFolded ? MainWindow::tr("C&hange…") : MainWindow::tr("&Hide");
+}
+
+} // namespace
+
+/// Takes the second click of a double click away: at "Disconnect" it would connect again.
+class ConnectionPanel::ClickFilter : public QObject {
+public:
+    using QObject::QObject;
+
+protected:
+    bool eventFilter(QObject*, QEvent* pEvent) override {
+        return pEvent->type() == QEvent::MouseButtonDblClick;
+    }
+};
+
+ConnectionPanel::ConnectionPanel(const MainWindow::Dependencies& dependencies, Ui::MainWindow& form)
+    : m_dependencies(dependencies), m_form(form), m_update(dependencies.mainThread, [this] { show(); }) {
+    m_form.buttonConnect->installEventFilter(new ClickFilter(m_form.buttonConnect));
+    for (const QLineEdit* const pField :
+         {m_form.textFieldLyncServerName, m_form.textFieldUsername, m_form.textFieldPassword})
+        QObject::connect(pField, &QLineEdit::returnPressed, &m_receiver, [this] {
+            if (m_dependencies.controller.buttonConnect()->title() ==
+                kTitleConnect) // never by mistake the other one
+                m_form.buttonConnect->click();
+        });
+    QObject::connect(m_form.buttonFold, &QPushButton::clicked, &m_receiver, [this] {
+        m_bUnfoldedByUser = m_bFolded;
+        show();
+        if (!m_bFolded)
+            m_form.textFieldLyncServerName->setFocus();
+    });
+    const auto showStatus = [this](const QString& strStatus) {
+        m_form.labelStatus->setEnabled(!strStatus.isEmpty()); // which its field can't be seen to be
+    };
+    QObject::connect(m_form.textFieldLyncStatus, &QLineEdit::textChanged, &m_receiver, showStatus);
+    showStatus(m_form.textFieldLyncStatus->text());
+    m_observation = m_dependencies.controller.buttonConnect()->observe([this](Control::Change) {
+        m_bStarting = false;
+        m_update.ask();
+    });
+    fold(false);
+    show();
+}
+
+void ConnectionPanel::press(Button& sender) {
+    assertMainThread(m_dependencies.mainThread);
+    if (!sender.isEnabled() || isStarting()) // which the widget may not show yet
+        return;
+    VelluxWindowUi& controller = m_dependencies.controller;
+    const WorkerThreadRef before = controller.statusMonitor();
+    m_bStarting = true; // first, since the monitor may be faster than what comes next
+    controller.onConnectButtonClicked(sender);
+    m_started = controller.statusMonitor();
+    if (m_started == before)
+        m_bStarting = false;
+    if (QLineEdit* const pEmpty = firstEmptyField()) // an alert has asked for it
+        pEmpty->setFocus();
+}
+
+// A thread that could not be created is finished at once.
+bool ConnectionPanel::isStarting() const {
+    return m_bStarting && m_started != nullptr && !m_started->isFinished();
+}
+
+QLineEdit* ConnectionPanel::firstEmptyField() const {
+    for (QLineEdit* const pField :
+         {m_form.textFieldLyncServerName, m_form.textFieldUsername, m_form.textFieldPassword})
+        if (pField->text().isEmpty() && pField->isEnabled() && !m_bFolded)
+            return pField;
+    return nullptr;
+}
+
+void ConnectionPanel::placeFocus() {
+    const auto button = m_dependencies.controller.buttonConnect();
+    QWidget* pFocus = m_form.textFieldLyncStatus; // only to be read
+    if (button->title() == kTitleConnect && m_form.buttonConnect->isEnabled()) {
+        pFocus = firstEmptyField();
+        if (pFocus == nullptr)
+            pFocus = m_form.buttonConnect;
+    }
+    pFocus->setFocus();
+}
+
+void ConnectionPanel::reserveRoom() {
+    reserveWidth(*m_form.buttonConnect,
+                 {shownWord(kTitleConnect), shownWord(kTitleConnecting), shownWord(kTitleDisconnect)});
+    reserveWidth(*m_form.buttonFold, {foldTitle(true), foldTitle(false)});
+}
+
+void ConnectionPanel::show() {
+    const bool bConnected = isConnected(*m_dependencies.controller.buttonConnect());
+    m_bUnfoldedByUser = m_bUnfoldedByUser && bConnected;
+    m_form.buttonFold->setVisible(bConnected);
+    if (const bool bFolded = bConnected && !m_bUnfoldedByUser; bFolded != m_bFolded)
+        fold(bFolded);
+}
+
+void ConnectionPanel::fold(bool bFolded) {
+    m_bFolded = bFolded;
+    const QString strSignedIn =
+        MainWindow::tr("Signed in as %1 on %2")
+            .arg(m_form.textFieldUsername->text(), m_form.textFieldLyncServerName->text());
+    m_form.labelSignedIn->setText(breakable(strSignedIn));
+    m_form.labelSignedIn->setAccessibleName(strSignedIn);
+    QWidget* const inputs[] = {m_form.labelServer,   m_form.textFieldLyncServerName,
+                               m_form.labelUser,     m_form.textFieldUsername,
+                               m_form.labelPassword, m_form.textFieldPassword};
+    for (QWidget* const pInput : inputs) {
+        if (bFolded && pInput->hasFocus())
+            m_form.textFieldLyncStatus->setFocus(); // not on a button that acts
+        pInput->setVisible(!bFolded);
+    }
+    m_form.labelSignedIn->setVisible(bFolded);
+    // The line begins where the labels do; Connect stands below the fields.
+    m_form.layoutConnection->removeItem(m_form.layoutConnect);
+    m_form.layoutConnect->setParent(nullptr);
+    m_form.layoutConnection->addLayout(m_form.layoutConnect, kConnectRow, bFolded ? 0 : 1, 1,
+                                       bFolded ? 2 : 1);
+    m_form.buttonFold->setText(foldTitle(bFolded));
+    m_form.buttonFold->setAccessibleName(bFolded ? MainWindow::tr("Change the sign-in")
+                                                 : MainWindow::tr("Hide the sign-in"));
+}
+
+} // namespace vellux
