@@ -113,17 +113,6 @@ TEST_F(MainWindowFixture, KeysOfEveryWindow) {
     EXPECT_FALSE(window.isVisible());
 }
 
-// A window that window managers place anew when it comes back.
-TEST_F(MainWindowFixture, ComesBackWhereItWas) {
-    window.windowHandle()->setPosition(70, 80); // as a window manager does
-    runPending();
-    const QPoint place = window.pos();
-    window.orderOut();
-    window.windowHandle()->setPosition(5, 5); // as one does with a window that doesn't say where it belongs
-    window.makeKeyAndOrderFront();
-    EXPECT_EQ(window.pos(), place);
-}
-
 // A press on "Web site" that nothing comes of, without a word.
 TEST_F(MainWindowFixture, SaysWhatCouldNotBeOpened) {
     vellux::assertMainThread();

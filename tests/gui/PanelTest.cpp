@@ -66,8 +66,11 @@ TEST_F(PanelFixture, ADoubleClickCountsOnce) {
     runUntilConnectShows("Disconnect");
     runPending();
     EXPECT_EQ(journal.take({"request"}).size(), 4U);
+    vellux::assertMainThread();
+    const auto monitor = ui().statusMonitor();
     doubleClick(button);
     EXPECT_EQ(button.text().remove('&'), "Connect");
+    EXPECT_EQ(ui().statusMonitor(), monitor);
     click("buttonConnect"); // a press of its own counts
     runUntilConnectShows("Disconnect");
     EXPECT_EQ(journal.take({"request"}).size(), 4U);
