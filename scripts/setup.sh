@@ -21,7 +21,7 @@ test_packages=(
     dbus python3-dbusmock xvfb fonts-dejavu-core
 )
 kernel_test_packages=(qemu-system-x86 busybox-static cpio kmod udev systemd at-spi2-core)
-picture_packages=(xvfb xauth fonts-dejavu-core)
+picture_packages=(xvfb xauth openbox fonts-dejavu-core)
 
 as_root() {
     if [ "$(id -u)" -eq 0 ]; then

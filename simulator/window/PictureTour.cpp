@@ -25,7 +25,7 @@ QWidget* otherWindow(const QWidget& window) {
     return nullptr;
 }
 
-// No window manager places windows where pictures are taken.
+// A window manager would place them anywhere.
 void place(QWidget& window) {
     const int nMargin = 2 * window.fontMetrics().height();
     window.move(nMargin, nMargin);
