@@ -29,14 +29,13 @@ public:
     void fit();
     void placeFocus() { m_connection->placeFocus(); }
     void setNotice(const QString& strText);
-    WindowFit& place() { return *m_fit; }
+    void aboutToBeShown(bool bShown) { bShown ? m_fit->beforeShow() : m_fit->beforeHide(); }
     /// The user closes the window or presses Escape.
     void askToClose() { m_dependencies.controller.windowShouldClose(m_window); }
     bool isFollowingLost() const { return m_following->isLost(); }
 
 private:
-    void bindModes();
-    void bindConnection();
+    void bindModesAndConnection();
     void bindChoices();
     void connectActions();
 
@@ -77,21 +76,16 @@ MainWindow::View::View(MainWindow& window, const Dependencies& dependencies)
     m_connection = std::make_unique<ConnectionPanel>(m_dependencies, m_form);
     m_fit = std::make_unique<WindowFit>(window, *m_form.scrollArea);
     setNotice({});
-    bindModes();
-    bindConnection();
+    bindModesAndConnection();
     bindChoices();
     connectActions();
     fit();
 }
 
-void MainWindow::View::bindModes() {
+void MainWindow::View::bindModesAndConnection() {
     VelluxWindowUi& controller = m_dependencies.controller;
     bind(m_form.buttonSelectSyncMode, controller.buttonSelectSyncMode(), &VelluxWindowUi::setSyncMode);
     bind(m_form.buttonSelectManualMode, controller.buttonSelectManualMode(), &VelluxWindowUi::setManualMode);
-}
-
-void MainWindow::View::bindConnection() {
-    VelluxWindowUi& controller = m_dependencies.controller;
     bind(m_form.textFieldLyncServerName, controller.textFieldLyncServerName());
     bind(m_form.textFieldUsername, controller.textFieldUsername());
     bind(m_form.textFieldPassword, controller.textFieldPassword());
@@ -223,18 +217,16 @@ void MainWindow::setNotice(const QString& strText) {
 }
 
 void MainWindow::setVisible(bool bVisible) {
-    if (bVisible && !isVisible()) {
-        m_view->place().beforeShow();
-    } else if (!bVisible && isVisible()) {
-        m_view->place().beforeHide();
-        setNotice({});
-    }
+    if (bVisible != isVisible())
+        m_view->aboutToBeShown(bVisible);
     QWidget::setVisible(bVisible);
 }
 
 void MainWindow::showEvent(QShowEvent* pEvent) {
-    if (!pEvent->spontaneous())
+    if (!pEvent->spontaneous()) {
         m_view->placeFocus();
+        setNotice({}); // of before
+    }
     QWidget::showEvent(pEvent);
 }
 

@@ -48,12 +48,14 @@ void WindowFit::beforeShow() {
     }
     // Without being told, a window manager places a window anew each time. On a screen that has gone it may.
     QWindow* const pHandle = m_window.windowHandle();
-    if (m_place && pHandle != nullptr && m_window.screen()->virtualGeometry().contains(*m_place))
+    if (m_place && !m_window.isMaximized() && pHandle != nullptr &&
+        m_window.screen()->virtualGeometry().contains(*m_place))
         pHandle->setPosition(*m_place); // QWidget::move() ignores a place that it has already
 }
 
 void WindowFit::beforeHide() {
-    m_place = m_window.geometry().topLeft();
+    if (!m_window.isMaximized() && !m_window.isFullScreen())
+        m_place = m_window.geometry().topLeft();
 }
 
 void WindowFit::follow() {
