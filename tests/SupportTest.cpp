@@ -203,6 +203,38 @@ TEST_F(FilesFixture, ThatAreNoFiles) {
     EXPECT_EQ(contentOf(path("file")), "x");
 }
 
+// A user told that nothing can be kept where it can, or left in the belief that it can.
+TEST_F(FilesFixture, TellWhetherTheyCanBeWritten) {
+    const uid_t nUser = geteuid();
+    fs::create_directories(path("locked/below"));
+    for (const char* strName : {"mine", "read-only", "locked/mine"})
+        writeContent(path(strName), "x");
+    fs::create_symlink("nowhere", path("dangling"));
+    fs::create_symlink("mine", path("link"));
+    if (nUser == 0) { // who may write everywhere
+        for (const char* strName : {"", "mine", "locked/mine"})
+            ASSERT_EQ(chown(path(strName).c_str(), 65534, 65534), 0);
+        ASSERT_EQ(seteuid(65534), 0);
+    } else {
+        fs::permissions(path("locked"), fs::perms(0555));
+    }
+    fs::permissions(path("mine"), fs::perms(0600));
+    if (nUser != 0)
+        fs::permissions(path("read-only"), fs::perms(0444));
+    const struct {
+        const char* strName;
+        bool bExpected;
+    } rows[] = {{"mine", true},        {"read-only", false},    {"link", true},       {"dangling", false},
+                {"new", true},         {"no/such/file", true},  {"", false},          {"locked/mine", true},
+                {"locked/new", false}, {"locked/a/b/c", false}, {"mine/below", false}};
+    for (const auto& row : rows)
+        EXPECT_EQ(isWritable(path(row.strName)), row.bExpected) << row.strName;
+    EXPECT_FALSE(isWritable(""));
+    EXPECT_FALSE(fs::exists(path("no")));
+    ASSERT_EQ(seteuid(nUser), 0);
+    fs::permissions(path("locked"), fs::perms(0755));
+}
+
 // Calls out of order, dropped, or run on the wrong thread; a waiter that goes on before its call is done.
 TEST(CallQueue, RunsInOrderOnItsThread) {
     const Watchdog watchdog("a call that was waited for");

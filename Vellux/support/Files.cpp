@@ -159,4 +159,21 @@ void writeFile(const std::string& strPath, std::string_view strText, FileAccess 
 } catch (const std::bad_alloc&) {
 }
 
+// With the effective user's rights, as open() has them.
+bool isWritable(const std::string& strPath) try {
+    struct stat status {};
+    if (::lstat(strPath.c_str(), &status) == 0)
+        return ::stat(strPath.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
+               ::faccessat(AT_FDCWD, strPath.c_str(), W_OK, AT_EACCESS) == 0;
+    for (fs::path directory = strPath; errno == ENOENT && directory.has_relative_path();) {
+        directory = directory.parent_path();
+        if (::stat(directory.c_str(), &status) == 0)
+            return S_ISDIR(status.st_mode) &&
+                   ::faccessat(AT_FDCWD, directory.c_str(), W_OK | X_OK, AT_EACCESS) == 0;
+    }
+    return false;
+} catch (const std::bad_alloc&) {
+    return false;
+}
+
 } // namespace vellux

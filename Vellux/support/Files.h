@@ -30,4 +30,8 @@ void createFileIfMissing(const std::string& strPath, FileAccess access);
 /// user's own is written all the same. Failure is ignored.
 void writeFile(const std::string& strPath, std::string_view strText, FileAccess access);
 
+/// Whether this user could write the file, or create it together with the directories that are missing. Only
+/// looks: changes nothing, and knows nothing of what room there is.
+[[nodiscard]] bool isWritable(const std::string& strPath);
+
 } // namespace vellux
