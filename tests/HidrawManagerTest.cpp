@@ -176,6 +176,12 @@ TEST_F(HidrawManagerFixture, ALightThatMayNotBeOpenedIsListedUntilItMay) {
     EXPECT_EQ(send(listed[0]), static_cast<HidResult>(EACCES));
     EXPECT_EQ(m_manager.deviceOpenResult(listed[1]), 0U);
     EXPECT_EQ(send(listed[1]), 0U);
+    std::string strLights;
+    for (const HidrawLight& light : m_manager.lights())
+        strLights += std::filesystem::path(light.strNode).filename().string() + " " +
+                     std::to_string(light.nVendorID) + ":" + std::to_string(light.nProductID) + " " +
+                     std::to_string(light.nRefusal) + "|";
+    EXPECT_EQ(strLights, "1 4400:1 13|2 4400:2 0|");
 
     while (m_mainThread.nPosted < 4) // until it is let in, at the fourth listing at the latest
         touch(1);
@@ -190,6 +196,7 @@ TEST_F(HidrawManagerFixture, ALightThatMayNotBeOpenedIsListedUntilItMay) {
 // before.
 TEST_F(HidrawManagerFixture, CreatingResetsTheManager) {
     EXPECT_FALSE(m_manager.copyDevices());
+    EXPECT_TRUE(m_manager.lights().empty());
     m_manager.redeliver();
     m_manager.close();
     create();

@@ -14,11 +14,6 @@ HttpFailure failureOf(const HttpExchange& exchange) {
     return exchange.error ? exchange.error->failure : HttpFailure::Other;
 }
 
-// The usual end of a poll that had nothing to tell.
-bool isIdlePoll(const HttpExchange& exchange) {
-    return exchange.bPoll && exchange.error && failureOf(exchange) == HttpFailure::Silent;
-}
-
 bool wentWrong(const HttpExchange& exchange) {
     return exchange.error || exchange.nStatus >= kFirstRefusal;
 }
@@ -112,6 +107,10 @@ std::string ConnectionLog::text() const {
     for (const Entry& entry : entries())
         strText += line(entry);
     return strText;
+}
+
+bool isIdlePoll(const HttpExchange& exchange) {
+    return exchange.bPoll && exchange.error && failureOf(exchange) == HttpFailure::Silent;
 }
 
 const char* nameOf(HttpFailure failure) {

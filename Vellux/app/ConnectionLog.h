@@ -52,6 +52,9 @@ private:
     Observers<> m_observers;
 };
 
+/// The usual end of a poll that had nothing to tell. Any thread.
+[[nodiscard]] bool isIdlePoll(const HttpExchange& exchange);
+
 /// A failure in plain words, such as "name not found". Any thread.
 [[nodiscard]] const char* nameOf(HttpFailure failure);
 

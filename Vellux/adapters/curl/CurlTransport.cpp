@@ -134,4 +134,10 @@ void CurlTransport::close() {
     m_network->close();
 }
 
+std::string curlVersion() {
+    const curl_version_info_data& info = *curl_version_info(CURLVERSION_NOW); // libcurl's
+    return std::string(info.version) + (info.ssl_version != nullptr ? ", " : "") +
+           (info.ssl_version != nullptr ? info.ssl_version : "");
+}
+
 } // namespace vellux

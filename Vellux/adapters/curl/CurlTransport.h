@@ -33,4 +33,7 @@ private:
     std::shared_ptr<CurlNetwork> m_network;
 };
 
+/// The versions of libcurl and of its TLS library, as libcurl names them: "8.5.0, OpenSSL/3.0.13".
+[[nodiscard]] std::string curlVersion();
+
 } // namespace vellux

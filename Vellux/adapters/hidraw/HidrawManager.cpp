@@ -124,6 +124,15 @@ HidResult HidrawManager::deviceOpenResult(const HidDeviceRef& device) {
     return pDevice != nullptr ? pDevice->refusal() : ENODEV;
 }
 
+std::vector<HidrawLight> HidrawManager::lights() {
+    std::vector<HidrawLight> lights;
+    for (const HidDeviceRef& device : copyDevices().value_or(HidDeviceList()))
+        if (const auto* const pDevice = dynamic_cast<const HidrawDevice*>(device.get()))
+            lights.push_back({pDevice->entry().strPath, pDevice->entry().nVendorID,
+                              pDevice->entry().nProductID, pDevice->refusal()});
+    return lights;
+}
+
 bool HidrawManager::isPermissionRefusal(HidResult result) {
     return result == EACCES || result == EPERM;
 }

@@ -14,6 +14,14 @@ namespace vellux {
 
 class HidrawWatch;
 
+/// A device that is there, as people name it.
+struct HidrawLight {
+    std::string strNode; ///< "/dev/hidraw3"
+    std::uint16_t nVendorID = 0;
+    std::uint16_t nProductID = 0;
+    HidResult nRefusal = 0; ///< errno of its last opening; 0 when it could be opened
+};
+
 /// The process's one HID manager. Its device-watch thread, which runs from open() to close(), lists and opens
 /// the devices; reports are written on the threads that send them. No lock is held while a notice is
 /// delivered.
@@ -55,6 +63,10 @@ public:
     /// that hangs: after 5 s, or at once during the 5 s that follow the second time-out in a row.
     HidResult deviceSetReport(const HidDeviceRef& device, std::uint8_t byReportID,
                               std::span<const std::uint8_t> payload) override;
+
+    /// The devices of copyDevices(), in that order; none while the manager is not open. Main thread; asks no
+    /// device.
+    std::vector<HidrawLight> lights();
 
     /// Delivers a removal and an arrival for every device that is there: lights lose their state while the
     /// system sleeps. Does nothing while the manager is not open. Any thread; returns at once.
