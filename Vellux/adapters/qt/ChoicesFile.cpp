@@ -5,6 +5,8 @@
 #include <QSettings>
 #include <QStandardPaths>
 
+#include <optional>
+
 namespace vellux {
 
 namespace {
@@ -19,6 +21,24 @@ constexpr Row kRows[] = {
     {"told-of-missing-tray", &Choices::bToldOfMissingTray},
 };
 
+// What else may stand there would block whoever opens it.
+bool canBeRead(const QString& strPath) {
+    const QFileInfo info(strPath);
+    return info.isFile() || !info.exists();
+}
+
+// Absent for a file that can't be read as a whole.
+std::optional<Choices> readChoices(const QString& strPath) {
+    if (!canBeRead(strPath))
+        return std::nullopt;
+    const QSettings file(strPath, QSettings::IniFormat);
+    Choices choices;
+    for (const Row& row : kRows)
+        // Only this word: whatever else a broken file may hold means off.
+        choices.*row.choice = file.value(QLatin1String(row.strKey)).toString() == QLatin1String("true");
+    return file.status() == QSettings::NoError ? std::optional(choices) : std::nullopt;
+}
+
 } // namespace
 
 ChoicesFile::ChoicesFile()
@@ -31,22 +51,23 @@ ChoicesFile::ChoicesFile(const QString& strPath) : m_strPath(strPath) {
 }
 
 void ChoicesFile::read() {
-    const QSettings file(m_strPath, QSettings::IniFormat);
-    Choices choices;
-    for (const Row& row : kRows)
-        // Only this word: whatever else a broken file may hold means off.
-        choices.*row.choice = file.value(QLatin1String(row.strKey)).toString() == QLatin1String("true");
-    m_choices.set(choices);
+    m_choices.set(readChoices(m_strPath).value_or(Choices()));
 }
 
 void ChoicesFile::write() {
-    QDir().mkpath(QFileInfo(m_strPath).path());
-    QSettings file(m_strPath, QSettings::IniFormat);
     const Choices choices = m_choices.get();
-    for (const Row& row : kRows)
-        file.setValue(QLatin1String(row.strKey), choices.*row.choice);
-    file.sync();
-    m_bStored = file.status() == QSettings::NoError;
+    m_bStored = false;
+    if (!canBeRead(m_strPath))
+        return;
+    QDir().mkpath(QFileInfo(m_strPath).path());
+    if (!readChoices(m_strPath))
+        QFile::remove(m_strPath); // broken: nothing is kept of it
+    {
+        QSettings file(m_strPath, QSettings::IniFormat);
+        for (const Row& row : kRows)
+            file.setValue(QLatin1String(row.strKey), choices.*row.choice);
+    }
+    m_bStored = QFileInfo::exists(m_strPath) && readChoices(m_strPath) == choices;
 }
 
 } // namespace vellux
