@@ -15,6 +15,7 @@
 #include "adapters/dbus/SingleInstance.h"
 #include "adapters/dbus/StatusQuestion.h"
 #include "adapters/hidraw/HidrawManager.h"
+#include "adapters/linux/AutostartEntry.h"
 #include "adapters/linux/Resources.h"
 #include "adapters/linux/StandardDirectories.h"
 #include "adapters/linux/SystemClock.h"
@@ -22,7 +23,9 @@
 #include "adapters/linux/UdevRuleCommand.h"
 #include "adapters/qt/Activation.h"
 #include "adapters/qt/ChoicesFile.h"
+#include "adapters/qt/DetailsWindow.h"
 #include "adapters/qt/MainWindow.h"
+#include "adapters/qt/MorePage.h"
 #include "adapters/qt/QtApplication.h"
 #include "adapters/qt/QtDesktop.h"
 #include "adapters/qt/QtMainThread.h"
@@ -42,7 +45,9 @@
 #include <new>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -92,6 +97,15 @@ void reconnect(VelluxWindowUi& controller) {
     std::abort();
 }
 
+std::vector<vellux::LightNode> lightNodes(vellux::HidrawManager& manager) {
+    std::vector<vellux::LightNode> nodes;
+    for (const vellux::HidrawLight& light : manager.lights())
+        nodes.push_back(
+            {light.strNode, light.nVendorID, light.nProductID,
+             light.nRefusal == 0 ? "" : std::generic_category().message(static_cast<int>(light.nRefusal))});
+    return nodes;
+}
+
 } // namespace
 
 int main(int nArguments, char** arguments) {
@@ -128,10 +142,11 @@ int main(int nArguments, char** arguments) {
     options.observer = [&connectionLog](const auto& exchange) { connectionLog.add(exchange); };
     vellux::CurlTransport transport(mainThread, std::move(options));
     vellux::SystemClock clock;
-    vellux::MainWindow window({mainThread, controller, client, vellux::udevRuleCommand});
+    const vellux::UserEnvironment environment = vellux::readUserEnvironment();
+    const std::string strDataHome = vellux::userDataHome(environment);
+    vellux::MainWindow window({mainThread, controller, client, vellux::udevRuleCommand, strDataHome});
     vellux::QtDesktop desktop(window,
-                              {vellux::userDataHome(vellux::readUserEnvironment()),
-                               [&controller] { controller.openLink(nullptr); },
+                              {strDataHome, [&controller] { controller.openLink(nullptr); },
                                [&application] { application.quitSoon(); }, vellux::beginProcessActivity});
     vellux::Program program({lights, transport, mainThread, clock, desktop});
     vellux::QtTimers timers;
@@ -141,6 +156,18 @@ int main(int nArguments, char** arguments) {
     const vellux::UnreachedLight unreachedLight(
         {mainThread, timers, controller, following, choicesFile.choices()});
     const vellux::WindowTray tray({mainThread, controller, window});
+    const vellux::AutostartEntry autostart(vellux::userConfigHome(environment),
+                                           vellux::runningProgram().value_or("vellux"));
+    vellux::MorePage morePage(window,
+                              {mainThread,
+                               choicesFile,
+                               {[&] { return autostart.isEnabled(); },
+                                [&](bool bOn) { return autostart.setEnabled(bOn); }, autostart.path()}});
+    vellux::DetailsWindow details(window, {mainThread, controller, connectionLog, vellux::curlVersion(),
+                                           [&tray] { return tray.isThere(); },
+                                           [&lights] { return lightNodes(lights); }});
+    QObject::connect(&window, &vellux::MainWindow::moreAsked, &morePage, &vellux::MorePage::present);
+    QObject::connect(&window, &vellux::MainWindow::detailsAsked, &details, &vellux::DetailsWindow::present);
 
     // Also unblocks a main thread that waits for an answer or for a light that hangs.
     const auto terminationWatch = vellux::TerminationWatch::start([&] { program.requestEnd(); });

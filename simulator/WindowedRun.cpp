@@ -58,7 +58,7 @@ int showWindow(char* strProgram, const Options& options) {
     const auto light = std::make_shared<VirtualLight>(options.light, console, changes);
     lights.plug(light);
     SystemClock clock;
-    MainWindow window({mainThread, controller, client, udevRuleCommand});
+    MainWindow window({mainThread, controller, client, udevRuleCommand, directory->path()});
     QtDesktop desktop(window, {directory->path(),
                                [&controller] { controller.openLink(nullptr); },
                                [&application] { application.quitSoon(); },

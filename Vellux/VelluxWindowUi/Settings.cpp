@@ -23,6 +23,9 @@ enum UiStateField : std::size_t {
     kUiStateFields
 };
 
+constexpr const char* kDirectory = "/Vellux";
+constexpr const char* kUiStateFile = "/uistate.txt";
+constexpr const char* kConfigFile = "/configv31.bin";
 constexpr const char* kSeparator = ";";
 constexpr std::size_t kSettingsParts = 3; // server name, user name, password
 
@@ -38,13 +41,19 @@ std::string uiStateText(const std::array<std::int64_t, kUiStateFields>& fields) 
 
 } // namespace
 
+std::array<VelluxWindowUi::SettingsFile, 2>
+VelluxWindowUi::settingsFiles(const std::string& strSupportDirectory) {
+    const std::string strDirectory = strSupportDirectory + kDirectory;
+    return {{{strDirectory + kUiStateFile, false}, {strDirectory + kConfigFile, true}}};
+}
+
 void VelluxWindowUi::findOrCreateDirectory() {
-    strVelluxDirectory = vellux::platform().desktop.applicationSupportDirectory() + "/Vellux";
+    strVelluxDirectory = vellux::platform().desktop.applicationSupportDirectory() + kDirectory;
     vellux::createPrivateDirectory(strVelluxDirectory);
 }
 
 void VelluxWindowUi::restoreUiState() {
-    strUiStateFile = strVelluxDirectory + "/uistate.txt";
+    strUiStateFile = strVelluxDirectory + kUiStateFile;
     vellux::createFileIfMissing(strUiStateFile, vellux::FileAccess::Default);
     const auto fields = vellux::split(vellux::readTextFile(strUiStateFile).value_or(""), kSeparator);
     if (fields.size() != kUiStateFields)
@@ -88,7 +97,7 @@ void VelluxWindowUi::saveUiState() {
 }
 
 void VelluxWindowUi::restoreSettings() {
-    strConfigFile = strVelluxDirectory + "/configv31.bin";
+    strConfigFile = strVelluxDirectory + kConfigFile;
     vellux::createFileIfMissing(strConfigFile, vellux::FileAccess::OwnerOnly);
     if (!readSettings()) {
         if (vellux::Window* const pWindow = vellux::platform().desktop.mainWindow())

@@ -48,6 +48,14 @@ public:
     VelluxWindowUi(const VelluxWindowUi&) = delete;
     VelluxWindowUi& operator=(const VelluxWindowUi&) = delete;
 
+    /// A file in which the controller keeps something.
+    struct SettingsFile {
+        std::string strPath;
+        bool bCredentials = false;
+    };
+    /// The two files of a user whose application-support directory this is. Any thread.
+    static std::array<SettingsFile, 2> settingsFiles(const std::string& strSupportDirectory);
+
     using Button = vellux::Button;
     using ComboBox = vellux::ComboBox;
     using TextField = vellux::TextField;

@@ -68,7 +68,7 @@ TEST_F(LooksFixture, EveryFieldHasNameKeyAndPlace) {
         "textFieldLyncServerName textFieldUsername textFieldPassword "
         "buttonConnect textFieldLyncStatus buttonFlashOnCall syncModeColorList "
         "syncModeFlashSpeedList buttonLightOffOnAway buttonLightOffOnAvailable buttonAbout "
-        "buttonWebSite buttonExit buttonSelectSyncMode";
+        "buttonWebSite buttonMore buttonDetails buttonExit buttonSelectSyncMode";
     EXPECT_TRUE(widget<QWidget>("textFieldLyncServerName").hasFocus());
     click("buttonFlashOnCall");
     widget<QWidget>("textFieldLyncServerName").setFocus();
@@ -78,8 +78,8 @@ TEST_F(LooksFixture, EveryFieldHasNameKeyAndPlace) {
     }
     QMap<QWidget*, QString> labels;
     QSet<QString> mnemonics;
-    const auto take = [&](const QString& strText, const QString& strName) {
-        const QString strKey = QKeySequence::mnemonic(strText).toString();
+    const auto take = [&](const QKeySequence& key, const QString& strName) {
+        const QString strKey = key.toString();
         EXPECT_FALSE(strKey.isEmpty()) << strName.toStdString();
         EXPECT_FALSE(mnemonics.contains(strKey)) << strKey.toStdString() << " " << strName.toStdString();
         mnemonics.insert(strKey);
@@ -91,7 +91,8 @@ TEST_F(LooksFixture, EveryFieldHasNameKeyAndPlace) {
         if (pWidget->focusPolicy() == Qt::NoFocus || pWidget->objectName().isEmpty())
             continue;
         const auto* const pButton = qobject_cast<QAbstractButton*>(pWidget);
-        take(pButton != nullptr ? pButton->text() : labels.value(pWidget), pWidget->objectName());
+        take(pButton != nullptr ? pButton->shortcut() : QKeySequence::mnemonic(labels.value(pWidget)),
+             pWidget->objectName());
         const QAccessibleInterface* const pInterface = QAccessible::queryAccessibleInterface(pWidget);
         EXPECT_FALSE(pInterface->text(QAccessible::Name).isEmpty()) << pWidget->objectName().toStdString();
     }
@@ -125,7 +126,7 @@ TEST_F(LooksFixture, FitsItsContentAndAnyScreen) {
     const auto height = [this](const char* pName) { return widget<QWidget>(pName).height(); };
     EXPECT_EQ(height("textFieldPassword"), height("textFieldUsername"));
     EXPECT_EQ(height("textFieldPassword"), height("textFieldLyncServerName"));
-    vellux::MainWindow early({mainThread, ui(), client(), {}});
+    vellux::MainWindow early({mainThread, ui(), client(), {}, {}});
     early.makeKeyAndOrderFront();
     runPending();
     EXPECT_EQ(early.findChild<QWidget*>("textFieldUsername")->height(), height("textFieldPassword"));
@@ -162,7 +163,7 @@ TEST_F(LooksFixture, EveryWordCanBeTranslated) {
     connectByHand();
     QApplication::installTranslator(&brackets);
     plugInPlain();
-    const vellux::MainWindow other({mainThread, ui(), client(), {}});
+    const vellux::MainWindow other({mainThread, ui(), client(), {}, {}});
     const vellux::WindowTray tray({mainThread, ui(), window});
     QMap<QString, QString> words;
     for (const auto* const pLabel : other.findChildren<QLabel*>())

@@ -9,7 +9,8 @@ WindowFixture::WindowFixture()
       window({mainThread, ui(), client(),
               [](std::uint16_t nVendorID, std::uint16_t nProductID) {
                   return "permit " + std::to_string(nVendorID) + ":" + std::to_string(nProductID) + " 'a  b'";
-              }}),
+              },
+              directory.string()}),
       qtDesktop(
           window,
           {directory.string(), [this] { ui().openLink(nullptr); }, [this] { journal.add("ended"); }, {}}) {

@@ -6,6 +6,8 @@
 #include "adapters/qt/ColourEntry.h"
 #include "adapters/qt/ComboBoxBinding.h"
 #include "adapters/qt/ConnectionPanel.h"
+#include "adapters/qt/FieldHintLines.h"
+#include "adapters/qt/FilesLine.h"
 #include "adapters/qt/LightHeader.h"
 #include "adapters/qt/QuitKey.h"
 #include "adapters/qt/TextFieldBinding.h"
@@ -58,6 +60,8 @@ private:
     std::unique_ptr<ConnectionPanel> m_connection;
     std::unique_ptr<WindowFit> m_fit;
     std::unique_ptr<QuitKey> m_quitKey;
+    std::unique_ptr<FieldHintLines> m_hints;
+    std::unique_ptr<FilesLine> m_files;
     std::vector<std::unique_ptr<ControlBinding>> m_bindings;
 };
 
@@ -75,6 +79,8 @@ MainWindow::View::View(MainWindow& window, const Dependencies& dependencies)
     m_head = std::make_unique<LightHeader>(m_dependencies, m_form);
     m_connection = std::make_unique<ConnectionPanel>(m_dependencies, m_form);
     m_fit = std::make_unique<WindowFit>(window, *m_form.scrollArea);
+    m_hints = std::make_unique<FieldHintLines>(m_dependencies, m_form);
+    m_files = std::make_unique<FilesLine>(m_dependencies, m_form);
     setNotice({});
     bindModesAndConnection();
     bindChoices();
@@ -120,6 +126,9 @@ void MainWindow::View::connectActions() {
             [&controller] { controller.onAbout(nullptr); });
     connect(m_form.buttonWebSite, &QPushButton::clicked, &m_window,
             [&controller] { controller.openLink(nullptr); });
+    m_form.buttonDetails->setShortcut(Qt::Key_F12);
+    connect(m_form.buttonMore, &QPushButton::clicked, &m_window, &MainWindow::moreAsked);
+    connect(m_form.buttonDetails, &QPushButton::clicked, &m_window, &MainWindow::detailsAsked);
     const auto exit = [&controller] { controller.onExit(nullptr); };
     connect(m_form.buttonExit, &QPushButton::clicked, &m_window, exit);
     m_quitKey = std::make_unique<QuitKey>(m_window, exit);

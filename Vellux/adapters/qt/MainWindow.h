@@ -9,6 +9,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 
 class VelluxWindowUi;
 class VelluxHttp;
@@ -27,6 +28,8 @@ public:
         VelluxHttp& client;
         /// A command for a terminal that lets this user open a light of the given vendor and product.
         std::function<std::string(std::uint16_t nVendorID, std::uint16_t nProductID)> remedy;
+        /// The user's application-support directory.
+        std::string strDirectory;
     };
 
     /// Hidden at first. Needs no installed platform before the user does something.
@@ -49,6 +52,10 @@ public:
 signals:
     /// The presence is no longer followed; the window already says so.
     void followingLost();
+    /// The user wants to see the page of choices.
+    void moreAsked();
+    /// The user wants to see the details.
+    void detailsAsked();
     /// The window was painted for the first time.
     void firstPaint();
 

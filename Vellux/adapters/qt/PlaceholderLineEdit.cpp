@@ -18,10 +18,22 @@ void PlaceholderLineEdit::setPlaceholder(const std::optional<Placeholder>& place
     if (placeholder == m_placeholder)
         return;
     m_placeholder = placeholder;
-    setAccessibleDescription(
-        placeholder ? tr("For example %1").arg(QString::fromStdString(placeholder->strText)) : QString());
+    describe();
     updateGeometry();
     update();
+}
+
+void PlaceholderLineEdit::setHint(const QString& strHint) {
+    m_strHint = strHint;
+    describe();
+}
+
+void PlaceholderLineEdit::describe() {
+    QString strText = m_strHint;
+    if (strText.isEmpty() && m_placeholder)
+        strText = tr("For example %1").arg(QString::fromStdString(m_placeholder->strText));
+    if (strText != accessibleDescription()) // each change is announced
+        setAccessibleDescription(strText);
 }
 
 QFont PlaceholderLineEdit::fontOf(const Placeholder& placeholder) {

@@ -21,6 +21,9 @@ public:
     /// Absent for none.
     void setPlaceholder(const std::optional<Placeholder>& placeholder);
 
+    /// What looks wrong about the text, for screen readers; "" for nothing. Else the placeholder is described.
+    void setHint(const QString& strHint);
+
     /// Tall enough for the placeholder's font as well as for its own, with or without a placeholder.
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
@@ -36,8 +39,10 @@ protected:
 
 private:
     QSize withPlaceholder(QSize size) const;
+    void describe();
 
     std::optional<Placeholder> m_placeholder;
+    QString m_strHint;
     bool m_bComposing = false; // an input method shows a text that is not yet in the line
 };
 

@@ -49,6 +49,8 @@ public:
             m_icon->setToolTip(toolTipOf(state));
     }
 
+    bool isThere() const { return m_icon.has_value(); }
+
 private:
     /// An action emits a signal only for a real change.
     void setMenu() {
@@ -86,6 +88,10 @@ Tray::~Tray() = default;
 
 void Tray::setState(const TrayState& state) {
     m_icon->setState(state);
+}
+
+bool Tray::isThere() const {
+    return m_icon->isThere();
 }
 
 } // namespace vellux

@@ -39,6 +39,8 @@ public:
 
     /// Icon, tooltip and menu change only where the state differs from the last one.
     void setState(const TrayState& state);
+    /// Whether there is an icon now.
+    bool isThere() const;
 
 private:
     class Icon;

@@ -1,9 +1,9 @@
 // The tray's icon as another view of what the window shows.
 #pragma once
 
-#include "threads/CoalescedUpdate.h"
 #include "adapters/qt/Tray.h"
 #include "model/ViewState.h"
+#include "threads/CoalescedUpdate.h"
 #include "threads/MainThread.h"
 #include "threads/Observers.h"
 
@@ -29,6 +29,9 @@ public:
     explicit WindowTray(Dependencies dependencies);
     WindowTray(const WindowTray&) = delete;
     WindowTray& operator=(const WindowTray&) = delete;
+
+    /// Whether there is an icon now.
+    bool isThere() const { return m_tray.isThere(); }
 
 private:
     void refresh();
