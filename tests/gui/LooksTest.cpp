@@ -1,15 +1,17 @@
 // What a person sees, reaches by keys, or hears read out.
 #include "WindowFixture.h"
-#include "adapters/qt/WindowTray.h"
+#include "adapters/qt/DetailsWindow.h"
+#include "adapters/qt/MorePage.h"
 
 #include <QAccessible>
 #include <QKeySequence>
-#include <QMenu>
+#include <QRegularExpression>
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QSet>
 #include <QTranslator>
+#include <QTreeWidget>
 
 namespace {
 
@@ -99,6 +101,22 @@ TEST_F(LooksFixture, EveryFieldHasNameKeyAndPlace) {
     EXPECT_GE(mnemonics.size(), 20);
 }
 
+void expectNothingCutOff(const QWidget& page) {
+    for (const QWidget* const pWidget : page.findChildren<QWidget*>()) {
+        if (!pWidget->isVisibleTo(&page) || pWidget->objectName().startsWith("qt_") ||
+            pWidget->inherits("QHeaderView"))
+            continue;
+        const std::string strName =
+            pWidget->metaObject()->className() + (" " + pWidget->objectName()).toStdString();
+        const auto* const pLabel = qobject_cast<const QLabel*>(pWidget);
+        const bool bWraps = pLabel != nullptr && pLabel->wordWrap();
+        EXPECT_GE(pWidget->width(), pWidget->minimumSizeHint().width()) << strName;
+        EXPECT_GE(pWidget->height(),
+                  bWraps ? pLabel->heightForWidth(pLabel->width()) : pWidget->minimumSizeHint().height())
+            << strName;
+    }
+}
+
 // Words cut off by a larger font or a longer language.
 TEST_F(LooksFixture, NothingIsCutOffWhenWordsGrow) {
     QFont font = QApplication::font();
@@ -110,14 +128,7 @@ TEST_F(LooksFixture, NothingIsCutOffWhenWordsGrow) {
     runUntil([&] { return content.size() == content.size().expandedTo(content.minimumSizeHint()); },
              "the layout");
     EXPECT_TRUE(window.screen()->availableGeometry().contains(QRect(QPoint(), window.size())));
-    for (const QWidget* const pWidget : window.findChildren<QWidget*>())
-        if (pWidget->isVisible() && !pWidget->objectName().isEmpty() &&
-            !pWidget->objectName().startsWith("qt_")) {
-            EXPECT_GE(pWidget->width(), pWidget->minimumSizeHint().width())
-                << pWidget->objectName().toStdString();
-            EXPECT_GE(pWidget->height(), pWidget->minimumSizeHint().height())
-                << pWidget->objectName().toStdString();
-        }
+    expectNothingCutOff(window);
 }
 
 // Fields of different heights, or a window that grows when their examples come; one that scrolls though there
@@ -151,37 +162,79 @@ TEST_F(LooksFixture, FitsItsContentAndAnyScreen) {
     EXPECT_EQ(window.height(), nWhole + 50);
 }
 
-// Words that no translation reaches.
-TEST_F(LooksFixture, EveryWordCanBeTranslated) {
-    class Brackets : public QTranslator {
-    public:
-        bool isEmpty() const override { return false; }
-        QString translate(const char*, const char* pSource, const char*, int) const override {
-            return QStringLiteral("<%1>").arg(QString::fromUtf8(pSource));
+/// A language with longer words, and with letters that no English word has.
+class PseudoLanguage : public QTranslator {
+public:
+    PseudoLanguage() { QApplication::installTranslator(this); }
+    bool isEmpty() const override { return false; }
+    QString translate(const char*, const char* strSource, const char*, int) const override {
+        QString strText = QString::fromUtf8(strSource);
+        strText += QString(strText.size() / 3 + 1, kMark);
+        return strText.replace('a', QChar(0xE4)).replace('o', QChar(0xF6));
+    }
+    static constexpr QChar kMark{0xFF};
+};
+
+class PseudoFixture : protected PseudoLanguage, public LooksFixture {
+protected:
+    /// All that is to be read or heard on a page, but for what comes from models or from elsewhere.
+    static void expectTranslated(const QWidget& page, const QSet<QString>& data) {
+        const auto expect = [](const QString& strText, const QWidget* pWidget) {
+            static const QRegularExpression version("\\d\\.\\d|^$");
+            EXPECT_TRUE(strText.contains(kMark) || strText.contains(version))
+                << pWidget->objectName().toStdString() << ": " << strText.toStdString();
+        };
+        for (const QWidget* const pWidget : page.findChildren<QWidget*>()) {
+            if (data.contains(pWidget->objectName()))
+                continue;
+            for (const char* const pProperty :
+                 {"text", "title", "placeholderText", "toolTip", "accessibleName", "accessibleDescription"})
+                if (qobject_cast<const QLineEdit*>(pWidget) == nullptr || pProperty != std::string("text"))
+                    expect(pWidget->property(pProperty).toString(), pWidget);
+            if (const auto* const pTree = qobject_cast<const QTreeWidget*>(pWidget))
+                for (int n = 0; n < pTree->columnCount(); ++n)
+                    expect(pTree->headerItem()->text(n), pWidget);
         }
-    } brackets;
-    connectByHand();
-    QApplication::installTranslator(&brackets);
-    plugInPlain();
-    const vellux::MainWindow other({mainThread, ui(), client(), {}, {}});
-    const vellux::WindowTray tray({mainThread, ui(), window});
-    QMap<QString, QString> words;
-    for (const auto* const pLabel : other.findChildren<QLabel*>())
-        words[pLabel->objectName()] = pLabel->text();
-    for (const auto* const pButton : other.findChildren<QAbstractButton*>())
-        words[pButton->objectName()] = pButton->text();
-    for (const auto* const pList : other.findChildren<QComboBox*>())
-        for (int n = 0; n < pList->count(); ++n)
-            words[pList->objectName() + QString::number(n)] = pList->itemText(n);
-    for (const QWidget* const pWidget : QApplication::topLevelWidgets())
-        if (const auto* const pMenu = qobject_cast<const QMenu*>(pWidget))
-            for (const QAction* const pAction : pMenu->actions())
-                words["tray" + pAction->text()] = pAction->text();
-    EXPECT_GE(words.size(), 50);
-    for (const QString& strName : words.keys())
-        if (!words[strName].isEmpty()) {
-            EXPECT_TRUE(words[strName].remove('&').startsWith('<')) << strName.toStdString();
-        }
+    }
+};
+
+// A word that no translation reaches; one that is cut off when it is longer than in English.
+TEST_F(PseudoFixture, EveryWordCanBeTranslatedAndFits) {
+    qunsetenv("XDG_CURRENT_DESKTOP");
+    qunsetenv("XDG_SESSION_TYPE");
+    vellux::ConnectionLog log;
+    vellux::DetailsWindow details(window,
+                                  {mainThread, ui(), log, "9.9", [] { return true; },
+                                   [] {
+                                       return std::vector<vellux::LightNode>{{"/dev/hidraw3", 1, 2, ""}};
+                                   }});
+    vellux::ChoicesFile file(QString::fromStdString((directory / "file/choices").string()));
+    vellux::MorePage more(
+        window, {mainThread, file, {[] { return false; }, [](bool) { return "No way"; }, "/etc/a.desktop"}});
+    vellux::HttpExchange exchange;
+    exchange.error = {"", vellux::HttpFailure::Refused};
+    log.add(exchange);
+    std::filesystem::remove_all(directory / "Vellux");
+    writeContent((directory / "Vellux").string(), "no directory");
+    type("textFieldLyncServerName", "a/b");
+    type("textFieldUsername", "pat");
+    type("textFieldPassword", ";");
+    onAlert([](QMessageBox&) {});
+    click("buttonConnect");
+    runUntil([this] { return isConnectUsable("Connect") && !textOf("labelFiles").isEmpty(); }, "the alert");
+    details.present();
+    more.present();
+    writeContent((directory / "file").string(), "no directory");
+    for (auto* const pBox : more.findChildren<QCheckBox*>())
+        pBox->click();
+    runPending();
+    const auto* const pList = details.findChild<QTreeWidget*>();
+    EXPECT_TRUE(pList->topLevelItem(0)->text(4).contains(kMark));
+    for (const QWidget* const pPage : std::initializer_list<QWidget*>{&window, &details, &more}) {
+        expectTranslated(*pPage, {"buttonConnect", "labelLampName", "lampView", "textFieldRemedy"});
+        expectNothingCutOff(*pPage);
+    }
+    journal.clear();
 }
 
 } // namespace

@@ -12,6 +12,7 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QPushButton>
+#include <QScreen>
 #include <QScrollBar>
 #include <QShowEvent>
 #include <QSysInfo>
@@ -107,7 +108,8 @@ DetailsWindow::DetailsWindow(QWidget& window, Dependencies dependencies)
     connect(pCopy, &QPushButton::clicked, this, [this] { QGuiApplication::clipboard()->setText(text()); });
     connect(pButtons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     const int nLine = fontMetrics().height();
-    resize(kWidth * nLine, sizeHint().height() + kVisibleExchanges * nLine / 2);
+    resize(QSize(kWidth * nLine, sizeHint().height() + kVisibleExchanges * nLine / 2)
+               .boundedTo(screen()->availableSize()));
     m_observations[0] = m_dependencies.log.observe([this] { m_exchangesUpdate.ask(); });
     m_observations[1] = m_dependencies.controller.light().observe([this] { m_factsUpdate.ask(); });
 }
@@ -120,8 +122,8 @@ std::vector<std::pair<QString, QString>> DetailsWindow::facts() const {
         {tr("Vellux"), QStringLiteral(VELLUX_VERSION)},
         {tr("Qt"), QString::fromLatin1(qVersion())},
         {tr("libcurl"), QString::fromStdString(m_dependencies.strTransport)},
-        {tr("System"), QSysInfo::prettyProductName() + QStringLiteral(", ") + QSysInfo::kernelType() +
-                           QLatin1Char(' ') + QSysInfo::kernelVersion()},
+        {tr("System"), QSysInfo::prettyProductName() + QStringLiteral(", ") + QStringLiteral("Linux ") +
+                           QSysInfo::kernelVersion()},
         {tr("Desktop"), fromVariable("XDG_CURRENT_DESKTOP")},
         {tr("Session"),
          tr("%1, shown through %2").arg(fromVariable("XDG_SESSION_TYPE"), QGuiApplication::platformName())},
@@ -185,6 +187,7 @@ void DetailsWindow::showEvent(QShowEvent* pEvent) {
     QDialog::showEvent(pEvent);
     if (pEvent->spontaneous())
         return;
+    m_pExchanges->setFocus();
     showFacts();
     m_pExchanges->setColumnWidth(kRequest, width() / 2);
     showExchanges();

@@ -16,19 +16,15 @@ FilesLine::FilesLine(const MainWindow::Dependencies& dependencies, Ui::MainWindo
 }
 
 void FilesLine::look() {
-    QStringList lines, plain;
+    QStringList lines; // a path has one of its own, as it can't be broken
     for (const auto& [strPath, bCredentials] : VelluxWindowUi::settingsFiles(m_dependencies.strDirectory)) {
         if (isWritable(strPath))
             continue;
-        const QString strLine = bCredentials
-                                    ? MainWindow::tr("Your sign-in will not be kept: %1 can't be written.")
-                                    : MainWindow::tr("Your settings will not be kept: %1 can't be written.");
-        const QString strName = QString::fromStdString(strPath);
-        lines.append(strLine.arg(breakable(strName)));
-        plain.append(strLine.arg(strName));
+        lines.append(bCredentials ? MainWindow::tr("Your sign-in will not be kept. This can't be written:")
+                                  : MainWindow::tr("Your settings will not be kept. This can't be written:"));
+        lines.append(QString::fromStdString(strPath));
     }
     m_form.labelFiles->setText(lines.join(QLatin1Char('\n')));
-    m_form.labelFiles->setAccessibleName(plain.join(QLatin1Char('\n')));
     m_form.labelFiles->setVisible(!lines.isEmpty());
 }
 
