@@ -102,6 +102,7 @@ DetailsWindow::DetailsWindow(QWidget& window, Dependencies dependencies)
     auto* const pButtons = new QDialogButtonBox;
     QPushButton* const pCopy = pButtons->addButton(tr("Co&py"), QDialogButtonBox::ActionRole);
     pCopy->setObjectName(QStringLiteral("buttonCopyDetails"));
+    pCopy->setAutoDefault(false); // Enter closes
     pCopy->setAccessibleName(tr("Copy all details"));
     pButtons->addButton(tr("&Close"), QDialogButtonBox::RejectRole)->setDefault(true);
     layout()->addWidget(pButtons);
@@ -189,7 +190,7 @@ void DetailsWindow::showEvent(QShowEvent* pEvent) {
         return;
     m_pExchanges->setFocus();
     showFacts();
-    m_pExchanges->setColumnWidth(kRequest, width() / 2);
+    m_pExchanges->setColumnWidth(kRequest, width() / 3);
     showExchanges();
 }
 
