@@ -25,7 +25,7 @@ void reserveWidth(QPushButton& button, std::initializer_list<QString> titles) {
     button.setMinimumWidth(nWidth);
 }
 
-constexpr int kConnectRow = 3; // of the form's grid
+constexpr int kConnectRow = 6; // of the form's grid
 
 QString foldTitle(bool bFolded) {
     return bFolded ? MainWindow::tr("C&hange…") : MainWindow::tr("&Hide");
