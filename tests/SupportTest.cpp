@@ -6,6 +6,7 @@
 #include "support/Files.h"
 #include "support/Text.h"
 #include "support/Url.h"
+#include "threads/CoalescedUpdate.h"
 #include "threads/SharedInstance.h"
 
 #include <csignal>
@@ -341,6 +342,27 @@ TEST(CallQueue, CloseFreesEveryWaiter) {
     queue.run();
     EXPECT_FALSE(bRun);
     EXPECT_EQ(token.use_count(), 1);
+}
+
+// An asker that keeps what it asks for alive, or touches it afterwards; a refresh for each of two requests.
+TEST(CoalescedUpdate, AskersMayOutliveIt) {
+    CallQueue queue([] {});
+    std::function<void()> ask;
+    int nRefreshes = 0;
+    {
+        CoalescedUpdate update(queue, [&nRefreshes] { ++nRefreshes; });
+        ask = update.asker();
+        std::thread(ask).join();
+        std::thread(ask).join();
+        queue.runPending();
+        EXPECT_EQ(nRefreshes, 1);
+        ask();
+        EXPECT_EQ(nRefreshes, 2);
+        std::thread(ask).join();
+    }
+    queue.runPending();
+    ask();
+    EXPECT_EQ(nRefreshes, 2);
 }
 
 using WorkersFixture = ProgramFixture;

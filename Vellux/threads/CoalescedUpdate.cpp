@@ -1,6 +1,5 @@
 #include "threads/CoalescedUpdate.h"
 
-
 #include <utility>
 
 namespace vellux {
@@ -14,15 +13,20 @@ CoalescedUpdate::~CoalescedUpdate() {
     m_link->refresh = nullptr;
 }
 
-void CoalescedUpdate::ask() {
-    if (m_mainThread.isCurrent()) {
-        assertMainThread(m_mainThread);
-        m_link->refresh();
+std::function<void()> CoalescedUpdate::asker() const {
+    return [link = m_link, &mainThread = m_mainThread] { ask(mainThread, link); };
+}
+
+void CoalescedUpdate::ask(MainThread& mainThread, const std::shared_ptr<Link>& link) {
+    if (mainThread.isCurrent()) {
+        assertMainThread(mainThread);
+        if (link->refresh)
+            link->refresh();
         return;
     }
-    if (m_link->bQueued.exchange(true))
+    if (link->bQueued.exchange(true))
         return;
-    m_mainThread.post([link = m_link, &mainThread = m_mainThread] {
+    mainThread.post([link, &mainThread] {
         assertMainThread(mainThread);
         link->bQueued = false; // first, so that a change during the refresh asks again
         if (link->refresh)

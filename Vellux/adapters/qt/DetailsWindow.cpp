@@ -111,7 +111,7 @@ DetailsWindow::DetailsWindow(QWidget& window, Dependencies dependencies)
     const int nLine = fontMetrics().height();
     resize(QSize(kWidth * nLine, sizeHint().height() + kVisibleExchanges * nLine / 2)
                .boundedTo(screen()->availableSize()));
-    m_observations[0] = m_dependencies.log.observe([this] { m_exchangesUpdate.ask(); });
+    m_observations[0] = m_dependencies.log.observe(m_exchangesUpdate.asker());
     m_observations[1] = m_dependencies.controller.light().observe([this] { m_factsUpdate.ask(); });
 }
 

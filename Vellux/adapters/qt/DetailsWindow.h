@@ -29,8 +29,7 @@ struct LightNode {
 };
 
 /// Shows it all, the exchanges as they come, and copies it as text. It holds nothing secret: a ConnectionLog
-/// has no password, token, header value or body. Modeless. Main thread; destroyed after the last thread that
-/// writes the log has ended.
+/// has no password, token, header value or body. Modeless. Main thread.
 class DetailsWindow : public QDialog {
     Q_OBJECT
 public:
