@@ -37,6 +37,8 @@ TEST_F(PagesFixture, HintsStandBelowTheFields) {
     type("textFieldLyncServerName", "https://lync.example");
     type("textFieldUsername", "pat");
     EXPECT_EQ(hints(), "Only the |||");
+    widget<QWidget>("textFieldPassword").setFocus();
+    EXPECT_EQ(hints(), "Only the |Usually t||");
     type("textFieldPassword", "a;b");
     EXPECT_EQ(hints(), "Only the |Usually t|With a \";|");
     EXPECT_TRUE(widget<QWidget>("textFieldUsername").accessibleDescription().startsWith("Usually"));

@@ -60,8 +60,6 @@ void ChoicesFile::write() {
     if (!canBeRead(m_strPath))
         return;
     QDir().mkpath(QFileInfo(m_strPath).path());
-    if (!readChoices(m_strPath))
-        QFile::remove(m_strPath); // broken: nothing is kept of it
     {
         QSettings file(m_strPath, QSettings::IniFormat);
         for (const Row& row : kRows)

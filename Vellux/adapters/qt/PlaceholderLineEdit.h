@@ -21,7 +21,8 @@ public:
     /// Absent for none.
     void setPlaceholder(const std::optional<Placeholder>& placeholder);
 
-    /// What looks wrong about the text, for screen readers; "" for nothing. Else the placeholder is described.
+    /// What looks wrong about the text, for screen readers; "" for nothing. Else the placeholder is
+    /// described.
     void setHint(const QString& strHint);
 
     /// Tall enough for the placeholder's font as well as for its own, with or without a placeholder.
