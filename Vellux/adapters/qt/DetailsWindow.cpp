@@ -108,9 +108,9 @@ DetailsWindow::DetailsWindow(QWidget& window, Dependencies dependencies)
     layout()->addWidget(pButtons);
     connect(pCopy, &QPushButton::clicked, this, [this] { QGuiApplication::clipboard()->setText(text()); });
     connect(pButtons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    const int nLine = fontMetrics().height();
+    const int nLine = fontMetrics().height(); // also what a frame may take
     resize(QSize(kWidth * nLine, sizeHint().height() + kVisibleExchanges * nLine / 2)
-               .boundedTo(screen()->availableSize()));
+               .boundedTo(screen()->availableSize() - QSize(2, 3) * nLine));
     m_observations[0] = m_dependencies.log.observe(m_exchangesUpdate.asker());
     m_observations[1] = m_dependencies.controller.light().observe([this] { m_factsUpdate.ask(); });
 }
