@@ -24,6 +24,7 @@
 #include "adapters/qt/Activation.h"
 #include "adapters/qt/ChoicesFile.h"
 #include "adapters/qt/DetailsWindow.h"
+#include "adapters/qt/LossNotification.h"
 #include "adapters/qt/MainWindow.h"
 #include "adapters/qt/MorePage.h"
 #include "adapters/qt/QtApplication.h"
@@ -144,18 +145,25 @@ int main(int nArguments, char** arguments) {
     vellux::SystemClock clock;
     const vellux::UserEnvironment environment = vellux::readUserEnvironment();
     const std::string strDataHome = vellux::userDataHome(environment);
-    vellux::MainWindow window({mainThread, controller, client, vellux::udevRuleCommand, strDataHome});
+    vellux::QtTimers timers;
+    vellux::ChoicesFile choicesFile;
+    vellux::Observable<vellux::Choices>& choices = choicesFile.choices();
+    vellux::Following following(mainThread, controller, client);
+    vellux::MainWindow window({mainThread, controller, following, connectionLog, choices, timers,
+                               vellux::udevRuleCommand, strDataHome});
     vellux::QtDesktop desktop(window,
                               {strDataHome, [&controller] { controller.openLink(nullptr); },
                                [&application] { application.quitSoon(); }, vellux::beginProcessActivity});
     vellux::Program program({lights, transport, mainThread, clock, desktop});
-    vellux::QtTimers timers;
-    vellux::ChoicesFile choicesFile;
-    vellux::Following following(mainThread, controller, client);
-    vellux::Reconnector reconnector({mainThread, timers, controller, following, choicesFile.choices()});
-    const vellux::UnreachedLight unreachedLight(
-        {mainThread, timers, controller, following, choicesFile.choices()});
-    const vellux::WindowTray tray({mainThread, controller, window});
+    vellux::Reconnector reconnector({mainThread, timers, controller, following, choices});
+    const vellux::UnreachedLight unreachedLight({mainThread, timers, controller, following, choices});
+    const vellux::WindowTray tray({mainThread, controller, window, following, choices});
+    const auto showWindow = [&](const QString& strToken) {
+        vellux::useActivationToken(window, strToken);
+        delegate.applicationShouldHandleReopen(window.isVisible());
+    };
+    const vellux::LossNotification lossNotification(
+        {mainThread, timers, controller, following, choices, connectionLog, showWindow});
     const vellux::AutostartEntry autostart(vellux::userConfigHome(environment),
                                            vellux::runningProgram().value_or("vellux"));
     vellux::MorePage morePage(window,
@@ -186,16 +194,12 @@ int main(int nArguments, char** arguments) {
         reconnector.hurry();
     });
     const vellux::NetworkNotice networkNotice([&reconnector] { reconnector.hurry(); });
-    QObject::connect(&window, &vellux::MainWindow::followingLost, [] {
-        vellux::showNotification("Vellux", "Your presence is no longer followed. Open Vellux to reconnect.");
-    });
     instance->setActivated([&](const vellux::Activation& activation) {
         if (activation.strAction == QLatin1String("quit"))
             return controller.onExit(nullptr);
         if (activation.strAction == QLatin1String("reconnect"))
             return reconnect(controller);
-        vellux::useActivationToken(window, activation.strToken);
-        delegate.applicationShouldHandleReopen(window.isVisible());
+        showWindow(activation.strToken);
     });
     const vellux::StatusFeed status(
         {mainThread, controller, client, following},
@@ -203,9 +207,9 @@ int main(int nArguments, char** arguments) {
     std::optional<vellux::HiddenStartNotice> hiddenStartNotice;
     if (commandLine.bHidden)
         hiddenStartNotice.emplace(vellux::HiddenStartNotice::Dependencies{
-            [&choicesFile] { return choicesFile.choices().get().bToldOfMissingTray; },
-            [&choicesFile] {
-                choicesFile.choices().update([](auto& choices) { choices.bToldOfMissingTray = true; });
+            [&choices] { return choices.get().bToldOfMissingTray; },
+            [&choices] {
+                choices.update([](auto& changed) { changed.bToldOfMissingTray = true; });
                 vellux::showNotification(
                     "Vellux is running",
                     "This desktop shows no tray icons. Start Vellux again to see its window.");

@@ -13,6 +13,10 @@
 #include "adapters/qt/QtApplication.h"
 #include "adapters/qt/QtDesktop.h"
 #include "adapters/qt/QtMainThread.h"
+#include "adapters/qt/QtTimers.h"
+#include "app/ConnectionLog.h"
+#include "app/Following.h"
+#include "app/Reconnector.h"
 #include "platform/PrivateDirectory.h"
 #include "platform/ServerWatch.h"
 #include "platform/WindowWatch.h"
@@ -21,6 +25,7 @@
 #include "window/PictureTour.h"
 
 #include <memory>
+#include <utility>
 
 namespace vellux::simulator {
 
@@ -53,17 +58,25 @@ int showWindow(char* strProgram, const Options& options) {
     VelluxHttp& client = VelluxHttp::sharedVelluxHttp();
 
     QtMainThread mainThread;
-    CurlTransport transport(mainThread, {authority->pem(), /*bUseProxies=*/false});
+    ConnectionLog log;
+    CurlTransportOptions transportOptions{authority->pem(), /*bUseProxies=*/false};
+    transportOptions.observer = [&log](const HttpExchange& exchange) { log.add(exchange); };
+    CurlTransport transport(mainThread, std::move(transportOptions));
     VirtualLights lights(mainThread);
     const auto light = std::make_shared<VirtualLight>(options.light, console, changes);
     lights.plug(light);
     SystemClock clock;
-    MainWindow window({mainThread, controller, client, udevRuleCommand, directory->path()});
+    QtTimers timers;
+    Observable<Choices> choices; // forgotten with the program
+    Following following(mainThread, controller, client);
+    MainWindow window(
+        {mainThread, controller, following, log, choices, timers, udevRuleCommand, directory->path()});
     QtDesktop desktop(window, {directory->path(),
                                [&controller] { controller.openLink(nullptr); },
                                [&application] { application.quitSoon(); },
                                {}});
     Program program({lights, transport, mainThread, clock, desktop});
+    const Reconnector reconnector({mainThread, timers, controller, following, choices});
     const WindowWatch windowWatch(controller, console, changes);
     const auto terminationWatch = TerminationWatch::start([&] { program.requestEnd(); });
     if (terminationWatch == nullptr)

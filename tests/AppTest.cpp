@@ -1,5 +1,6 @@
 // What is said about the following, and the two choices about a server that is away.
 
+#include "app/LossNotice.h"
 #include "app/Reconnector.h"
 #include "app/UnreachedLight.h"
 #include "fakes/FakeTimers.h"
@@ -203,6 +204,84 @@ TEST_F(AppFixture, LightOffWhileTheServerIsNotReached) {
     ui().setManualMode(*ui().buttonSelectManualMode());
     journal.clear();
     EXPECT_EQ(timers.untilNext(), std::nullopt);
+}
+
+// A notice that never comes, comes too early, twice, in manual mode or after all is well; one that stays; a
+// user who learns only of the first half.
+TEST_F(AppFixture, ALossIsNotifiedOnce) {
+    std::string strNotices;
+    const vellux::LossNotice notice({mainThread, timers, following, choices,
+                                     [&](const vellux::FollowingState&) { strNotices += phase() + " "; },
+                                     [&] { strNotices += "withdrawn "; }});
+    const auto taken = [&] {
+        runPending();
+        return std::exchange(strNotices, "");
+    };
+    const auto fail = [this] { transport.lastPoll().simulateFailure(HttpFailure::Refused); };
+    const auto answer = [this] { transport.lastPoll().simulateFailure(HttpFailure::Silent); };
+    connect();
+    for (int nTime = 0; nTime < 2; ++nTime) {
+        fail();
+        timers.pass(59s);
+        answer();
+        timers.pass(1h);
+        EXPECT_EQ(taken(), "");
+        fail();
+        timers.pass(59999ms);
+        fail();
+        EXPECT_EQ(taken(), "");
+        timers.pass(1ms);
+        EXPECT_EQ(taken(), "not reached! ");
+        fail();
+        timers.pass(1h);
+        EXPECT_EQ(taken(), "");
+        answer();
+        EXPECT_EQ(taken(), "withdrawn ");
+    }
+    EXPECT_EQ(timers.untilNext(), std::nullopt);
+    fail();
+    timers.pass(30s);
+    end();
+    EXPECT_EQ(taken(), "ended! ");
+    timers.pass(1h);
+    ui().reconnect();
+    EXPECT_EQ(taken(), "withdrawn ");
+    signIns();
+    fail();
+    timers.pass(1min);
+    end(); // the server was reached, and it is over
+    EXPECT_EQ(taken(), "not reached! ended! ");
+    ui().onConnectButtonClicked(*ui().buttonConnect()); // disconnects
+    EXPECT_EQ(taken(), "withdrawn ");
+
+    // About to be mended.
+    choose(true, false);
+    connect();
+    end();
+    timers.pass(2s);
+    signIns();
+    timers.pass(1h);
+    EXPECT_EQ(taken(), "");
+    unscript();
+    end();
+    for (int nTime = 0; nTime < 59; ++nTime) {
+        timers.pass(1s);
+        signIns();
+    }
+    EXPECT_EQ(taken(), "");
+    timers.pass(1s);
+    EXPECT_EQ(taken(), "not connected! ");
+    transport.script("/WebTicket/oauthtoken", R"({"error":"invalid_grant"})");
+    timers.pass(5min);
+    signIns();
+    timers.pass(24h);
+    EXPECT_EQ(taken(), "not connected! ");
+    clock.letRun();
+    ui().setManualMode(*ui().buttonSelectManualMode());
+    EXPECT_EQ(taken(), "withdrawn ");
+    EXPECT_EQ(journal.lines({"alert"}), Lines{});
+    EXPECT_EQ(timers.untilNext(), std::nullopt);
+    journal.clear();
 }
 
 } // namespace

@@ -9,6 +9,7 @@
 #include <QApplication>
 #include <QImage>
 #include <QMenu>
+#include <QPainter>
 #include <QSystemTrayIcon>
 
 #include <memory>
@@ -72,7 +73,7 @@ public Q_SLOTS:
 TEST_F(TrayFixture, AnIconIsThereWheneverAPanelIs) {
     QStringList done;
     Tray tray({[&] { done += "show"; }, [&] { done += "connect"; }, [&] { done += "exit"; }});
-    TrayState state{{0, false}, "Busy", "Disconnect", true};
+    TrayState state{{0, false}, false, "Following", "Busy", "Disconnect", true};
     tray.setState(state);
     QCoreApplication::processEvents();
 
@@ -89,8 +90,13 @@ TEST_F(TrayFixture, AnIconIsThereWheneverAPanelIs) {
     state.strPresence = "Away";
     tray.setState(state);
     tray.setState(state);
-    EXPECT_TRUE(waitUntil([&] { return announced.m_signals.size() >= 3; }));
-    EXPECT_EQ(announced.m_signals, QStringList({"NewIcon", "NewToolTip", "NewToolTip"}));
+    state.bMarked = true;
+    tray.setState(state);
+    state.strFollowing = "Not reached";
+    tray.setState(state);
+    EXPECT_TRUE(waitUntil([&] { return announced.m_signals.size() >= 5; }));
+    EXPECT_EQ(announced.m_signals,
+              QStringList({"NewIcon", "NewToolTip", "NewToolTip", "NewIcon", "NewToolTip"}));
 
     QDBusMessage click = QDBusMessage::createMethodCall(strItem, "/StatusNotifierItem", kItem, "Activate");
     bus.asyncCall(click << 0 << 0);
@@ -119,14 +125,26 @@ TEST(LampDrawing, PicturesDifferWithoutTheirColours) {
             EXPECT_EQ(icon.availableSizes().size(), 6);
             pictures.append(icon.pixmap(16).toImage().convertToFormat(QImage::Format_Grayscale8));
         }
+    const auto differences = [](const QImage& one, const QImage& other) {
+        int nDifferent = 0;
+        for (int n = 0; n < 16 * 16; ++n)
+            nDifferent +=
+                std::abs(qGray(one.pixel(n % 16, n / 16)) - qGray(other.pixel(n % 16, n / 16))) > 60;
+        return nDifferent;
+    };
     for (const QImage& one : pictures)
-        for (const QImage& other : pictures) {
-            int nDifferent = 0;
-            for (int n = 0; n < 16 * 16; ++n)
-                nDifferent +=
-                    std::abs(qGray(one.pixel(n % 16, n / 16)) - qGray(other.pixel(n % 16, n / 16))) > 60;
-            EXPECT_TRUE(&one == &other || nDifferent >= 8)
+        for (const QImage& other : pictures)
+            EXPECT_TRUE(&one == &other || differences(one, other) >= 8)
                 << pictures.indexOf(one) << " " << pictures.indexOf(other);
+    // The mark is seen on every lamp, on light and on dark panels.
+    for (const Qt::GlobalColor ground : {Qt::white, Qt::black})
+        for (std::int32_t nColor = 0; nColor <= 8; ++nColor) {
+            QImage plain(16, 16, QImage::Format_RGB32), marked(16, 16, QImage::Format_RGB32);
+            for (QImage* const pImage : {&plain, &marked}) {
+                pImage->fill(ground);
+                QPainter(pImage).drawPixmap(0, 0, lampIcon({nColor, false}, pImage == &marked).pixmap(16));
+            }
+            EXPECT_GE(differences(plain, marked), 20) << nColor;
         }
     for (const std::int32_t nColor : {-1, 8, 9})
         EXPECT_EQ(lampColourName({nColor, false}), "None (off)");

@@ -51,7 +51,7 @@ TEST_F(AlertFixture, AlertOnMainIsShownAtOnce) {
 
 // A tray's menu, which works beside an alert, that opens a second alert over it.
 TEST_F(AlertFixture, TheTraysMenuBeginsNothingUnderAnAlert) {
-    const vellux::WindowTray tray({mainThread, ui(), window});
+    const vellux::WindowTray tray({mainThread, ui(), window, following, choices});
     QList<QAction*> actions;
     for (const QWidget* const pWidget : QApplication::topLevelWidgets())
         if (const auto* const pMenu = qobject_cast<const QMenu*>(pWidget))

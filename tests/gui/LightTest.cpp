@@ -11,6 +11,8 @@
 
 namespace {
 
+using vellux::HttpFailure;
+
 class LightFixture : public WindowFixture {
 protected:
     QString readOut(const char* pName, QAccessible::Text text) {
@@ -116,35 +118,94 @@ TEST_F(LightFixture, LampLooksAsTheLightDoes) {
                 << n << " " << nOther;
 }
 
-// A window that doesn't say that the following has ended, says so repeatedly, or offers no way to reconnect.
-TEST_F(LightFixture, LostFollowingIsSaidOnceAndTakenUpAgain) {
+// A window that doesn't say that the following has ended, that offers no way to reconnect, or one that does
+// nothing; words that are cut off; a state that a screen reader can't read out.
+TEST_F(LightFixture, LostFollowingIsSeenAndTakenUpAgain) {
     EXPECT_EQ(textOf("labelFollowing"), "Not connected.");
     client().httpGet_EventChannels(); // nowhere to go: over, but nobody was following
-    EXPECT_FALSE(window.isFollowingLost());
     connectByHand();
     observeControls();
-    const QSize size = window.size();
-    for (int n = 1; n <= 2; ++n) {
-        EXPECT_EQ(textOf("labelFollowing"), "Following your presence.");
-        EXPECT_FALSE(window.isFollowingLost() || widget<QPushButton>("buttonReconnect").isVisible());
+    const auto& label = widget<QLabel>("labelFollowing");
+    for (const char* const pButton : {"buttonReconnect", "buttonReconnect", "buttonAlwaysReconnect"}) {
+        EXPECT_EQ(label.text(), "Following CORP\\pat on lync.example.");
+        EXPECT_FALSE(widget<QWidget>("buttonReconnect").isVisible() || label.font().bold() ||
+                     widget<QWidget>("labelFollowingIcon").isVisible());
+        transport.lastPoll().simulateData("{}");
         transport.lastPoll().simulateEnd();
-        EXPECT_EQ(textOf("labelFollowing"), "Your presence is no longer followed.");
-        onWorker([this] { ui().buttonConnect()->setTitle("Disconnect"); }); // looked at once more
-        EXPECT_TRUE(window.isFollowingLost());
-        EXPECT_EQ(nLost, n);
-        EXPECT_EQ(window.size(), size);
+        EXPECT_EQ(label.text(), "Following has ended: the server has signed you out.");
+        EXPECT_EQ(readOut("labelFollowing", QAccessible::Name), label.text());
+        EXPECT_TRUE(widget<QWidget>("labelFollowingIcon").isVisible() && label.font().bold());
+        runPending();
+        EXPECT_GE(label.height(), label.heightForWidth(label.width()));
+        widget<QWidget>("buttonReconnect").setFocus();
+        for (const char* const pNext : {"buttonAlwaysReconnect", "buttonSelectSyncMode"}) {
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+            EXPECT_EQ(QApplication::focusWidget()->objectName(), pNext);
+        }
+        EXPECT_FALSE(choices.get().bReconnect);
         journal.clear();
-        click("buttonReconnect");
+        click(pButton);
         runUntilConnectShows("Disconnect");
         runPending();
         EXPECT_EQ(journal.take({"title"}),
                   (Lines{"title Connect", "title Connecting...", "title Disconnect"}));
         EXPECT_EQ(journal.take({"request"}).size(), 4U);
     }
+    EXPECT_TRUE(choices.get().bReconnect);
     transport.lastPoll().simulateEnd();
+    EXPECT_EQ(label.text(), "Following has ended. Trying again.");
+    EXPECT_FALSE(widget<QWidget>("buttonAlwaysReconnect").isVisible());
     click("buttonConnect"); // disconnects: that is no loss
-    EXPECT_FALSE(window.isFollowingLost());
-    EXPECT_EQ(nLost, 3);
+    EXPECT_EQ(label.text(), "Not connected.");
+    EXPECT_FALSE(label.font().bold());
+}
+
+// A sign-in that never says since when, says so at once or of the one before; a window that wakes for
+// nothing; a reason that is not shown, or outlives what it is the reason of.
+TEST_F(LightFixture, ConnectingSaysSinceWhenAndWhyNot) {
+    using namespace std::chrono_literals;
+    const auto& line = widget<QLabel>("labelFollowing");
+    const auto& why = widget<QLabel>("labelWhyNotConnected");
+    connectByHand();
+    EXPECT_FALSE(why.isVisible());
+    for (int n = 0; n < 2; ++n) {
+        holdRequests("oauthtoken");
+        ui().reconnect();
+        reached.acquire();
+        timers.pass(2999ms);
+        EXPECT_EQ(line.text(), "Connecting: signing in…");
+        timers.pass(1ms);
+        EXPECT_TRUE(line.text().startsWith("Connecting since ")) << line.text().toStdString();
+        EXPECT_EQ(timers.untilNext(), std::nullopt);
+        clock.timeOfDay = clock.timeOfDay.load() + 1h;
+        goOn.release();
+        runUntilConnectShows("Disconnect");
+        runPending();
+        EXPECT_EQ(line.text(), "Following CORP\\pat on lync.example.");
+        EXPECT_EQ(timers.untilNext(), std::nullopt);
+    }
+    transport.onRequest = {};
+    vellux::HttpExchange refused;
+    refused.strHost = "lync.example";
+    refused.bPoll = true;
+    refused.error = {"refused", HttpFailure::Refused};
+    log.add(refused);
+    transport.lastPoll().simulateFailure(HttpFailure::Refused);
+    EXPECT_TRUE(line.text().startsWith("Not reached since "));
+    EXPECT_TRUE(line.font().bold() && why.isVisible());
+    EXPECT_TRUE(why.text().startsWith("lync.example refuses the connection."));
+    EXPECT_GE(why.height(), why.heightForWidth(why.width()));
+    refused.error->failure = HttpFailure::NameNotFound;
+    onWorker([&] { log.add(refused); });
+    EXPECT_TRUE(why.text().startsWith("The name lync.example was not found."));
+    EXPECT_FALSE(widget<QWidget>("buttonReconnect").isVisible());
+    transport.lastPoll().simulateFailure(HttpFailure::Silent);
+    EXPECT_FALSE(why.isVisible() || line.font().bold());
+    clock.letRun();
+    click("buttonSelectManualMode");
+    runPending();
+    EXPECT_EQ(line.text(), "");
+    journal.clear();
 }
 
 } // namespace

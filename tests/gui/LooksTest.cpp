@@ -137,7 +137,7 @@ TEST_F(LooksFixture, FitsItsContentAndAnyScreen) {
     const auto height = [this](const char* pName) { return widget<QWidget>(pName).height(); };
     EXPECT_EQ(height("textFieldPassword"), height("textFieldUsername"));
     EXPECT_EQ(height("textFieldPassword"), height("textFieldLyncServerName"));
-    vellux::MainWindow early({mainThread, ui(), client(), {}, {}});
+    vellux::MainWindow early(dependencies({}));
     early.makeKeyAndOrderFront();
     runPending();
     EXPECT_EQ(early.findChild<QWidget*>("textFieldUsername")->height(), height("textFieldPassword"));
@@ -202,7 +202,6 @@ protected:
 TEST_F(PseudoFixture, EveryWordCanBeTranslatedAndFits) {
     qunsetenv("XDG_CURRENT_DESKTOP");
     qunsetenv("XDG_SESSION_TYPE");
-    vellux::ConnectionLog log;
     vellux::DetailsWindow details(window,
                                   {mainThread, ui(), log, "9.9", [] { return true; },
                                    [] {

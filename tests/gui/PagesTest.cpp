@@ -67,7 +67,7 @@ TEST_F(PagesFixture, SaysWhichFileCannotBeWritten) {
     const std::string strSignIn = "Your sign-in will not be kept. This can't be written:\n";
     EXPECT_EQ(shown(window, "labelFiles"), strSettings + settingsPath("uistate.txt"));
     writeContent(path("file"), "no directory");
-    vellux::MainWindow another({mainThread, ui(), client(), {}, path("file")});
+    vellux::MainWindow another(dependencies(path("file")));
     another.show();
     EXPECT_EQ(shown(another, "labelFiles"), strSettings + path("file/Vellux/uistate.txt") + "\n" + strSignIn +
                                                 path("file/Vellux/configv31.bin"));
@@ -110,10 +110,10 @@ TEST_F(PagesFixture, ChoicesSurviveAnyFile) {
         ChoicesFile file(strPath);
         EXPECT_TRUE(file.choices().get() == row.expected) << row.strName;
         EXPECT_TRUE(file.isStored()) << row.strName;
-        for (const Choices& choices : {Choices{false, true, false}, Choices{true, false, true}}) {
-            file.choices().set(choices);
+        for (const Choices& chosen : {Choices{false, true, false}, Choices{true, false, true}}) {
+            file.choices().set(chosen);
             EXPECT_EQ(file.isStored(), row.bStored) << row.strName;
-            EXPECT_TRUE(ChoicesFile(strPath).choices().get() == (row.bStored ? choices : Choices{}))
+            EXPECT_TRUE(ChoicesFile(strPath).choices().get() == (row.bStored ? chosen : Choices{}))
                 << row.strName;
         }
     }
@@ -151,7 +151,7 @@ TEST_F(PagesFixture, MoreMakesTheChoices) {
     EXPECT_TRUE((file.choices().get() == Choices{true, true, false}));
     box("buttonReconnectByItself").click();
     EXPECT_TRUE((ChoicesFile(file.path()).choices().get() == Choices{false, true, false}));
-    onWorker([&] { file.choices().update([](Choices& choices) { choices.bReconnect = true; }); });
+    onWorker([&] { file.choices().update([](Choices& chosen) { chosen.bReconnect = true; }); });
     box("buttonAutostart").click();
     EXPECT_EQ(states(), "xx-");
     EXPECT_FALSE(bAutostart);
@@ -179,7 +179,6 @@ TEST_F(PagesFixture, MoreMakesTheChoices) {
 
 // Details that miss what is so, stand still, block the window, or can't be copied.
 TEST_F(PagesFixture, DetailsShowTheLatestExchanges) {
-    vellux::ConnectionLog log;
     bool bTray = false;
     vellux::DetailsWindow details(window, {mainThread, ui(), log, "9.9.9, TLS/1", [&] { return bTray; },
                                            [] {

@@ -6,20 +6,22 @@
 
 WindowFixture::WindowFixture()
     : ProgramFixture(std::make_unique<vellux::QtMainThread>(), kNoProgram),
-      window({mainThread, ui(), client(),
-              [](std::uint16_t nVendorID, std::uint16_t nProductID) {
-                  return "permit " + std::to_string(nVendorID) + ":" + std::to_string(nProductID) + " 'a  b'";
-              },
-              directory.string()}),
+      following(mainThread, ui(), client()), window(dependencies(directory.string())),
       qtDesktop(
           window,
           {directory.string(), [this] { ui().openLink(nullptr); }, [this] { journal.add("ended"); }, {}}) {
     makeProgram(transport, qtDesktop);
-    QObject::connect(&window, &vellux::MainWindow::followingLost, [this] { ++nLost; });
     program->show(window);
     program->start();
     runUntil([this] { return window.isActiveWindow(); }, "the window");
     journal.clear();
+}
+
+vellux::MainWindow::Dependencies WindowFixture::dependencies(const std::string& strDirectory) {
+    const auto remedy = [](std::uint16_t nVendorID, std::uint16_t nProductID) {
+        return "permit " + std::to_string(nVendorID) + ":" + std::to_string(nProductID) + " 'a  b'";
+    };
+    return {mainThread, ui(), following, log, choices, timers, remedy, strDirectory};
 }
 
 bool WindowFixture::isConnectUsable(const std::string& strTitle) {

@@ -4,6 +4,10 @@
 
 #include "adapters/qt/MainWindow.h"
 #include "adapters/qt/QtDesktop.h"
+#include "app/Choices.h"
+#include "app/ConnectionLog.h"
+#include "app/Following.h"
+#include "fakes/FakeTimers.h"
 #include "fakes/ProgramFixture.h"
 
 #include <QApplication>
@@ -47,7 +51,13 @@ protected:
     void onAlert(std::function<void(QMessageBox&)> callback);
     void connectByHand();
 
-    int nLost = 0; // times that followingLost() came
+    /// What a window is made from.
+    vellux::MainWindow::Dependencies dependencies(const std::string& strDirectory);
+
+    FakeTimers timers;
+    vellux::ConnectionLog log;
+    vellux::Observable<vellux::Choices> choices;
+    vellux::Following following;
     vellux::MainWindow window;
     vellux::QtDesktop qtDesktop;
 

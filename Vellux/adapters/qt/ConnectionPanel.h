@@ -1,8 +1,8 @@
 // The part of the main window in which a user signs in.
 #pragma once
 
-#include "threads/CoalescedUpdate.h"
 #include "adapters/qt/MainWindow.h"
+#include "threads/CoalescedUpdate.h"
 #include "threads/Observers.h"
 #include "threads/WorkerThread.h"
 

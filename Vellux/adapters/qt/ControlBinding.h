@@ -1,8 +1,8 @@
 // What ties a widget to the model of its control.
 #pragma once
 
-#include "threads/CoalescedUpdate.h"
 #include "model/Controls.h"
+#include "threads/CoalescedUpdate.h"
 
 #include <QObject>
 #include <QPointer>

@@ -109,6 +109,40 @@ void paintRays(QPainter& painter, qreal r, qreal dHalfSide, qreal w, const QColo
         painter.drawLine(corner * dInner, corner * dOuter);
 }
 
+/// An exclamation mark on an amber disc with a dark rim: the disc can be seen on dark, the rim on light.
+void paintMark(QPainter& painter, const QRectF& square) {
+    const QColor amber(0xff, 0xb3, 0x00);
+    const QColor dark(0x20, 0x20, 0x20);
+    const qreal dSide = square.width();
+    const qreal dRim = std::max(1.0, std::round(dSide / 14));
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(dark, dRim));
+    painter.setBrush(amber);
+    painter.drawEllipse(square.adjusted(dRim / 2, dRim / 2, -dRim / 2, -dRim / 2));
+    // On whole pixels: the smallest is ten of them high.
+    const qreal dWidth = std::max(2.0, 2 * std::round(dSide / 14));
+    const qreal dLeft = std::round(square.center().x() - dWidth / 2);
+    const qreal dTop = square.top() + std::round(0.2 * dSide);
+    const qreal dDot = std::max(1.0, std::round(0.13 * dSide));
+    const qreal dDotTop = square.bottom() - std::round(0.2 * dSide) - dDot;
+    painter.fillRect(QRectF(dLeft, dTop, dWidth, dDotTop - dTop - std::max(1.0, std::round(0.09 * dSide))),
+                     dark);
+    painter.fillRect(QRectF(dLeft, dDotTop, dWidth, dDot), dark);
+}
+
+template <typename Paint> QIcon iconOf(Paint paint) {
+    QIcon icon;
+    for (const int nSide : {16, 22, 24, 32, 48, 64}) {
+        QPixmap pixmap(nSide, nSide);
+        pixmap.fill(Qt::transparent);
+        QPainter painter(&pixmap);
+        paint(painter, QRectF(0, 0, nSide, nSide));
+        painter.end();
+        icon.addPixmap(pixmap);
+    }
+    return icon;
+}
+
 } // namespace
 
 QString lampColourName(const LampState& lamp) {
@@ -153,18 +187,27 @@ void paintLamp(QPainter& painter, const QRectF& square, const LampState& lamp, c
     painter.restore();
 }
 
-QIcon lampIcon(const LampState& lamp) {
+QIcon lampIcon(const LampState& lamp, bool bMarked) {
     const QColor outline(0x80, 0x80, 0x80); // can be seen on light and on dark panels
-    QIcon icon;
-    for (const int nSide : {16, 22, 24, 32, 48, 64}) {
-        QPixmap pixmap(nSide, nSide);
-        pixmap.fill(Qt::transparent);
-        QPainter painter(&pixmap);
-        paintLamp(painter, QRectF(0, 0, nSide, nSide), lamp, outline);
-        painter.end();
-        icon.addPixmap(pixmap);
-    }
-    return icon;
+    return iconOf([&](QPainter& painter, const QRectF& square) {
+        paintLamp(painter, square, lamp, outline);
+        if (!bMarked)
+            return;
+        const qreal dSide = std::round(0.56 * square.width());
+        const QRectF corner(square.right() - dSide, square.bottom() - dSide, dSide, dSide);
+        // A gap, so that the mark is no part of the lamp's own shape.
+        painter.setCompositionMode(QPainter::CompositionMode_Clear);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(Qt::black);
+        const qreal dGap = std::max(1.0, std::round(square.width() / 16));
+        painter.drawEllipse(corner.adjusted(-dGap, -dGap, dGap, dGap));
+        painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
+        paintMark(painter, corner);
+    });
+}
+
+QIcon markIcon() {
+    return iconOf(paintMark);
 }
 
 } // namespace vellux

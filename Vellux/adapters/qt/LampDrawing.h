@@ -22,7 +22,11 @@ QString lampDescription(const LampState& lamp);
 /// colour of the outline and, if legible on the disc, of the shape. Main thread.
 void paintLamp(QPainter& painter, const QRectF& square, const LampState& lamp, const QColor& outline);
 
-/// The picture as an icon, in pixmaps from 16 to 64 pixels. Main thread.
-QIcon lampIcon(const LampState& lamp);
+/// The picture as an icon, in pixmaps from 16 to 64 pixels; with the mark in a corner, on any panel's colour.
+/// Main thread.
+QIcon lampIcon(const LampState& lamp, bool bMarked = false);
+
+/// The mark that says that something needs attention, alone, in the same sizes. Main thread.
+QIcon markIcon();
 
 } // namespace vellux

@@ -1,9 +1,9 @@
 // The head of the main window: the lamp and the light.
 #pragma once
 
-#include "threads/CoalescedUpdate.h"
 #include "adapters/qt/MainWindow.h"
 #include "model/ViewState.h"
+#include "threads/CoalescedUpdate.h"
 #include "threads/Observers.h"
 
 #include <QObject>

@@ -2,9 +2,9 @@
 
 #include "VelluxWindowUi/VelluxWindowUi.h"
 #include "adapters/qt/ButtonBinding.h"
-#include "adapters/qt/ChannelStatusLine.h"
 #include "adapters/qt/ColourEntry.h"
 #include "adapters/qt/ComboBoxBinding.h"
+#include "adapters/qt/ConnectionHead.h"
 #include "adapters/qt/ConnectionPanel.h"
 #include "adapters/qt/FieldHintLines.h"
 #include "adapters/qt/FilesLine.h"
@@ -34,7 +34,6 @@ public:
     void aboutToBeShown(bool bShown) { bShown ? m_fit->beforeShow() : m_fit->beforeHide(); }
     /// The user closes the window or presses Escape.
     void askToClose() { m_dependencies.controller.windowShouldClose(m_window); }
-    bool isFollowingLost() const { return m_following->isLost(); }
 
 private:
     void bindModesAndConnection();
@@ -55,7 +54,7 @@ private:
     const Dependencies m_dependencies;
     Ui::MainWindow m_form;
     // These write into the form, so they are destroyed before it, in reverse order.
-    std::unique_ptr<ChannelStatusLine> m_following;
+    std::unique_ptr<ConnectionHead> m_following;
     std::unique_ptr<LightHeader> m_head;
     std::unique_ptr<ConnectionPanel> m_connection;
     std::unique_ptr<WindowFit> m_fit;
@@ -74,8 +73,7 @@ MainWindow::View::View(MainWindow& window, const Dependencies& dependencies)
     m_form.textFieldLyncStatus->setPalette(palette);
     m_form.panelHead->setBackgroundRole(QPalette::Base);
 
-    m_following = std::make_unique<ChannelStatusLine>(m_dependencies, m_form,
-                                                      [this] { emit m_window.followingLost(); });
+    m_following = std::make_unique<ConnectionHead>(m_dependencies, m_form);
     m_head = std::make_unique<LightHeader>(m_dependencies, m_form);
     m_connection = std::make_unique<ConnectionPanel>(m_dependencies, m_form);
     m_fit = std::make_unique<WindowFit>(window, *m_form.scrollArea);
@@ -200,10 +198,6 @@ void MainWindow::orderOut() {
 
 void MainWindow::setLevel(WindowLevel level) {
     setWindowLevel(*this, level);
-}
-
-bool MainWindow::isFollowingLost() const {
-    return m_view->isFollowingLost();
 }
 
 // The controller hides the window and says that it must not close. The event is accepted anyway: ignoring it

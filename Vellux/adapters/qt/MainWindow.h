@@ -12,11 +12,16 @@
 #include <string>
 
 class VelluxWindowUi;
-class VelluxHttp;
 
 namespace vellux {
 
-/// Shows the fourteen controls, the lamp, the light and the event channel, and passes the user's actions to
+class ConnectionLog;
+class Following;
+class Timers;
+struct Choices;
+template <typename T> class Observable;
+
+/// Shows the fourteen controls, the lamp, the light and the following, and passes the user's actions to
 /// the controller. Main thread only; any thread may write the values that it shows. Closing hides it.
 class MainWindow : public QWidget, public Window {
     Q_OBJECT
@@ -25,7 +30,10 @@ public:
     struct Dependencies {
         MainThread& mainThread;
         VelluxWindowUi& controller;
-        VelluxHttp& client;
+        Following& following;
+        ConnectionLog& log;
+        Observable<Choices>& choices;
+        Timers& timers;
         /// A command for a terminal that lets this user open a light of the given vendor and product.
         std::function<std::string(std::uint16_t nVendorID, std::uint16_t nProductID)> remedy;
         /// The user's application-support directory.
@@ -43,15 +51,11 @@ public:
 
     /// Says something in a line of its own, until it says something else or is hidden; "" for nothing.
     void setNotice(const QString& strText);
-    /// Whether the window says that the presence is no longer followed.
-    bool isFollowingLost() const;
 
     /// Shown again, it stands where it stood.
     void setVisible(bool bVisible) override;
 
 signals:
-    /// The presence is no longer followed; the window already says so.
-    void followingLost();
     /// The user wants to see the page of choices.
     void moreAsked();
     /// The user wants to see the details.

@@ -17,7 +17,8 @@ namespace vellux {
 namespace {
 
 QString toolTipOf(const TrayState& state) {
-    QStringList parts{QStringLiteral("Vellux"), state.strPresence, lampDescription(state.lamp)};
+    QStringList parts{QStringLiteral("Vellux"), state.strFollowing, state.strPresence,
+                      lampDescription(state.lamp)};
     parts.removeAll(QString());
     return parts.join(QStringLiteral(" \u2013 "));
 }
@@ -43,8 +44,8 @@ public:
         setMenu();
         if (!m_icon)
             return;
-        if (state.lamp != before.lamp)
-            m_icon->setIcon(lampIcon(state.lamp));
+        if (state.lamp != before.lamp || state.bMarked != before.bMarked)
+            m_icon->setIcon(lampIcon(state.lamp, state.bMarked));
         if (toolTipOf(state) != toolTipOf(before))
             m_icon->setToolTip(toolTipOf(state));
     }
@@ -63,7 +64,7 @@ private:
         m_icon.reset();
         if (!bPresent)
             return;
-        m_icon.emplace(lampIcon(m_state.lamp));
+        m_icon.emplace(lampIcon(m_state.lamp, m_state.bMarked));
         m_icon->setToolTip(toolTipOf(m_state));
         m_icon->setContextMenu(&m_menu);
         QObject::connect(&*m_icon, &QSystemTrayIcon::activated, &m_menu,

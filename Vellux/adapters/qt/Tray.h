@@ -13,6 +13,8 @@ namespace vellux {
 /// What the tray shows.
 struct TrayState {
     LampState lamp;
+    bool bMarked = false;        ///< something needs attention: there is a mark on the icon
+    QString strFollowing;        ///< in words; "" for nothing to say
     QString strPresence;         ///< the status line; "" for none
     QString strConnectTitle;     ///< title of the Connect button, which the menu repeats; "" for none
     bool bConnectEnabled = true; ///< whether that button can be pressed

@@ -1,6 +1,7 @@
 #include "adapters/qt/WindowTray.h"
 
 #include "VelluxWindowUi/VelluxWindowUi.h"
+#include "adapters/qt/FollowingText.h"
 #include "adapters/qt/WindowActions.h"
 #include "ports/Desktop.h"
 #include "ports/Platform.h"
@@ -25,6 +26,8 @@ WindowTray::WindowTray(Dependencies dependencies)
     VelluxWindowUi& controller = m_dependencies.controller;
     m_observations = {
         controller.lamp().observe([this] { m_update.ask(); }),
+        m_dependencies.following.state().observe([this] { m_update.ask(); }),
+        m_dependencies.choices.observe([this] { m_update.ask(); }),
         controller.textFieldLyncStatus()->observe([this](Control::Change) { m_update.ask(); }),
         controller.buttonConnect()->observe([this](Control::Change) { m_update.ask(); }),
     };
@@ -32,10 +35,15 @@ WindowTray::WindowTray(Dependencies dependencies)
 }
 
 void WindowTray::refresh() {
+    using Phase = FollowingState::Phase;
     const VelluxWindowUi& controller = m_dependencies.controller;
     const auto button = controller.buttonConnect();
-    m_tray.setState({m_dependencies.controller.lamp().get(),
-                     QString::fromStdString(controller.textFieldLyncStatus()->text()),
+    const FollowingState state = m_dependencies.following.state().get();
+    // Without a connection the status line would only say so once more.
+    const bool bPresence = state.phase != Phase::NotConnected && state.phase != Phase::Connecting;
+    m_tray.setState({m_dependencies.controller.lamp().get(), state.bLost,
+                     shortFollowingText(state, m_dependencies.choices.get().bReconnect),
+                     bPresence ? QString::fromStdString(controller.textFieldLyncStatus()->text()) : QString(),
                      QString::fromStdString(button->title()), button->isEnabled()});
 }
 

@@ -2,10 +2,11 @@
 #pragma once
 
 #include "adapters/qt/Tray.h"
-#include "model/ViewState.h"
+#include "app/Choices.h"
+#include "app/Following.h"
 #include "threads/CoalescedUpdate.h"
 #include "threads/MainThread.h"
-#include "threads/Observers.h"
+#include "threads/Observable.h"
 
 #include <vector>
 
@@ -15,8 +16,8 @@ namespace vellux {
 
 class Window;
 
-/// Shows lamp and status line in the tray; its menu does what the window's buttons do. Main thread; any
-/// thread may write what it shows, and it must outlive them all.
+/// Shows lamp, following and status line in the tray; its menu does what the window's buttons do. Main
+/// thread; any thread may write what it shows, and it must outlive them all.
 class WindowTray {
 public:
     /// All of these outlive the tray.
@@ -24,6 +25,8 @@ public:
         MainThread& mainThread;
         VelluxWindowUi& controller;
         Window& window;
+        Following& following;
+        Observable<Choices>& choices;
     };
 
     explicit WindowTray(Dependencies dependencies);
