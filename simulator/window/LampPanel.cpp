@@ -98,7 +98,11 @@ QWidget* LampPanel::worldBox() {
     layout->addWidget(m_channel, 0, 0, 1, 2);
     addButton(*layout, 1, 0, "&Note changes only", [&server] { server.emitBatch(noteBatch(server)); });
     addButton(*layout, 1, 1, "Sign-in e&xpires", [&server] { server.emitBatch(expiry()); });
-    addButton(*layout, 2, 0, "&Cut the network", [&server] { server.cutHeldPolls(); });
+    addButton(*layout, 2, 0, "&Cut the network", [&server] {
+        constexpr int kTimes = 180; // for a minute and a half: the client tries twice a second
+        server.interfere(Route::Events, {{}, Reply::cut(), CutOff::Never, kTimes});
+        server.cutHeldPolls();
+    });
     m_plug = addButton(*layout, 2, 1, "", [this] {
         if (m_dependencies.lights.isPlugged(m_dependencies.light))
             m_dependencies.lights.unplug(m_dependencies.light);

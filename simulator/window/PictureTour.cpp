@@ -3,6 +3,7 @@
 #include "VelluxWindowUi/VelluxWindowUi.h"
 #include "day/UserActions.h"
 #include "model/ConnectTitle.h"
+#include "server/Bodies.h"
 
 #include <QApplication>
 #include <QPixmap>
@@ -112,6 +113,27 @@ bool PictureTour::run() {
     return all();
 }
 
+bool PictureTour::losses() {
+    const auto polls = [this] { return m_dependencies.server.isPolling(); };
+    const auto isLost = [this] {
+        bool bLost = false;
+        does([&] { bLost = m_dependencies.window.findChild<QWidget*>("labelFollowingIcon")->isVisible(); });
+        return bLost;
+    };
+    if (!when(polls))
+        return false;
+    m_dependencies.server.emitBatch({401, unauthorizedPage(), "text/html"});
+    bool bGood = eventually(isLost) && takes("ended");
+    does([this] { m_dependencies.controller.reconnect(); });
+    bGood = bGood && when(polls);
+
+    constexpr int kTimes = 8; // for half a second each
+    m_dependencies.server.interfere(Route::Events, {{}, Reply::cut(), CutOff::Never, kTimes});
+    m_dependencies.server.cutHeldPolls();
+    bGood = bGood && eventually(isLost) && takes("not-reached");
+    return when(polls) && bGood;
+}
+
 bool PictureTour::all() {
     VelluxWindowUi& controller = m_dependencies.controller;
     const auto shows = [this](const char* strState) {
@@ -133,8 +155,10 @@ bool PictureTour::all() {
     });
     bGood = bGood && when(shows("Blue flashing slow")) && takes("manual-flashing");
 
+    does([&] { selectMode(controller, /*bManual=*/false); });
+    bGood = bGood && losses();
+
     does([&] {
-        selectMode(controller, /*bManual=*/false);
         m_dependencies.lights.unplug(m_dependencies.light);
         const auto refused = std::make_shared<VirtualLight>(LightModel::Framed, m_dependencies.console,
                                                             m_dependencies.changes);
@@ -165,6 +189,7 @@ bool PictureTour::all() {
                 });
                 return controller.buttonConnect()->isEnabled();
             });
+    bGood = bGood && takes("why-not");
 
     does([&controller] { controller.onAbout(nullptr); });
     return bGood && takes("about");

@@ -51,6 +51,7 @@ private:
 
     bool run();
     bool all();
+    bool losses();
     bool connected();
     bool when(const Condition& condition) const;
     bool eventually(const Condition& condition) const;

@@ -126,8 +126,10 @@ TEST_F(LightFixture, LostFollowingIsSeenAndTakenUpAgain) {
     connectByHand();
     observeControls();
     const auto& label = widget<QLabel>("labelFollowing");
+    const QSize size = window.size();
     for (const char* const pButton : {"buttonReconnect", "buttonReconnect", "buttonAlwaysReconnect"}) {
         EXPECT_EQ(label.text(), "Following CORP\\pat on lync.example.");
+        EXPECT_EQ(window.size(), size);
         EXPECT_FALSE(widget<QWidget>("buttonReconnect").isVisible() || label.font().bold() ||
                      widget<QWidget>("labelFollowingIcon").isVisible());
         transport.lastPoll().simulateData("{}");

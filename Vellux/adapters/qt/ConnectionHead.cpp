@@ -22,7 +22,7 @@ namespace vellux {
 class ConnectionHead::Panel : public QWidget {
 public:
     explicit Panel(Ui::MainWindow& form)
-        : m_words(*form.labelFollowing), m_reconnect(*form.buttonReconnect), m_always(*new QPushButton(this)),
+        : m_reconnect(*form.buttonReconnect), m_always(*new QPushButton(this)), m_words(*form.labelFollowing),
           m_icon(*new QLabel(this)), m_why(*new QLabel(this)) {
         setObjectName(QStringLiteral("connectionHead"));
         m_always.setObjectName(QStringLiteral("buttonAlwaysReconnect"));
@@ -40,6 +40,7 @@ public:
         auto* const pLines = new QGridLayout(this);
         pLines->setContentsMargins(0, 0, 0, 0);
         pLines->setColumnStretch(1, 1);
+        pLines->setRowStretch(3, 1); // all lines at the top
         pLines->addWidget(&m_icon, 0, 0, Qt::AlignTop);
         pLines->addWidget(&m_words, 0, 1);
         pLines->addWidget(&m_why, 1, 1);
@@ -48,11 +49,71 @@ public:
         pButtons->addWidget(&m_always);
         pButtons->addStretch();
         pLines->addLayout(pButtons, 2, 1);
+        setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed); // no gaps in a window that is too high
         setTabOrder(&m_reconnect, &m_always);
         say({}, {}, false);
-        offer(false, false);
+        m_reconnect.hide();
+        m_always.hide();
     }
 
+    struct Shown {
+        QString strWords, strWhy;
+        bool bLost = false;
+        bool bReconnect = false, bAlways = false; ///< which buttons
+
+        bool operator==(const Shown&) const = default;
+    };
+
+    void show(const Shown& shown) {
+        if (shown == m_shown)
+            return;
+        m_shown = shown;
+        QWidget& itsWindow = *window();
+        const int nHeight = itsWindow.height();
+        say(shown.strWords, shown.strWhy, shown.bLost);
+        m_reconnect.setVisible(shown.bReconnect);
+        m_always.setVisible(shown.bAlways);
+        layout()->activate();
+        itsWindow.layout()->activate(); // which makes it as high as it has to be
+        if (itsWindow.height() > nHeight) {
+            m_nGrown += itsWindow.height() - nHeight;
+            m_nHeight = itsWindow.height();
+        } else if (!shown.bLost && shown.strWhy.isEmpty()) {
+            if (itsWindow.height() == m_nHeight) // nobody has given it another
+                itsWindow.resize(itsWindow.width(), m_nHeight - m_nGrown);
+            m_nGrown = 0;
+        }
+    }
+
+    QPushButton& m_reconnect; // the form's
+    QPushButton& m_always;
+
+protected:
+    void resizeEvent(QResizeEvent* pEvent) override {
+        QWidget::resizeEvent(pEvent);
+        fit();
+    }
+    void changeEvent(QEvent* pEvent) override {
+        QWidget::changeEvent(pEvent);
+        if (pEvent->type() == QEvent::FontChange && m_icon.isVisible())
+            showIcon();
+    }
+    // The labels ask for what their text needs at the width that they have, and the window for no more: it is
+    // as wide as the rest wants.
+    bool hasHeightForWidth() const override { return false; }
+    QSize sizeHint() const override { return minimumSizeHint(); }
+    // Room for two lines of usual words and for the buttons side by side is always there, so that little has
+    // to move.
+    QSize minimumSizeHint() const override {
+        constexpr int kLetters = 46;
+        const QFontMetrics metrics = fontMetrics();
+        const int nButtons = m_reconnect.sizeHint().width() + m_always.sizeHint().width();
+        const int nWidth =
+            qMax(kLetters * metrics.averageCharWidth(), iconSide() + nButtons + 2 * layout()->spacing());
+        return QWidget::minimumSizeHint().expandedTo({nWidth, 2 * metrics.lineSpacing()});
+    }
+
+private:
     void say(const QString& strWords, const QString& strWhy, bool bLost) {
         // A screen reader announces a label's new text.
         m_words.setText(strWords);
@@ -66,34 +127,9 @@ public:
             showIcon();
         fit();
     }
-    void offer(bool bReconnect, bool bAlways) {
-        m_reconnect.setVisible(bReconnect);
-        m_always.setVisible(bAlways);
-    }
-
-    // The labels ask for what their text needs at the width that they have, and the window for no more: it is
-    // as wide as the rest wants.
-    bool hasHeightForWidth() const override { return false; }
-    QSize sizeHint() const override { return minimumSizeHint(); }
-
-    QLabel& m_words; // the form's
-    QPushButton& m_reconnect;
-    QPushButton& m_always;
-
-protected:
-    void resizeEvent(QResizeEvent* pEvent) override {
-        QWidget::resizeEvent(pEvent);
-        fit();
-    }
-    void changeEvent(QEvent* pEvent) override {
-        QWidget::changeEvent(pEvent);
-        if (pEvent->type() == QEvent::FontChange && m_icon.isVisible())
-            showIcon();
-    }
-
-private:
+    int iconSide() const { return m_words.fontMetrics().height(); }
     void showIcon() {
-        const int nSide = m_words.fontMetrics().height();
+        const int nSide = iconSide();
         m_icon.setPixmap(markIcon().pixmap(QSize(nSide, nSide), devicePixelRatioF()));
     }
     // A layout gives a label no more than one line unless it asks for more.
@@ -103,8 +139,12 @@ private:
             pLabel->setMinimumHeight(qMax(0, pLabel->heightForWidth(width() - nIcon))); // -1 without text
     }
 
+    QLabel& m_words; // the form's
     QLabel& m_icon;
     QLabel& m_why;
+    Shown m_shown;
+    int m_nGrown = 0;  // by how much the window had to grow, in pixels
+    int m_nHeight = 0; // which it has had since
 };
 
 ConnectionHead::ConnectionHead(const MainWindow::Dependencies& dependencies, Ui::MainWindow& form)
@@ -128,10 +168,9 @@ void ConnectionHead::show() {
     watchSignIn();
     const FollowingState state = m_dependencies.following.state().get();
     const bool bReconnect = m_dependencies.choices.get().bReconnect;
-    m_panel.say(followingText(state, {bReconnect, m_bSayingSince}),
-                whyNotConnected(state, m_dependencies.log), state.bLost);
     const bool bEnded = state.phase == FollowingState::Phase::Ended;
-    m_panel.offer(bEnded, bEnded && !bReconnect);
+    m_panel.show({followingText(state, {bReconnect, m_bSayingSince}),
+                  whyNotConnected(state, m_dependencies.log), state.bLost, bEnded, bEnded && !bReconnect});
 }
 
 void ConnectionHead::watchSignIn() {

@@ -28,7 +28,7 @@ void reserveWidth(QPushButton& button, std::initializer_list<QString> titles) {
 constexpr int kConnectRow = 6; // of the form's grid
 
 QString foldTitle(bool bFolded) {
-    return bFolded ? MainWindow::tr("C&hange…") : MainWindow::tr("&Hide");
+    return bFolded ? MainWindow::tr("Change…") : MainWindow::tr("Hide");
 }
 
 } // namespace
@@ -148,6 +148,7 @@ void ConnectionPanel::fold(bool bFolded) {
     m_form.layoutConnection->addLayout(m_form.layoutConnect, kConnectRow, bFolded ? 0 : 1, 1,
                                        bFolded ? 2 : 1);
     m_form.buttonFold->setText(foldTitle(bFolded));
+    m_form.buttonFold->setShortcut(Qt::Key_F2); // all of its letters are taken; a new text drops it
     m_form.buttonFold->setAccessibleName(bFolded ? MainWindow::tr("Change the sign-in")
                                                  : MainWindow::tr("Hide the sign-in"));
 }
