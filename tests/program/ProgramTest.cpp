@@ -2,6 +2,7 @@
 
 #include "adapters/ApplicationId.h"
 #include "desktop/ChildProcess.h"
+#include "desktop/PrivateBus.h"
 #include "desktop/ProgramHome.h"
 #include "fakes/Watchdog.h"
 #include "server/PresenceServer.h"
@@ -168,6 +169,35 @@ TEST_F(ProcessFixture, SignalsThatComeTogetherAreOneRequest) {
         EXPECT_EQ(statusAtEnd(program), 0) << row.nFirst << " " << row.nSecond;
         EXPECT_EQ(m_home.content("uistate.txt"), "1;0;0;0;0;1;0;2") << row.nFirst << " " << row.nSecond;
     }
+}
+
+// A loss that is not notified, a press on its button that does nothing, or a notification that stays.
+TEST_F(ProcessFixture, ALossIsNotifiedAndMendedByAPress) {
+    int nArguments = 0;
+    const QCoreApplication application(nArguments, nullptr);
+    const PrivateBus session(BusKind::Session);
+    const char* const kNotifications = "org.freedesktop.Notifications";
+    DbusMock desktop(BusKind::Session, kNotifications, "/org/freedesktop/Notifications", kNotifications);
+    desktop.addMethod("GetCapabilities", "", "as", "ret = ['actions']");
+    desktop.addMethod("Notify", "susssasa{sv}i", "u", "ret = 7");
+    desktop.addMethod("CloseNotification", "u", "", "");
+    const auto called = [&](const char* strWhat) {
+        return waitUntil([&] { return desktop.calls().join(' ').contains(strWhat); });
+    };
+
+    m_home.writeSignIn(m_server->host());
+    ChildProcess& program = startTrusting();
+    ASSERT_TRUE(waitUntil([&] { return m_server->isPolling(); }));
+    m_server->emitBatch({401, "<html>", "text/html"});
+    EXPECT_TRUE(called("Following has ended: the server has signed you out"));
+    EXPECT_TRUE(called("\"reconnect\", \"Reconnect\", \"show\", \"Show\""));
+    // It may not know its number yet.
+    EXPECT_TRUE(waitUntil([&] {
+        desktop.emitSignal("ActionInvoked", "us", {7U, "reconnect"});
+        return m_server->isPolling();
+    }));
+    EXPECT_TRUE(called("CloseNotification 7"));
+    EXPECT_EQ(statusAfter(program, SIGTERM), 0);
 }
 
 // A signal that kills while the program starts, or is lost there; a state written before it was read.
