@@ -251,8 +251,12 @@ TEST_F(AppFixture, ALossIsNotifiedOnce) {
     timers.pass(1min);
     end(); // the server was reached, and it is over
     EXPECT_EQ(taken(), "not reached! ended! ");
+    ui().reconnect();
+    signIns();
+    fail();
+    timers.pass(1min);
     ui().onConnectButtonClicked(*ui().buttonConnect()); // disconnects
-    EXPECT_EQ(taken(), "withdrawn ");
+    EXPECT_EQ(taken(), "withdrawn not reached! withdrawn ");
 
     // About to be mended.
     choose(true, false);

@@ -9,11 +9,15 @@ namespace vellux {
 
 namespace {
 
-// Whether the program goes on by itself, be it by polls or by signing in again.
-bool isStillTrying(const FollowingState& state, bool bReconnect) {
+// Whether the program no longer tries by itself, be it by polls or by signing in again. On the way from one
+// state to another, Disconnect and the program's end included, it has given up nothing.
+bool hasGivenUp(const FollowingState& state, bool bReconnect) {
     using Phase = FollowingState::Phase;
-    return state.phase == Phase::NotReached || state.phase == Phase::Connecting ||
-           (bReconnect && state.signIn.result != SignInStatus::Result::Refused);
+    using Result = SignInStatus::Result;
+    if (state.phase == Phase::Ended)
+        return !bReconnect;
+    return state.phase == Phase::NotConnected &&
+           (state.signIn.result == Result::Refused || (state.signIn.result == Result::Failed && !bReconnect));
 }
 
 } // namespace
@@ -34,7 +38,7 @@ void LossNotice::update() {
         m_due.reset();
         if (std::exchange(m_told, Told::Nothing) != Told::Nothing)
             m_dependencies.withdraw();
-    } else if (!isStillTrying(state, m_dependencies.choices.get().bReconnect)) {
+    } else if (hasGivenUp(state, m_dependencies.choices.get().bReconnect)) {
         m_due.reset();
         tell(Told::GivenUp);
     } else if (m_told == Told::Nothing && m_due == nullptr) {

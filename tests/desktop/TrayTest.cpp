@@ -1,8 +1,13 @@
 // The tray and what it shows.
 
 #include "adapters/qt/Tray.h"
+#include "VelluxHttp/VelluxHttp.h"
+#include "VelluxWindowUi/VelluxWindowUi.h"
 #include "adapters/qt/LampDrawing.h"
+#include "adapters/qt/QtMainThread.h"
+#include "adapters/qt/WindowTray.h"
 #include "desktop/PrivateBus.h"
+#include "ports/Desktop.h"
 
 #include <gtest/gtest.h>
 
@@ -111,6 +116,34 @@ TEST_F(TrayFixture, AnIconIsThereWheneverAPanelIs) {
         pAction->trigger();
     EXPECT_EQ(done, QStringList({"show", "show", "exit"}));
     EXPECT_EQ((*menu)->actions().value(1)->text(), "Disconnect");
+}
+
+// A tray that keeps showing what was true before the server went away, or announces what has not changed.
+TEST_F(TrayFixture, ALossIsSeenOnTheIcon) {
+    VelluxWindowUi& controller = VelluxWindowUi::sharedVelluxWindowUi();
+    VelluxHttp& client = VelluxHttp::sharedVelluxHttp();
+    QtMainThread mainThread;
+    Following following(mainThread, controller, client);
+    Observable<Choices> choices;
+    class : public Window {
+        void makeKeyAndOrderFront() override {}
+        void orderOut() override {}
+        void setLevel(WindowLevel) override {}
+    } window;
+    Watcher watcher;
+    const WindowTray tray({mainThread, controller, window, following, choices});
+    Announced announced(watcher.item());
+    const auto announce = [&](const ChannelStatus& channel, const QStringList& expected) {
+        announced.m_signals.clear();
+        client.channel().set(channel);
+        waitUntil([&] { return announced.m_signals.size() >= expected.size(); });
+        EXPECT_EQ(announced.m_signals, expected);
+    };
+    controller.buttonConnect()->setTitle("Disconnect");
+    announce({ChannelState::Open, {}, {}}, {"NewToolTip"});
+    announce({ChannelState::NotReached, {}, {}}, {"NewIcon", "NewToolTip"});
+    announce({ChannelState::Ended, {}, {}}, {"NewToolTip"});
+    announce({ChannelState::Open, {}, {}}, {"NewIcon", "NewToolTip"});
 }
 
 // States that can't be distinguished without seeing colours, and sizes that a panel has to scale.

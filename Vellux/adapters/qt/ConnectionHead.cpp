@@ -105,7 +105,7 @@ protected:
     // Room for two lines of usual words and for the buttons side by side is always there, so that little has
     // to move.
     QSize minimumSizeHint() const override {
-        constexpr int kLetters = 46;
+        constexpr int kLetters = 54;
         const QFontMetrics metrics = fontMetrics();
         const int nButtons = m_reconnect.sizeHint().width() + m_always.sizeHint().width();
         const int nWidth =

@@ -30,10 +30,10 @@ public:
         case HttpFailure::NameNotFound:
             return tr("The name %1 was not found. Check the server's name and the network.");
         case HttpFailure::Refused:
-            return tr("%1 refuses the connection. Check the server's name, or try later.");
+            return tr("%1 refuses the connection. It may be down, or not the right server.");
         case HttpFailure::NoAnswer:
         case HttpFailure::Silent:
-            return tr("%1 does not answer. Check the network, or try later.");
+            return tr("%1 does not answer. It may be down, or the network is not connected to it.");
         case HttpFailure::CertificateUntrusted:
             return tr("The certificate of %1 is not trusted by this computer.");
         case HttpFailure::CertificateExpired:
