@@ -35,7 +35,7 @@ public:
             pLabel->setWordWrap(true);
             pLabel->setAlignment(Qt::AlignLeft | Qt::AlignTop);
         }
-        form.labelFollowing->parentWidget()->layout()->replaceWidget(&m_words, this);
+        delete m_words.parentWidget()->layout()->replaceWidget(&m_words, this); // the old one's item
 
         auto* const pLines = new QGridLayout(this);
         pLines->setContentsMargins(0, 0, 0, 0);
