@@ -16,12 +16,14 @@ namespace {
 
 void reserveWidth(QPushButton& button, std::initializer_list<QString> titles) {
     const QString strNow = button.text();
+    const QKeySequence keyNow = button.shortcut(); // a new text drops it
     int nWidth = 0;
     for (const QString& strTitle : titles) {
         button.setText(strTitle);
         nWidth = qMax(nWidth, button.sizeHint().width());
     }
     button.setText(strNow);
+    button.setShortcut(keyNow);
     button.setMinimumWidth(nWidth);
 }
 
@@ -148,7 +150,7 @@ void ConnectionPanel::fold(bool bFolded) {
     m_form.layoutConnection->addLayout(m_form.layoutConnect, kConnectRow, bFolded ? 0 : 1, 1,
                                        bFolded ? 2 : 1);
     m_form.buttonFold->setText(foldTitle(bFolded));
-    m_form.buttonFold->setShortcut(Qt::Key_F2); // all of its letters are taken; a new text drops it
+    m_form.buttonFold->setShortcut(Qt::Key_F2); // all of its letters are taken
     m_form.buttonFold->setAccessibleName(bFolded ? MainWindow::tr("Change the sign-in")
                                                  : MainWindow::tr("Hide the sign-in"));
 }
