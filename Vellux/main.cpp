@@ -80,7 +80,8 @@ int tellStatus(int& nArguments, char** arguments) {
 
 /// As the tray's menu does: nothing new begins while an alert is open, nor while the button can't be pressed.
 void reconnect(VelluxWindowUi& controller) {
-    if (!vellux::alertToFront() && controller.buttonConnect()->isEnabled())
+    const bool bSigningIn = controller.signIn().get().result == vellux::SignInStatus::Result::Running;
+    if (!vellux::alertToFront() && !bSigningIn && controller.buttonConnect()->isEnabled())
         controller.reconnect();
 }
 
@@ -207,7 +208,7 @@ int main(int nArguments, char** arguments) {
     std::optional<vellux::HiddenStartNotice> hiddenStartNotice;
     if (commandLine.bHidden)
         hiddenStartNotice.emplace(vellux::HiddenStartNotice::Dependencies{
-            [&choices] { return choices.get().bToldOfMissingTray; },
+            [&] { return choices.get().bToldOfMissingTray || window.isVisible(); },
             [&choices] {
                 choices.update([](auto& changed) { changed.bToldOfMissingTray = true; });
                 vellux::showNotification(

@@ -158,7 +158,7 @@ TEST_F(AppFixture, ReconnectsByItself) {
     expectNone(); // the polls are retried anyway
     end();
     transport.script("/WebTicket/oauthtoken", R"({"error":"invalid_grant"})");
-    expectAttempt(5min); // the following has not lasted
+    expectAttempt(2s);
     expectNone();
 
     clock.letRun();
@@ -180,6 +180,66 @@ TEST_F(AppFixture, ReconnectsByItself) {
     journal.clear();
 }
 
+// A sign-in that manual mode has overtaken: one that fails begins attempts, one that succeeds is told of
+// nobody. An alert at a sign-in that nobody has asked for. An attempt that the network's return finds under
+// way, and the next one late. A reason that is an earlier batch's.
+TEST_F(AppFixture, WhatIsUnderWayWhenTheWorldChanges) {
+    minded = {"nothing"};
+    clock.letRun();
+    choose(true, false);
+    connect();
+    for (const bool bSucceeds : {true, false}) {
+        const auto overtaken = [&](const std::function<void()>& begin,
+                                   const std::function<void()>& meanwhile) {
+            holdRequests("/WebTicket/oauthtoken");
+            begin();
+            reached.acquire();
+            if (!bSucceeds)
+                unscript();
+            meanwhile();
+            goOn.release();
+            runUntil([this] { return ui().buttonConnect()->isEnabled(); }, "its end");
+            transport.onRequest = {};
+        };
+        const auto press = [this] { ui().onConnectButtonClicked(*ui().buttonConnect()); };
+        press(); // disconnects
+        overtaken(press, [this] { ui().setManualMode(*ui().buttonSelectManualMode()); });
+        EXPECT_EQ(phase(), "manual");
+        ui().setSyncMode(*ui().buttonSelectSyncMode());
+        runPending();
+        EXPECT_EQ(phase(), bSucceeds ? "following" : "not connected");
+        EXPECT_EQ(state().signIn.strUser, bSucceeds ? "CORP\\pat" : "");
+        EXPECT_EQ(journal.count("alert Failed to get OAuthToken"), bSucceeds ? 0U : 1U);
+        EXPECT_EQ(timers.untilNext().has_value(), bSucceeds);
+    }
+    scriptServer(R"({"availability":"Online"})");
+    connect();
+    ui().setManualMode(*ui().buttonSelectManualMode());
+    unscript();
+    journal.clear();
+    ui().setSyncMode(*ui().buttonSelectSyncMode());
+    EXPECT_EQ(signIns(), 1U);
+    EXPECT_EQ(journal.lines({"alert"}), Lines{});
+    for (const auto delay : {2s, 4s, 8s})
+        expectAttempt(delay);
+    holdRequests("/WebTicket/oauthtoken");
+    timers.pass(16s);
+    reached.acquire();
+    reconnector.hurry();
+    goOn.release();
+    transport.onRequest = {};
+    signIns();
+    scriptServer(R"({"availability":"Online"})");
+    expectAttempt(2s);
+
+    transport.lastPoll().simulateData(R"({"_links":{"next":{"href":"/n"}},"sender":[{"events":[
+        {"link":{"rel":"presence"},"type":"updated"}]}]})");
+    transport.polls()[transport.polls().size() - 2]->simulateEnd();
+    transport.lastPoll().simulateEnd();
+    EXPECT_EQ(phase(), "ended!");
+    EXPECT_EQ(state().channel.reason, vellux::EndReason::Unknown);
+}
+
 // A light that goes off too early, in manual mode or without the choice; one that stays dark when the server
 // answers.
 TEST_F(AppFixture, LightOffWhileTheServerIsNotReached) {
@@ -199,6 +259,12 @@ TEST_F(AppFixture, LightOffWhileTheServerIsNotReached) {
         transport.lastPoll().simulateFailure(HttpFailure::Silent);
         EXPECT_EQ(after(0s), bChosen ? "Green" : "");
     }
+    transport.lastPoll().simulateFailure(HttpFailure::Refused);
+    EXPECT_EQ(after(1min), "None");
+    end(); // the server has answered
+    EXPECT_EQ(after(0s), "Green");
+    ui().onConnectButtonClicked(*ui().buttonConnect());
+    connect();
     transport.lastPoll().simulateFailure(HttpFailure::Refused);
     clock.letRun();
     ui().setManualMode(*ui().buttonSelectManualMode());

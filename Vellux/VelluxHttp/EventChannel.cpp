@@ -59,6 +59,7 @@ void VelluxHttp::httpGet_EventChannels() {
         request =
             vellux::getRequest(*strUrl, {{"Authorization", *strAuthorization}}, issuerOf(*strAuthorization));
     request.timeout = kLongPollTimeout;
+    m_endReason = vellux::EndReason::Unknown;
     if (m_openPolls.size() == kMostPolls) {
         m_openPolls.front()->cancel(); // replaced long ago
         m_openPolls.erase(m_openPolls.begin());
@@ -83,6 +84,7 @@ void VelluxHttp::abortEventChannelConnection() {
     presenceStatus.set("");
     notePresence();
     m_notReachedSince.reset();
+    m_endReason = vellux::EndReason::Unknown;
     m_channel.set({});
 }
 
@@ -139,9 +141,10 @@ void VelluxHttp::connectionDidFailWithError(vellux::HttpConnection& connection,
                                             const vellux::HttpError& error) {
     vellux::assertMainThread();
     forgetPoll(connection);
-    if (error.failure == vellux::HttpFailure::Silent) {
+    const bool bReplaced = &connection != urlConnectionToGetEvents.get(); // then the later one tells
+    if (!bReplaced && error.failure == vellux::HttpFailure::Silent) {
         m_notReachedSince.reset();
-    } else {
+    } else if (!bReplaced) {
         if (!m_notReachedSince)
             m_notReachedSince = vellux::platform().clock.now();
         m_channel.set({vellux::ChannelState::NotReached, *m_notReachedSince});

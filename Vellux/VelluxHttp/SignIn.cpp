@@ -13,6 +13,8 @@
 namespace {
 // More than sign-ins can overlap: older values are no longer in use.
 constexpr std::size_t kMostIssued = 16;
+
+thread_local bool bPasswordRefused = false;
 } // namespace
 
 vellux::SharedInstanceSlot<VelluxHttp> VelluxHttp::sharedVelluxHttpInstance;
@@ -52,12 +54,12 @@ std::string VelluxHttp::httpGet_StartAutomaticDiscovery(const std::optional<std:
 std::optional<std::string> VelluxHttp::httpPost_GetOAuthToken(const std::optional<std::string>& strHost,
                                                               const std::optional<std::string>& strUserName,
                                                               const std::optional<std::string>& strPassword) {
+    bPasswordRefused = false;
     if (!strHost || !strUserName || !strPassword)
         return std::nullopt;
     const std::string strUrl = "https://" + *strHost + "/WebTicket/oauthtoken";
     if (!vellux::isHttpUrl(strUrl))
         return std::nullopt;
-    m_bPasswordRefused = false;
     // Not percent-encoded. (kept-on-purpose:credentials-verbatim)
     const auto strBody = vellux::exchangeOrAlert(vellux::postRequest(
         strUrl, {{"Content-Type", "application/x-www-form-urlencoded"}},
@@ -68,8 +70,8 @@ std::optional<std::string> VelluxHttp::httpPost_GetOAuthToken(const std::optiona
     if (!answer)
         return std::nullopt;
     // The caller shows an alert of its own after this one. (kept-on-purpose:two-alerts)
-    m_bPasswordRefused = answer->text({"error"}) == "invalid_grant";
-    if (m_bPasswordRefused)
+    bPasswordRefused = answer->text({"error"}) == "invalid_grant";
+    if (bPasswordRefused)
         AlertPopup::sharedAlertPopup().display("Vellux", "Username/Password Pair is invalid");
     // The token's lifetime is not read, and the token is never renewed. (kept-on-purpose:token-lifetime)
     const auto strTokenType = answer->text({"token_type"});
@@ -85,6 +87,10 @@ std::optional<std::string> VelluxHttp::httpPost_GetOAuthToken(const std::optiona
     strOAuthToken.set(strAuthorization);
     FQDN.set(strHost);
     return strAuthorization;
+}
+
+bool VelluxHttp::wasPasswordRefused() {
+    return bPasswordRefused;
 }
 
 std::optional<std::string> VelluxHttp::issuerOf(const std::string& strAuthorization) const {

@@ -96,8 +96,8 @@ public:
     vellux::Observable<vellux::ChannelStatus>& channel() { return m_channel; }
     /// The presence and on-call flag as they were read last.
     vellux::Observable<vellux::PresenceStatus>& presence() { return m_presence; }
-    /// Whether the last sign-in was refused because of user name or password.
-    bool wasPasswordRefused() const { return m_bPasswordRefused; }
+    /// Whether the last sign-in of the calling thread was refused because of user name or password.
+    static bool wasPasswordRefused();
 
     /// Does nothing: the status code is ignored, and an error's body arrives as data like any other.
     void connectionDidReceiveResponse(vellux::HttpConnection& connection) override;
@@ -144,13 +144,12 @@ private:
     std::vector<std::shared_ptr<vellux::HttpConnection>>
         m_openPolls VELLUX_GUARDED_BY(vellux::mainThreadRole);
     vellux::Observable<vellux::ChannelStatus> m_channel; // written by main
-    // When the server was found not to answer; absent while it does.
+    // When the poll opened last, or one before it, was found not to reach the server; absent while it does.
     std::optional<std::chrono::system_clock::time_point>
         m_notReachedSince VELLUX_GUARDED_BY(vellux::mainThreadRole);
-    // Of the last batch that opened no poll.
+    // What the answer to the last poll amounts to, should it open no other.
     vellux::EndReason m_endReason VELLUX_GUARDED_BY(vellux::mainThreadRole) = vellux::EndReason::Unknown;
     vellux::Observable<vellux::PresenceStatus> m_presence;
-    std::atomic<bool> m_bPasswordRefused{false};
     // Authorization values and the URLs that issued them, the latest last.
     vellux::Shared<std::vector<std::pair<std::string, std::string>>> m_issued;
 };

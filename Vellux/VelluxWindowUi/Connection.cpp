@@ -42,7 +42,7 @@ void VelluxWindowUi::onConnectButtonClicked(Button&) {
         stopSyncFlashing();
         displayVelluxColor(vellux::kColourOff);
         lyncStatus.set("");
-        m_signIn.set({});
+        forgetSignIn();
     }
 }
 
@@ -79,82 +79,111 @@ void VelluxWindowUi::processLyncServerConnectionRequest() {
     startMonitor(/*bSilent=*/false);
 }
 
+void VelluxWindowUi::signInByItself() {
+    if (m_bSilentByItself)
+        startMonitor(/*bSilent=*/true);
+    else
+        processLyncServerConnectionRequest();
+}
+
 void VelluxWindowUi::startMonitor(bool bSilent) {
-    noteSignIn(bSilent);
+    const std::uint64_t nSignIn = noteSignIn(bSilent);
     // An earlier monitor is neither stopped nor waited for. (kept-on-purpose:monitors-overlap)
     threadForLyncStatusMonitor = std::make_shared<vellux::WorkerThread>(
-        [this, bSilent] {
+        [this, bSilent, nSignIn] {
             std::optional<AlertPopup::Silence> silence;
             if (bSilent)
                 silence.emplace();
-            runSignIn();
+            lyncStatusMonitorThreadMainMethod(nSignIn);
         },
         vellux::WorkerThread::kHighestPriority);
     threadForLyncStatusMonitor->start();
+    // Without a thread nothing has begun.
+    const vellux::SignInStatus status = m_signIn.get();
+    if (threadForLyncStatusMonitor->isFinished() && status.result == vellux::SignInStatus::Result::Running)
+        noteEnd(nSignIn, vellux::SignInStatus::Result::Failed);
 }
 
-void VelluxWindowUi::lyncStatusMonitorThreadMainMethod() {
-    noteSignIn(/*bAutomatic=*/false);
-    runSignIn();
-}
-
-void VelluxWindowUi::noteSignIn(bool bAutomatic) {
+std::uint64_t VelluxWindowUi::noteSignIn(bool bAutomatic) {
+    const std::uint64_t nSignIn = ++m_nSignIns;
     m_signIn.set({vellux::SignInStatus::Result::Running, vellux::SignInStep::SigningIn,
-                  vellux::platform().clock.now(), bAutomatic, strUserName.get(), strFQDN.get()});
+                  vellux::platform().clock.now(), bAutomatic, strUserName.get(), strFQDN.get(), nSignIn});
+    return nSignIn;
 }
 
-void VelluxWindowUi::runSignIn() {
+void VelluxWindowUi::noteStep(std::uint64_t nSignIn, vellux::SignInStep step) {
+    m_signIn.update([&](vellux::SignInStatus& status) {
+        if (status.nNumber == nSignIn)
+            status.step = step;
+    });
+}
+
+void VelluxWindowUi::noteEnd(std::uint64_t nSignIn, vellux::SignInStatus::Result result) {
+    m_signIn.update([&](vellux::SignInStatus& status) {
+        if (status.nNumber == nSignIn)
+            status.result = result;
+    });
+}
+
+// One that is under way goes on, but what becomes of it is no longer told.
+void VelluxWindowUi::forgetSignIn() {
+    m_signIn.set({.nNumber = ++m_nSignIns});
+}
+
+void VelluxWindowUi::lyncStatusMonitorThreadMainMethod(std::optional<std::uint64_t> nGiven) {
     using vellux::SignInStep;
     using Result = vellux::SignInStatus::Result;
+    const std::uint64_t nSignIn = nGiven ? *nGiven : noteSignIn(/*bAutomatic=*/false);
     VelluxHttp& client = VelluxHttp::sharedVelluxHttp();
     Button& button = *controls.buttonConnect;
-    const std::string strHost = strFQDN.get();
-    const std::string strUser = strUserName.get();
-    const std::string strSecret = strPassword.get();
     button.setEnabled(false);
     button.setTitle(vellux::kTitleConnecting);
 
-    const auto begin = [this](SignInStep step) {
-        m_signIn.update([step](auto& status) { status.step = step; });
-    };
-    const auto end = [this](Result result) {
-        m_signIn.update([result](auto& status) { status.result = result; });
-    };
     // The button stays disabled until the user has dismissed the alert.
     const auto fail = [&](const char* strMessage) {
         button.setTitle(vellux::kTitleConnect);
-        end(client.wasPasswordRefused() ? Result::Refused : Result::Failed);
+        noteEnd(nSignIn, VelluxHttp::wasPasswordRefused() ? Result::Refused : Result::Failed);
         alert(strMessage);
         button.setEnabled(true);
     };
 
+    const std::string strHost = strFQDN.get();
+    const std::string strUser = strUserName.get();
+    const std::string strSecret = strPassword.get();
     if (strHost.empty() || strUser.empty() || strSecret.empty()) {
         alert(kFieldsAlert); // before the title, unlike fail(): kept-on-purpose:alert-before-title
         button.setEnabled(true);
         button.setTitle(vellux::kTitleConnect);
-        m_signIn.set({});
+        noteEnd(nSignIn, Result::None);
         return;
     }
     const auto strToken = client.httpPost_GetOAuthToken(strHost, strUser, strSecret);
     if (!strToken)
         return fail("Failed to get OAuthToken");
-    begin(SignInStep::FindingService);
+    noteStep(nSignIn, SignInStep::FindingService);
     const auto strApplicationsUrl = client.httpGet_ApplicationServiceURL(strHost, strToken);
     if (!strApplicationsUrl)
         return fail("Failed to get ApplicationServiceURL");
-    begin(SignInStep::Registering);
+    noteStep(nSignIn, SignInStep::Registering);
     const auto strPresenceUrl =
         client.httpPost_SetupApplicationsAndGetPresenceURL(strHost, strApplicationsUrl, strToken);
     if (!strPresenceUrl)
         return fail("Failed to do SetupApplicationsAndGetPresenceURL");
 
-    begin(SignInStep::ReadingPresence);
+    noteStep(nSignIn, SignInStep::ReadingPresence);
     const auto strPresence = client.httpGet_MyPresence(strPresenceUrl, strToken);
     button.setTitle(vellux::kTitleDisconnect);
     // An absent one turns the light off. (kept-on-purpose:connected-without-presence)
     updateVelluxStatusWithPresence(strPresence);
     vellux::platform().mainThread.runAndWait([this] { httpGetEventChannels(); });
-    end(Result::Succeeded);
+    // One that was forgotten meanwhile is followed all the same.
+    m_signIn.update([&](vellux::SignInStatus& status) {
+        if (status.nNumber == nSignIn || status.result == Result::None) {
+            status.result = Result::Succeeded;
+            status.strUser = strUser;
+            status.strServer = strHost;
+        }
+    });
     button.setEnabled(true);
 }
 

@@ -13,11 +13,10 @@ void VelluxWindowUi::devicePlugged() {
     describeLight();
     if (nCount <= 0)
         return;
-    {
+    m_nOnLight = vellux::kColourOff; // as it is switched off below
+    if (m_light.get().access != vellux::LightState::Access::Usable) {
         const vellux::ScopedLock lock(m_displayLock);
-        m_nOnLight = vellux::kColourOff; // as it is switched off below
-        if (m_light.get().access != vellux::LightState::Access::Usable)
-            m_lamp.set({}); // it will refuse what follows and stay dark
+        m_lamp.set({}); // it will refuse what follows and stay dark
     }
     VelluxTurnOffLight(0); // kept-on-purpose:off-before-colour
     displayVelluxColor(nCurrentVelluxColor);

@@ -49,7 +49,7 @@ void VelluxWindowUi::setManualMode(Button&) {
     controls.buttonConnect->setTitle(vellux::kTitleConnect);
     controls.textFieldLyncStatus->setText("");
     stopSyncFlashing();
-    m_signIn.set({});
+    forgetSignIn();
 
     onManualModeColorListSelection(*controls.manualModeColorList);
     // Has run already unless the colour is off. (kept-on-purpose:speed-action-twice)
@@ -83,7 +83,7 @@ void VelluxWindowUi::setSyncMode(Button&) {
 
     if (bToConnect) {
         bToConnect = false;
-        processLyncServerConnectionRequest();
+        signInByItself();
     }
 }
 

@@ -108,7 +108,7 @@ void VelluxWindowUi::restoreSettings() {
     controls.textFieldUsername->setText(strUserName.get());
     controls.textFieldPassword->setText(strPassword.get());
     if (controls.buttonSelectSyncMode->state() == Button::kOn)
-        processLyncServerConnectionRequest();
+        signInByItself();
 }
 
 // Stored as typed, without escaping: a ";" in one of them makes a fourth part, and reading back fails

@@ -112,8 +112,8 @@ public:
     vellux::Observable<vellux::LampState>& lamp() { return m_lamp; }
     /// The first light as the last discovery found it. Written by main.
     vellux::Observable<vellux::LightState>& light() { return m_light; }
-    /// The sign-in begun last. Written by the status monitors, the latest counts. Its end is written when
-    /// Connect has its final title.
+    /// The sign-in begun last; an earlier one that is still under way no longer counts, unless it succeeds
+    /// when there is no later one. Its end is written when Connect has its final title.
     vellux::Observable<vellux::SignInStatus>& signIn() { return m_signIn; }
 
     // ---- Controls.cpp: start-up, window actions ----
@@ -221,6 +221,11 @@ public:
     void switchOffUntilReached();
     /// Shows the presence that was read last again. Does nothing in manual mode.
     void showLastPresence();
+    /// Whether sign-ins that no press on Connect begins (at the start, and back from manual mode) show no
+    /// alert, since the program will try again by itself.
+    void setSilentByItself(bool bSilent) VELLUX_REQUIRES(vellux::mainThreadRole) {
+        m_bSilentByItself = bSilent;
+    }
     /// Starts the status monitor and returns at once.
     void processLyncServerConnectionRequest();
     /// The status monitor started last; null before the first. Main thread.
@@ -228,8 +233,9 @@ public:
         return threadForLyncStatusMonitor;
     }
     /// Body of the status monitor's thread: one pass through sign-in, registration, presence and the opening
-    /// of the event channel. Blocks on requests, on alerts and on the main thread.
-    void lyncStatusMonitorThreadMainMethod();
+    /// of the event channel. Blocks on requests, on alerts and on the main thread. `nSignIn` is the number
+    /// that the sign-in has been given; absent, it is given one.
+    void lyncStatusMonitorThreadMainMethod(std::optional<std::uint64_t> nSignIn = std::nullopt);
     /// Opens the event channel.
     void httpGetEventChannels();
 
@@ -265,8 +271,11 @@ private:
 
     // Connection.cpp
     void startMonitor(bool bSilent) VELLUX_REQUIRES(vellux::mainThreadRole);
-    void noteSignIn(bool bAutomatic);
-    void runSignIn();
+    void signInByItself() VELLUX_REQUIRES(vellux::mainThreadRole);
+    std::uint64_t noteSignIn(bool bAutomatic);
+    void noteStep(std::uint64_t nSignIn, vellux::SignInStep step);
+    void noteEnd(std::uint64_t nSignIn, vellux::SignInStatus::Result result);
+    void forgetSignIn();
 
     // Modes.cpp
     void clampToItems(std::atomic<std::int64_t>& nIndex, const ComboBox& list) const;
@@ -339,13 +348,15 @@ private:
     vellux::Observable<vellux::LampState> m_lamp;
     vellux::Observable<vellux::LightState> m_light;
     vellux::Observable<vellux::SignInStatus> m_signIn;
+    std::atomic<std::uint64_t> m_nSignIns{0}; // begun, or forgotten
+    bool m_bSilentByItself VELLUX_GUARDED_BY(vellux::mainThreadRole) = false;
     std::atomic<unsigned> m_nFlashers{0}; // set of Flasher
 
     // The display lock, first in the order of locks.
     vellux::RecursiveMutex m_displayLock;
     bool m_bDisplayClosed VELLUX_GUARDED_BY(m_displayLock) = false;
     // What the first light took last, also in the dark half of a worker's cycle.
-    std::int32_t m_nOnLight VELLUX_GUARDED_BY(m_displayLock) = vellux::kColourOff;
+    std::atomic<std::int32_t> m_nOnLight{vellux::kColourOff};
 
     // Makes each stop, wait, create, clear, start sequence of the sync worker atomic: main and the status
     // monitor both run it, and without the gate one could wait forever for a worker whose stop flag the other

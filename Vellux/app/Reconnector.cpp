@@ -36,11 +36,14 @@ Reconnector::Reconnector(const Dependencies& dependencies)
     m_observations[1] = m_dependencies.choices.observe(ask);
     // Disabled while an alert about the failure waits for the user.
     m_observations[2] = m_dependencies.controller.buttonConnect()->observe([ask](Control::Change) { ask(); });
+    m_update.ask();
 }
 
 void Reconnector::update() {
     const FollowingState state = m_dependencies.following.state().get();
-    if (!m_dependencies.choices.get().bReconnect) {
+    const bool bChosen = m_dependencies.choices.get().bReconnect;
+    m_dependencies.controller.setSilentByItself(bChosen);
+    if (!bChosen) {
         forget();
         return;
     }
@@ -76,7 +79,7 @@ void Reconnector::attempt() {
     m_rest = m_dependencies.timers.callAfter(kFirstDelay, [this] {
         assertMainThread();
         m_rest.reset();
-        if (std::exchange(m_bHurried, false) && m_due != nullptr)
+        if (m_bHurried && m_due != nullptr)
             attempt();
     });
     m_dependencies.controller.reconnectSilently();
@@ -84,9 +87,12 @@ void Reconnector::attempt() {
 
 void Reconnector::hurry() {
     assertMainThread();
+    m_delay = kFirstDelay; // also for an attempt that is under way and may fail
+    if (m_due == nullptr)
+        return;
     if (m_rest != nullptr)
         m_bHurried = true;
-    else if (m_due != nullptr)
+    else
         attempt();
 }
 

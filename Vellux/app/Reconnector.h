@@ -16,7 +16,7 @@ namespace vellux {
 
 /// Attempts a sign-in when the following has ended or a sign-in has failed: after kFirstDelay, then twice as
 /// long each time, up to kLongestDelay. A refused password, Disconnect and manual mode end the attempts; so
-/// does whoever connects. While polls are merely retried it waits. Main thread only.
+/// does a press on Connect. While polls are merely retried it waits. Main thread only.
 class Reconnector {
 public:
     static constexpr std::chrono::seconds kFirstDelay{2};
@@ -40,7 +40,8 @@ public:
     Reconnector& operator=(const Reconnector&) = delete;
 
     /// The computer has woken up, or the network is back: an attempt that is due later is made at once, but
-    /// none sooner than kFirstDelay after the one before.
+    /// none sooner than kFirstDelay after the one before; should one that is under way fail, the next is made
+    /// soon.
     void hurry();
 
 private:

@@ -43,7 +43,10 @@ void UnreachedLight::update() {
         return;
     }
     m_due.reset();
-    if (std::exchange(m_bOff, false) && (state.phase == Phase::Following || isUnreached(state)))
+    const bool bShows = state.phase == Phase::Following || state.phase == Phase::Ended || isUnreached(state);
+    if (!bShows)
+        m_return.reset();
+    if (std::exchange(m_bOff, false) && bShows)
         m_return = m_dependencies.timers.callAfter(std::chrono::milliseconds(0), [this] {
             assertMainThread();
             m_dependencies.controller.showLastPresence();

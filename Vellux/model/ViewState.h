@@ -86,7 +86,8 @@ struct SignInStatus {
     SignInStep step = SignInStep::SigningIn;       ///< the one that runs, or the last one that did
     std::chrono::system_clock::time_point since{}; ///< when it was begun
     bool bAutomatic = false;                       ///< begun by the program, with nobody to answer an alert
-    std::string strUser, strServer;                ///< what it signs in with
+    std::string strUser{}, strServer{};            ///< what it signs in with
+    std::uint64_t nNumber = 0;                     ///< which it is: sign-ins can overlap
 
     bool operator==(const SignInStatus&) const = default;
 };

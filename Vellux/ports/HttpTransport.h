@@ -21,7 +21,7 @@ struct HttpRequest {
     std::string strMethod = "GET";
     std::string strUrl;
     HttpHeaderFields headerFields;
-    /// Absent for a request without a strBody; an empty body is a body.
+    /// Absent for a request without a body; an empty body is a body.
     std::optional<std::string> strBody;
     /// For a synchronous request the total time, including name look-up, connecting and handshake. For an
     /// asynchronous one the longest silence: each piece of the answer, headers included, restarts it.

@@ -99,7 +99,7 @@ void InstanceLock::takeConnections() {
         });
         m_open.append(pSocket);
         while (m_open.size() > kMostOpen)
-            m_open.first()->abort();
+            m_open.takeFirst()->abort();
     }
 }
 
