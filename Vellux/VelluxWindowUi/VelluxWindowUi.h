@@ -228,10 +228,6 @@ public:
     }
     /// Starts the status monitor and returns at once.
     void processLyncServerConnectionRequest();
-    /// The status monitor started last; null before the first. Main thread.
-    vellux::WorkerThreadRef statusMonitor() const VELLUX_REQUIRES(vellux::mainThreadRole) {
-        return threadForLyncStatusMonitor;
-    }
     /// Body of the status monitor's thread: one pass through sign-in, registration, presence and the opening
     /// of the event channel. Blocks on requests, on alerts and on the main thread. `nSignIn` is the number
     /// that the sign-in has been given; absent, it is given one.

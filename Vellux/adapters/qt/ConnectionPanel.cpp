@@ -67,32 +67,21 @@ ConnectionPanel::ConnectionPanel(const MainWindow::Dependencies& dependencies, U
     };
     QObject::connect(m_form.textFieldLyncStatus, &QLineEdit::textChanged, &m_receiver, showStatus);
     showStatus(m_form.textFieldLyncStatus->text());
-    m_observation = m_dependencies.controller.buttonConnect()->observe([this](Control::Change) {
-        m_bStarting = false;
-        m_update.ask();
-    });
+    m_observation =
+        m_dependencies.controller.buttonConnect()->observe([this](Control::Change) { m_update.ask(); });
     fold(false);
     show();
 }
 
 void ConnectionPanel::press(Button& sender) {
     assertMainThread(m_dependencies.mainThread);
-    if (!sender.isEnabled() || isStarting()) // which the widget may not show yet
-        return;
+    // A sign-in that has begun disables the button, but may not have come to that.
     VelluxWindowUi& controller = m_dependencies.controller;
-    const WorkerThreadRef before = controller.statusMonitor();
-    m_bStarting = true; // first, since the monitor may be faster than what comes next
+    if (!sender.isEnabled() || controller.signIn().get().result == SignInStatus::Result::Running)
+        return;
     controller.onConnectButtonClicked(sender);
-    m_started = controller.statusMonitor();
-    if (m_started == before)
-        m_bStarting = false;
     if (QLineEdit* const pEmpty = firstEmptyField()) // an alert has asked for it
         pEmpty->setFocus();
-}
-
-// A thread that could not be created is finished at once.
-bool ConnectionPanel::isStarting() const {
-    return m_bStarting && m_started != nullptr && !m_started->isFinished();
 }
 
 QLineEdit* ConnectionPanel::firstEmptyField() const {

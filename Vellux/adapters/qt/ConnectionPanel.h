@@ -4,11 +4,8 @@
 #include "adapters/qt/MainWindow.h"
 #include "threads/CoalescedUpdate.h"
 #include "threads/Observers.h"
-#include "threads/WorkerThread.h"
 
 #include <QObject>
-
-#include <atomic>
 
 namespace Ui {
 class MainWindow;
@@ -41,16 +38,12 @@ private:
 
     void show();
     void fold(bool bFolded);
-    bool isStarting() const;
     QLineEdit* firstEmptyField() const;
 
     const MainWindow::Dependencies m_dependencies;
     Ui::MainWindow& m_form;
     bool m_bFolded = false;
     bool m_bUnfoldedByUser = false; // for as long as this connection lasts
-    // Since a press that started a status monitor, until that has changed the button.
-    std::atomic<bool> m_bStarting{false};
-    WorkerThreadRef m_started; // null before the first
     CoalescedUpdate m_update;
     QObject m_receiver;
     Observation m_observation;

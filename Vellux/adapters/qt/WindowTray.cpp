@@ -17,7 +17,8 @@ WindowTray::WindowTray(Dependencies dependencies)
           },
           [&controller = dependencies.controller] {
               // A tray's menu works while an alert is open, but nothing new may begin then.
-              if (!alertToFront() && controller.buttonConnect()->isEnabled())
+              const bool bSigningIn = controller.signIn().get().result == SignInStatus::Result::Running;
+              if (!alertToFront() && !bSigningIn && controller.buttonConnect()->isEnabled())
                   controller.onConnectButtonClicked(*controller.buttonConnect());
           },
           [&controller = dependencies.controller] { controller.onExit(nullptr); },
