@@ -13,6 +13,7 @@ build_packages=(
     libcurl4-openssl-dev libudev-dev
     libcpp-httplib-dev ca-certificates
     qt6-base-dev qt6-wayland libxcb1-dev
+    lowdown
 )
 test_packages=(
     clang-14 clang-format-14 clang-tidy-14 libclang-rt-14-dev llvm-14

@@ -1,0 +1,32 @@
+# Removes the files that the manifests in the folder `manifests` name, and the folders of ours that are then empty. As
+# for the installation, DESTDIR goes before each path.
+
+file(GLOB lists "${manifests}/install_manifest*.txt")
+if(NOT lists)
+  message(FATAL_ERROR "Nothing was installed from ${manifests}")
+endif()
+foreach(list IN LISTS lists)
+  file(STRINGS "${list}" files)
+  foreach(file IN LISTS files)
+    set(file "$ENV{DESTDIR}${file}")
+    if(EXISTS "${file}" OR IS_SYMLINK "${file}")
+      message(STATUS "Removing ${file}")
+      file(REMOVE "${file}")
+      get_filename_component(folder "${file}" DIRECTORY)
+      list(APPEND folders "${folder}")
+    endif()
+  endforeach()
+  file(REMOVE "${list}")
+endforeach()
+
+# Folders that carry our name, innermost first.
+list(REMOVE_DUPLICATES folders)
+list(SORT folders ORDER DESCENDING)
+foreach(folder IN LISTS folders)
+  file(GLOB rest "${folder}/*")
+  while(NOT rest AND folder MATCHES "/doc/vellux")
+    file(REMOVE_RECURSE "${folder}")
+    get_filename_component(folder "${folder}" DIRECTORY)
+    file(GLOB rest "${folder}/*")
+  endwhile()
+endforeach()
