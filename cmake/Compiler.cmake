@@ -30,11 +30,15 @@ function(vellux_link_flag flag)
   endif()
 endfunction()
 
-# vellux_unless_defined(CONDITION RESULT) : sets RESULT if an optimised build meets no such macro.
+# vellux_unless_defined(CONDITION RESULT) : sets RESULT if an optimised build meets no such macro. It looks again when
+# the flags have changed.
 function(vellux_unless_defined condition result)
+  string(MD5 flags "${CMAKE_CXX_FLAGS} ${CMAKE_CXX_FLAGS_RELEASE} ${CMAKE_BUILD_TYPE}")
+  string(APPEND result _${flags})
   set(CMAKE_TRY_COMPILE_CONFIGURATION ${CMAKE_BUILD_TYPE})
   set(CMAKE_REQUIRED_FLAGS -O2) # some compilers fortify by themselves, but only then
   check_cxx_source_compiles("#if ${condition}\n#error there already\n#endif\nint main() {}" ${result})
+  set(${ARGV1} "${${result}}" PARENT_SCOPE)
 endfunction()
 
 foreach(flag -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wthread-safety)
