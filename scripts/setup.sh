@@ -1,4 +1,4 @@
-# Sourced by ./run, ./test, ./fuzz and scripts/pictures: installs the Debian packages that are missing and says so.
+# Sourced by ./run, ./test, ./fuzz, ./package and scripts/pictures: installs the Debian packages that are missing and says so.
 # Needs bash; runs as root or with sudo.
 
 say() { printf '\n== %s\n' "$*"; }
@@ -16,12 +16,16 @@ build_packages=(
     lowdown
 )
 test_packages=(
-    clang-14 clang-format-14 clang-tidy-14 libclang-rt-14-dev llvm-14
+    clang libclang-rt-dev llvm
     libgtest-dev openssl coreutils
     desktop-file-utils appstream libxml2-utils
     dbus python3-dbusmock xvfb fonts-dejavu-core
 )
+# Formats, checks and the fuzzing engine differ from version to version: these, or none.
+format_packages=(clang-14 clang-format-14 clang-tidy-14)
+fuzz_packages=(clang-14 libclang-rt-14-dev llvm-14)
 kernel_test_packages=(qemu-system-x86 busybox-static cpio kmod udev systemd at-spi2-core)
+packaging_packages=(dpkg-dev lintian)
 picture_packages=(xvfb xauth openbox fonts-dejavu-core)
 
 as_root() {
@@ -44,6 +48,14 @@ missing_of() {
     done
 }
 
+# are_known PACKAGE... : whether this system has, or could install, all of them.
+are_known() {
+    local package
+    for package in "$@"; do
+        is_installed "$package" || apt-cache show "$package" >/dev/null 2>&1 || return
+    done
+}
+
 # quietly COMMAND... : what it prints is shown only if it fails.
 quietly() {
     local output
@@ -63,7 +75,7 @@ install_packages() {
 # install_missing PACKAGE... : installs those that are not there yet.
 install_missing() {
     command -v apt-get >/dev/null && command -v dpkg-query >/dev/null ||
-        die "this system has no apt-get. Vellux is set up by script on Debian 12 only; elsewhere, install by" \
+        die "this system has no apt-get. Vellux is set up by script on Debian 12 and 13 only; elsewhere, install by" \
             "hand what corresponds to: $*"
     local packages
     mapfile -t packages < <(missing_of "$@")
