@@ -159,7 +159,7 @@ ConnectionHead::ConnectionHead(const MainWindow::Dependencies& dependencies, Ui:
     const auto ask = [this] { m_update.ask(); };
     m_observations[0] = m_dependencies.following.state().observe(ask);
     m_observations[1] = m_dependencies.choices.observe(ask);
-    m_observations[2] = m_dependencies.log.observe(ask);
+    m_observations[2] = m_dependencies.log.observe(m_update.asker()); // the transport's thread ends later
     show();
 }
 
