@@ -200,6 +200,10 @@ TEST_F(LightFixture, ConnectingSaysSinceWhenAndWhyNot) {
     refused.error->failure = HttpFailure::NameNotFound;
     onWorker([&] { log.add(refused); });
     EXPECT_TRUE(why.text().startsWith("The name lync.example was not found."));
+    EXPECT_EQ(why.height(), why.heightForWidth(why.width()));
+    refused.error->failure = HttpFailure::Reset;
+    log.add(refused);
+    EXPECT_LT(why.minimumHeight(), 2 * why.fontMetrics().lineSpacing()); // no gap where the longer one was
     EXPECT_FALSE(widget<QWidget>("buttonReconnect").isVisible());
     transport.lastPoll().simulateFailure(HttpFailure::Silent);
     EXPECT_FALSE(why.isVisible() || line.font().bold());

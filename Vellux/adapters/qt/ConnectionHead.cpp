@@ -135,8 +135,10 @@ private:
     // A layout gives a label no more than one line unless it asks for more.
     void fit() {
         const int nIcon = m_icon.isVisibleTo(this) ? m_icon.sizeHint().width() + layout()->spacing() : 0;
-        for (QLabel* const pLabel : {&m_words, &m_why})
+        for (QLabel* const pLabel : {&m_words, &m_why}) {
+            pLabel->setMinimumHeight(0); // else no label says that it needs less than before
             pLabel->setMinimumHeight(qMax(0, pLabel->heightForWidth(width() - nIcon))); // -1 without text
+        }
     }
 
     QLabel& m_words; // the form's
