@@ -41,8 +41,10 @@ TEST_F(PanelFixture, FieldsFoldWhileConnected) {
     expectFolded(false, true);
     EXPECT_EQ(focused(), "textFieldLyncServerName");
     EXPECT_EQ(widget<QWidget>("buttonFold").accessibleName(), "Hide the sign-in");
+    type("textFieldUsername", "another"); // counts with the next sign-in
     click("buttonFold");
     expectFolded(true, true);
+    EXPECT_EQ(widget<QLabel>("labelSignedIn").accessibleName(), "Signed in as CORP\\pat on lync.example");
     EXPECT_EQ(widget<QWidget>("buttonFold").accessibleName(), "Change the sign-in");
     click("buttonFold");
     click("buttonConnect");

@@ -3,10 +3,12 @@
 #include "VelluxWindowUi/VelluxWindowUi.h"
 #include "adapters/qt/WindowActions.h"
 #include "adapters/qt/Words.h"
+#include "app/Following.h"
 #include "model/ConnectTitle.h"
 #include "ui_MainWindow.h"
 
 #include <QEvent>
+#include <QKeySequence>
 
 #include <initializer_list>
 
@@ -119,9 +121,11 @@ void ConnectionPanel::show() {
 
 void ConnectionPanel::fold(bool bFolded) {
     m_bFolded = bFolded;
+    // Not what stands in the fields: that may have been changed since.
+    const SignInStatus signIn = m_dependencies.following.state().get().signIn;
     const QString strSignedIn =
         MainWindow::tr("Signed in as %1 on %2")
-            .arg(m_form.textFieldUsername->text(), m_form.textFieldLyncServerName->text());
+            .arg(QString::fromStdString(signIn.strUser), QString::fromStdString(signIn.strServer));
     m_form.labelSignedIn->setText(breakable(strSignedIn));
     m_form.labelSignedIn->setAccessibleName(strSignedIn);
     QWidget* const inputs[] = {m_form.labelServer,   m_form.textFieldLyncServerName,
