@@ -215,7 +215,7 @@ TEST_F(PagesFixture, DetailsShowTheLatestExchanges) {
         log.add(exchange);
     });
     ASSERT_EQ(list.topLevelItemCount(), 2);
-    EXPECT_EQ(row(1), "POST ||0|certificate not trusted: words; issuer: Example CA; 2 times");
+    EXPECT_EQ(row(1), "POST ||0|certificate not trusted (issuer: Example CA): words; 2 times");
     for (int n = 0; n < 200; ++n) {
         exchange.strPath = "/" + std::to_string(n);
         log.add(exchange);

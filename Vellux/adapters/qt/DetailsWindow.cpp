@@ -55,10 +55,12 @@ QString resultText(const ConnectionLog::Entry& entry) {
     if (isIdlePoll(exchange)) {
         parts.append(DetailsWindow::tr("nothing new"));
     } else if (const auto& error = exchange.error) {
-        parts.append(DetailsWindow::tr(nameOf(error->failure)) + QStringLiteral(": ") +
-                     QString::fromStdString(error->strDescription));
-        if (!error->strIssuer.empty())
-            parts.append(DetailsWindow::tr("issuer: %1").arg(QString::fromStdString(error->strIssuer)));
+        QString strFailure = DetailsWindow::tr(nameOf(error->failure));
+        if (!error->strIssuer.empty()) // first, as the transport's words may be cut off
+            strFailure += QStringLiteral(" (") +
+                          DetailsWindow::tr("issuer: %1").arg(QString::fromStdString(error->strIssuer)) +
+                          QLatin1Char(')');
+        parts.append(strFailure + QStringLiteral(": ") + QString::fromStdString(error->strDescription));
     }
     if (entry.nCount > 1)
         parts.append(DetailsWindow::tr("%1 times").arg(entry.nCount));
@@ -97,6 +99,7 @@ DetailsWindow::DetailsWindow(QWidget& window, Dependencies dependencies)
     m_pExchanges->setAccessibleName(tr("The latest requests to the server"));
     m_pExchanges->setRootIsDecorated(false);
     m_pExchanges->setUniformRowHeights(true);
+    m_pExchanges->setTextElideMode(Qt::ElideMiddle); // what differs is at the ends of an address
     m_pExchanges->setHeaderLabels({tr("Time"), tr("Request"), tr("Status"), tr("ms"), tr("Result")});
     layout()->addWidget(m_pExchanges);
     auto* const pButtons = new QDialogButtonBox;
@@ -190,7 +193,7 @@ void DetailsWindow::showEvent(QShowEvent* pEvent) {
         return;
     m_pExchanges->setFocus();
     showFacts();
-    m_pExchanges->setColumnWidth(kRequest, width() / 3);
+    m_pExchanges->setColumnWidth(kRequest, 2 * width() / 5);
     showExchanges();
 }
 
