@@ -42,6 +42,9 @@ FieldHintLines::FieldHintLines(const MainWindow::Dependencies& dependencies, Ui:
     for (const QLineEdit* const pField :
          {m_form.textFieldLyncServerName, m_form.textFieldUsername, m_form.textFieldPassword})
         QObject::connect(pField, &QLineEdit::textChanged, &m_receiver, [this] { show(); });
+    // Closer to its own field than to the next one.
+    for (QLabel* const pLabel : {m_form.labelServerHint, m_form.labelUserHint, m_form.labelPasswordHint})
+        pLabel->setContentsMargins(0, 0, 0, m_form.layoutConnection->verticalSpacing());
     QObject::connect(qApp, &QApplication::focusChanged, &m_receiver, [this] { show(); });
     show();
 }
