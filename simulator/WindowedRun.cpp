@@ -6,10 +6,14 @@
 #include "VelluxHttp/VelluxHttp.h"
 #include "VelluxWindowUi/VelluxWindowUi.h"
 #include "adapters/curl/CurlTransport.h"
+#include "adapters/linux/AutostartEntry.h"
 #include "adapters/linux/SystemClock.h"
 #include "adapters/linux/TerminationWatch.h"
 #include "adapters/linux/UdevRuleCommand.h"
+#include "adapters/qt/ChoicesFile.h"
+#include "adapters/qt/DetailsWindow.h"
 #include "adapters/qt/MainWindow.h"
+#include "adapters/qt/MorePage.h"
 #include "adapters/qt/QtApplication.h"
 #include "adapters/qt/QtDesktop.h"
 #include "adapters/qt/QtMainThread.h"
@@ -17,6 +21,7 @@
 #include "app/ConnectionLog.h"
 #include "app/Following.h"
 #include "app/Reconnector.h"
+#include "app/UnreachedLight.h"
 #include "platform/PrivateDirectory.h"
 #include "platform/ServerWatch.h"
 #include "platform/WindowWatch.h"
@@ -26,10 +31,20 @@
 
 #include <memory>
 #include <utility>
+#include <vector>
 
 namespace vellux::simulator {
 
 namespace {
+
+/// The light as the controller sees it; a virtual one has no node.
+std::vector<LightNode> lightNodes(VelluxWindowUi& controller) {
+    const vellux::LightState light = controller.light().get();
+    if (light.access == vellux::LightState::Access::NoLight)
+        return {};
+    const bool bUsable = light.access == vellux::LightState::Access::Usable;
+    return {{"virtual", light.nVendorID, light.nProductID, bUsable ? "" : "Permission denied"}};
+}
 
 const PresenceServerOptions kAccount = {"EXAMPLE\\robin", "example-password"};
 
@@ -67,7 +82,10 @@ int showWindow(char* strProgram, const Options& options) {
     lights.plug(light);
     SystemClock clock;
     QtTimers timers;
-    Observable<Choices> choices; // forgotten with the program
+    // Forgotten with the program, as the entry is.
+    ChoicesFile choicesFile(QString::fromStdString(directory->path() + "/choices.ini"));
+    Observable<Choices>& choices = choicesFile.choices();
+    const AutostartEntry autostart(directory->path(), "vellux");
     Following following(mainThread, controller, client);
     MainWindow window(
         {mainThread, controller, following, log, choices, timers, udevRuleCommand, directory->path()});
@@ -77,6 +95,15 @@ int showWindow(char* strProgram, const Options& options) {
                                {}});
     Program program({lights, transport, mainThread, clock, desktop});
     const Reconnector reconnector({mainThread, timers, controller, following, choices});
+    const UnreachedLight unreachedLight({mainThread, timers, controller, following, choices});
+    MorePage morePage(window, {mainThread,
+                               choicesFile,
+                               {[&] { return autostart.isEnabled(); },
+                                [&](bool bOn) { return autostart.setEnabled(bOn); }, autostart.path()}});
+    DetailsWindow details(window, {mainThread, controller, log, curlVersion(), [] { return false; },
+                                   [&controller] { return lightNodes(controller); }});
+    QObject::connect(&window, &MainWindow::moreAsked, &morePage, &MorePage::present);
+    QObject::connect(&window, &MainWindow::detailsAsked, &details, &DetailsWindow::present);
     const WindowWatch windowWatch(controller, console, changes);
     const auto terminationWatch = TerminationWatch::start([&] { program.requestEnd(); });
     if (terminationWatch == nullptr)
