@@ -41,7 +41,10 @@ TEST_F(PanelFixture, FieldsFoldWhileConnected) {
     expectFolded(false, true);
     EXPECT_EQ(focused(), "textFieldLyncServerName");
     EXPECT_EQ(widget<QWidget>("buttonFold").accessibleName(), "Hide the sign-in");
-    type("textFieldUsername", "another"); // counts with the next sign-in
+    type(
+        "textFieldUsername",
+        " of a department that has a long name, in a far away place@example"); // counts with the next sign-in
+    const int nWidth = window.width();
     click("buttonFold");
     expectFolded(true, true);
     EXPECT_EQ(widget<QLabel>("labelSignedIn").accessibleName(), "Signed in as CORP\\pat on lync.example");
@@ -52,6 +55,7 @@ TEST_F(PanelFixture, FieldsFoldWhileConnected) {
     click("buttonConnect");
     runUntilConnectShows("Disconnect");
     expectFolded(true, true);
+    EXPECT_EQ(window.width(), nWidth); // the line wraps
     click("buttonSelectManualMode");
     expectFolded(false, false);
     journal.clear();

@@ -64,6 +64,10 @@ ConnectionPanel::ConnectionPanel(const MainWindow::Dependencies& dependencies, U
         if (!m_bFolded)
             m_form.textFieldLyncServerName->setFocus();
     });
+    // It wraps in the room that there is: a label's own idea of its width would make the window wider.
+    QSizePolicy policy = m_form.labelSignedIn->sizePolicy();
+    policy.setHorizontalPolicy(QSizePolicy::Ignored);
+    m_form.labelSignedIn->setSizePolicy(policy);
     const auto showStatus = [this](const QString& strStatus) {
         m_form.labelStatus->setEnabled(!strStatus.isEmpty()); // which its field can't be seen to be
     };
@@ -128,6 +132,8 @@ void ConnectionPanel::fold(bool bFolded) {
             .arg(QString::fromStdString(signIn.strUser), QString::fromStdString(signIn.strServer));
     m_form.labelSignedIn->setText(breakable(strSignedIn));
     m_form.labelSignedIn->setAccessibleName(strSignedIn);
+    m_form.labelSignedIn->setMinimumWidth(0); // else no longest word is narrower than the one before
+    m_form.labelSignedIn->setMinimumWidth(m_form.labelSignedIn->minimumSizeHint().width());
     QWidget* const inputs[] = {m_form.labelServer,   m_form.textFieldLyncServerName,
                                m_form.labelUser,     m_form.textFieldUsername,
                                m_form.labelPassword, m_form.textFieldPassword};
