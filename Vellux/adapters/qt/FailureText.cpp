@@ -133,17 +133,20 @@ QString failureText(const HttpExchange& exchange) {
 QString whyNotConnected(const FollowingState& state, const ConnectionLog& log) {
     using Phase = FollowingState::Phase;
     using Result = SignInStatus::Result;
-    const bool bFailed = state.phase == Phase::NotConnected && state.signIn.result == Result::Failed;
     if (state.phase == Phase::NotConnected && state.signIn.result == Result::Refused)
         return FailureWords::refused();
-    // While the program tries again, the reason of the last time stays.
-    if (!bFailed && state.phase != Phase::NotReached &&
-        !(state.phase == Phase::Connecting && state.signIn.bAutomatic))
+    const bool bFailed = state.phase == Phase::NotConnected && state.signIn.result == Result::Failed;
+    const bool bConnecting = state.phase == Phase::Connecting;
+    if (!bFailed && !bConnecting && state.phase != Phase::NotReached)
         return {};
     const auto failure = log.lastFailure();
-    const bool bTold = failure && !failure->strHost.empty() &&
-                       !(bFailed && failure->began < state.signIn.since); // then it is of an earlier one
-    if (bTold)
+    // While the program tries again, the reason of the last time stays.
+    const bool bOfThis = state.phase == Phase::NotReached || (bConnecting && state.signIn.bAutomatic) ||
+                         (failure && failure->began >= state.signIn.since);
+    // An alert is open as long as a sign-in that has failed seems to go on. What a status means is known
+    // later.
+    const bool bToTell = !bConnecting || state.signIn.bAutomatic || (failure && failure->error);
+    if (failure && !failure->strHost.empty() && bOfThis && bToTell)
         return failureText(*failure);
     return bFailed ? unansweredText(state.signIn) : QString();
 }
