@@ -26,7 +26,7 @@ format_packages=(clang-14 clang-format-14 clang-tidy-14)
 fuzz_packages=(clang-14 libclang-rt-14-dev llvm-14)
 kernel_test_packages=(qemu-system-x86 busybox-static cpio kmod udev systemd at-spi2-core)
 packaging_packages=(dpkg-dev lintian)
-picture_packages=(xvfb xauth openbox fonts-dejavu-core)
+picture_packages=(xvfb xauth openbox dbus xfce4-panel xfconf fonts-dejavu-core)
 
 as_root() {
     if [ "$(id -u)" -eq 0 ]; then

@@ -18,6 +18,7 @@
 #include "adapters/qt/QtDesktop.h"
 #include "adapters/qt/QtMainThread.h"
 #include "adapters/qt/QtTimers.h"
+#include "adapters/qt/WindowTray.h"
 #include "app/ConnectionLog.h"
 #include "app/Following.h"
 #include "app/Reconnector.h"
@@ -96,12 +97,14 @@ int showWindow(char* strProgram, const Options& options) {
     Program program({lights, transport, mainThread, clock, desktop});
     const Reconnector reconnector({mainThread, timers, controller, following, choices});
     const UnreachedLight unreachedLight({mainThread, timers, controller, following, choices});
+    const WindowTray tray({mainThread, controller, window, following, choices});
     MorePage morePage(window, {mainThread,
                                choicesFile,
                                {[&] { return autostart.isEnabled(); },
                                 [&](bool bOn) { return autostart.setEnabled(bOn); }, autostart.path()}});
-    DetailsWindow details(window, {mainThread, controller, log, curlVersion(), [] { return false; },
-                                   [&controller] { return lightNodes(controller); }});
+    DetailsWindow details(window,
+                          {mainThread, controller, log, curlVersion(), [&tray] { return tray.isThere(); },
+                           [&controller] { return lightNodes(controller); }});
     QObject::connect(&window, &MainWindow::moreAsked, &morePage, &MorePage::present);
     QObject::connect(&window, &MainWindow::detailsAsked, &details, &DetailsWindow::present);
     const WindowWatch windowWatch(controller, console, changes);
@@ -121,7 +124,8 @@ int showWindow(char* strProgram, const Options& options) {
     if (options.strPictures) {
         tour = std::make_unique<PictureTour>(*options.strPictures, options.look,
                                              PictureTour::Dependencies{mainThread, changes, console, lights,
-                                                                       light, *server, controller, window});
+                                                                       light, *server, controller, window,
+                                                                       [&tray] { return tray.isThere(); }});
     } else {
         panel = std::make_unique<LampPanel>(
             LampPanel::Dependencies{mainThread, changes, lights, light, *server,

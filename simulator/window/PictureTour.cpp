@@ -6,11 +6,16 @@
 #include "server/Bodies.h"
 
 #include <QApplication>
+#include <QCursor>
 #include <QPixmap>
+#include <QPushButton>
 #include <QScreen>
 
 #include <chrono>
+#include <cstddef>
+#include <memory>
 #include <utility>
+#include <vector>
 
 namespace vellux::simulator {
 
@@ -29,8 +34,10 @@ QWidget* otherWindow(const QWidget& window) {
 // A window manager would place them anywhere.
 void place(QWidget& window) {
     const int nMargin = 2 * window.fontMetrics().height();
-    window.move(nMargin, nMargin);
-    if (QWidget* const other = otherWindow(window))
+    QWidget* const other = otherWindow(window);
+    const int nWider = other == nullptr ? 0 : (other->width() - window.width()) / 2;
+    window.move(nMargin + qMax(0, nWider), nMargin);
+    if (other != nullptr)
         other->move(window.frameGeometry().center() - other->rect().center());
 }
 
@@ -73,18 +80,23 @@ bool PictureTour::eventually(const Condition& condition) const {
     return false;
 }
 
+bool PictureTour::saves(const QPixmap& picture, const std::string& strName) const {
+    const std::string strFile = m_strDirectory + "/" + strName + ".png";
+    const bool bSaved = picture.save(QString::fromStdString(strFile));
+    m_dependencies.console.print((bSaved ? "picture " : "no picture ") + strFile);
+    return bSaved;
+}
+
 bool PictureTour::takes(const std::string& strName) const {
     does([this] { place(m_dependencies.window); });
     std::this_thread::sleep_for(kSettling);
-    const std::string strFile = m_strDirectory + "/" + strName + ".png";
     bool bSaved = false;
     does([&] {
         const QRect area = covered(m_dependencies.window);
         const QPixmap picture =
             m_dependencies.window.screen()->grabWindow(0, area.x(), area.y(), area.width(), area.height());
-        bSaved = picture.save(QString::fromStdString(strFile));
+        bSaved = saves(picture, strName);
     });
-    m_dependencies.console.print((bSaved ? "picture " : "no picture ") + strFile);
     return bSaved;
 }
 
@@ -98,7 +110,63 @@ bool PictureTour::connected() {
     });
 }
 
+// The fields are as empty as they are for a new user.
+bool PictureTour::firstStart() {
+    VelluxWindowUi& controller = m_dependencies.controller;
+    const std::shared_ptr<TextField> fields[] = {
+        controller.textFieldLyncServerName(), controller.textFieldUsername(), controller.textFieldPassword()};
+    std::vector<std::string> texts;
+    does([&] {
+        for (const auto& field : fields) {
+            texts.push_back(field->text());
+            field->setText("");
+        }
+    });
+    const bool bGood = takes("first-start");
+    does([&] {
+        for (std::size_t n = 0; n < texts.size(); ++n)
+            fields[n]->setText(texts[n]);
+    });
+    return bGood;
+}
+
+// What the tray's panel, which ends in the screen's lower right corner, shows, and says under the mouse.
+bool PictureTour::tray() {
+    bool bGood = false;
+    const auto isThere = [&] {
+        does([&] { bGood = m_dependencies.isTrayThere(); });
+        return bGood;
+    };
+    if (!eventually(isThere))
+        return false;
+    const QRect screen = m_dependencies.window.screen()->geometry();
+    const int nLine = m_dependencies.window.fontMetrics().height();
+    does([&] { QCursor::setPos(screen.bottomRight() - QPoint(nLine, nLine)); });
+    std::this_thread::sleep_for(5 * kSettling);
+    const QSize size = QSize(44, 5) * nLine;
+    does([&] {
+        const QPoint corner = screen.bottomRight() - QPoint(size.width() - 1, size.height() - 1);
+        const QPixmap picture = m_dependencies.window.screen()->grabWindow(0, corner.x(), corner.y(),
+                                                                           size.width(), size.height());
+        bGood = saves(picture, "tray");
+        QCursor::setPos(0, 0);
+    });
+    return bGood;
+}
+
+bool PictureTour::page(const char* strButton, const std::string& strName) {
+    does([&] { m_dependencies.window.findChild<QPushButton*>(strButton)->click(); });
+    const bool bGood = takes(strName);
+    does([this] {
+        if (QWidget* const other = otherWindow(m_dependencies.window))
+            other->close();
+    });
+    return bGood;
+}
+
 bool PictureTour::run() {
+    if (m_look == Look::Light && !firstStart())
+        return false;
     if (!connected())
         return false;
     switch (m_look) {
@@ -123,7 +191,7 @@ bool PictureTour::losses() {
     if (!when(polls))
         return false;
     m_dependencies.server.emitBatch({401, unauthorizedPage(), "text/html"});
-    bool bGood = eventually(isLost) && takes("ended");
+    bool bGood = eventually(isLost) && takes("ended") && tray();
     does([this] { m_dependencies.controller.reconnect(); });
     bGood = bGood && when(polls);
 
@@ -131,6 +199,7 @@ bool PictureTour::losses() {
     m_dependencies.server.interfere(Route::Events, {{}, Reply::cut(), CutOff::Never, kTimes});
     m_dependencies.server.cutHeldPolls();
     bGood = bGood && eventually(isLost) && takes("not-reached");
+    bGood = bGood && eventually([&] { return !isLost(); }) && page("buttonDetails", "details");
     return when(polls) && bGood;
 }
 

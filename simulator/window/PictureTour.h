@@ -15,6 +15,7 @@
 #include <string>
 #include <thread>
 
+class QPixmap;
 class VelluxWindowUi;
 
 namespace vellux::simulator {
@@ -33,6 +34,7 @@ public:
         PresenceServer& server;
         VelluxWindowUi& controller;
         QWidget& window;
+        std::function<bool()> isTrayThere; ///< main thread
     };
 
     /// Starts on a thread of its own. The light look takes all pictures, the others one each.
@@ -52,10 +54,15 @@ private:
     bool run();
     bool all();
     bool losses();
+    bool firstStart();
+    bool tray();
+    /// What opens at a press on the button.
+    bool page(const char* strButton, const std::string& strName);
     bool connected();
     bool when(const Condition& condition) const;
     bool eventually(const Condition& condition) const;
     bool does(const Call& call) const;
+    bool saves(const QPixmap& picture, const std::string& strName) const;
     bool takes(const std::string& strName) const;
 
     const std::string m_strDirectory;
