@@ -20,8 +20,6 @@ TEST(CommandLine, TakesWhatIsOursAndLeavesTheRestInOrder) {
         {"vellux", "vellux", {}},
         {"vellux --hidden", "vellux", {Task::Run, true}},
         {"vellux --help", "vellux", {Task::Help, false}},
-        {"vellux --version", "vellux", {Task::Version, false}},
-        {"vellux --status", "vellux", {Task::Status, false}},
         {"vellux --style a --hidden -x --hidden b", "vellux --style a -x b", {Task::Run, true}},
         {"vellux --status --help --hidden", "vellux", {Task::Status, true}},
         {"vellux --Help -help --help=1 --hid  help", "vellux --Help -help --help=1 --hid  help", {}},

@@ -209,21 +209,4 @@ TEST_F(ConnectionFixture, AHundredConnectionsLeaveNothingBehind) {
     EXPECT_LT(mapped(), nBefore + (std::size_t{256} << 20)); // 89 stacks of 8 MiB are more
 }
 
-// A button "Reconnect" that only disconnects, leaves the old poll open, or starts a second monitor.
-TEST_F(ConnectionFixture, ReconnectDisconnectsAndConnects) {
-    clickThrough();
-    transport.lastPoll().simulateEnd();
-    journal.clear();
-    ui().reconnect();
-    runUntilConnectShows("Disconnect");
-    EXPECT_EQ(journal.take({"cancel", "title", "poll"}),
-              (Lines{kCancel, "title Connect", "title Connecting...", "title Disconnect", kPoll}));
-    EXPECT_EQ(client().channel().get().state, vellux::ChannelState::Open);
-    journal.clear();
-    ui().buttonConnect()->setTitle("Connecting...");
-    ui().reconnect();
-    endThreads();
-    EXPECT_EQ(journal.take(), Lines{"title Connecting..."});
-}
-
 } // namespace

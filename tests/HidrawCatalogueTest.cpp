@@ -12,7 +12,6 @@ namespace {
 
 using Entries = std::vector<HidrawEntry>;
 using Names = std::vector<std::string>;
-
 using Bytes = std::vector<std::uint8_t>;
 
 // A light missed or taken by the usage of a report, of a later collection, or of an item read out of step.
@@ -38,7 +37,6 @@ TEST(HidrawListing, PrimaryUsageIsThatOfTheFirstCollection) {
          3},
         {"a report size that looks like a collection", {0x09, 0x03, 0x75, 0xA1, 0xA1, 0x01}, 3},
         {"empty", {}, 0},
-        {"no collection", {0x09, 0x03}, 0},
         {"cut in an item", {0x09, 0x03, 0xA1}, 0},
         {"cut in a usage", {0x0B, 0x34, 0x12}, 0},
         {"cut in a long item's head", {0xFE}, 0},
@@ -46,15 +44,6 @@ TEST(HidrawListing, PrimaryUsageIsThatOfTheFirstCollection) {
     };
     for (const auto& row : rows)
         EXPECT_EQ(primaryUsage(row.descriptor), row.nUsage) << row.strWhat;
-}
-
-TEST(HidrawListing, PropertiesAreUnsignedAndOthersAbsent) {
-    const HidrawEntry entry{"a", "", 0xFFFE, 0x8001, 0xA0FF};
-    EXPECT_EQ(hidrawProperty(entry, "VendorID"), 0xFFFE);
-    EXPECT_EQ(hidrawProperty(entry, "ProductID"), 0x8001);
-    EXPECT_EQ(hidrawProperty(entry, "PrimaryUsage"), 0xA0FF);
-    EXPECT_EQ(hidrawProperty(entry, "PrimaryUsagePage"), std::nullopt);
-    EXPECT_EQ(hidrawProperty(entry, ""), std::nullopt);
 }
 
 /// A reference that knows how it came about: "a/1" is path a opened, "a/1!" refused, the first time.

@@ -2,15 +2,11 @@
 
 #include "adapters/hidraw/HidrawDevice.h"
 #include "fakes/KernelWrites.h"
-#include "fakes/Watchdog.h"
 #include "kernel/SocketLight.h"
 
-#include <algorithm>
 #include <gtest/gtest.h>
 
-#include <cerrno>
 #include <csignal>
-#include <numeric>
 #include <semaphore>
 #include <thread>
 
@@ -33,31 +29,10 @@ protected:
         return device.send(0, payload);
     }
 
-    const Watchdog m_watchdog{"a report"};
     const std::shared_ptr<std::atomic<bool>> m_shuttingDown = std::make_shared<std::atomic<bool>>(false);
     CircuitBreaker::Time m_now;
     SocketLight m_light;
 };
-
-// A report without its ID, which the kernel takes for one with the first byte as its ID; one that is cut,
-// padded or split in two; a feature report that goes out as an output report.
-TEST_F(HidrawDeviceFixture, AReportIsOneWriteOfIdAndPayload) {
-    const auto device = open(m_light.node());
-    EXPECT_EQ(device->refusal(), 0U);
-    Bytes plain(64);
-    std::iota(plain.begin(), plain.end(), std::uint8_t{0x60});
-    const struct {
-        std::uint8_t byReportID;
-        Bytes payload;
-    } rows[] = {{0, {0x55, 0x53, 0x42, 0x43, 0x00, 0x40, 0x02, 0xEF}}, {0, plain}, {7, {0, 9}}, {0, {}}};
-    for (const auto& row : rows) {
-        EXPECT_EQ(device->send(row.byReportID, row.payload), 0U);
-        Bytes report = row.payload;
-        report.insert(report.begin(), row.byReportID);
-        EXPECT_EQ(m_light.reports(), std::vector<Bytes>{report});
-    }
-    EXPECT_EQ(m_light.reports(), std::vector<Bytes>());
-}
 
 // A failure taken for success or for another one, or one that lasts.
 TEST_F(HidrawDeviceFixture, AFailureIsTheErrnoOfItsReportAlone) {

@@ -9,8 +9,9 @@ namespace {
 
 using Lines = Journal::Lines;
 
-const std::string kRed = "report 55534243004002ef", kOff = "report 55534243004002ff"; // of a light of type 1
-std::atomic<int> nCalls{0};                                                           // to the main thread
+const std::string kRed = "report 55534243004002ef", kOff = "report 55534243004002ff", // of a light of type 1
+    kCancel = "cancel https://lync.example/ucwa/events?ack=1";
+std::atomic<int> nCalls{0}; // to the main thread
 
 class LifecycleFixture : public ProgramFixture {
 protected:
@@ -50,14 +51,11 @@ TEST_F(LifecycleFixture, StartsInOrder) {
         if (nStart == 1)
             hid.present(FakeHidManager::light(0x1130, 1));
         delegate().applicationDidFinishLaunching();
-        Lines expected = {"desktop activity 16777215 receiving OSC messages",
-                          "hid create",
-                          "hid matching",
-                          "hid register arrival",
-                          "hid register removal",
-                          "hid schedule",
-                          "hid open",
-                          "window main front"};
+        Lines expected =
+            vellux::split("desktop activity 16777215 receiving OSC messages|hid create|hid matching|"
+                          "hid register arrival|hid register removal|hid schedule|hid open|"
+                          "window main front",
+                          "|");
         if (nStart == 2) // it was announced before
             expected.insert(expected.end() - 1, kOff);
         EXPECT_EQ(journal.take(), expected);
@@ -85,15 +83,14 @@ TEST_F(LifecycleFixture, StartsWithoutActivityAndLights) {
 
 // A worker that lights a light again after the end, a long poll left behind, or devices released too early.
 TEST_F(LifecycleFixture, ShutDownEndsACallsFlashingOff) {
-    expectAtShutDown(0x1130, 1, false, {kRed, "cancel https://lync.example/ucwa/events?ack=1", kOff});
+    expectAtShutDown(0x1130, 1, false, {kRed, kCancel, kOff});
 }
 TEST_F(LifecycleFixture, ShutDownEndsManualFlashingOff) {
     expectAtShutDown(0x1130, 1, true, {kRed, kOff});
 }
 TEST_F(LifecycleFixture, ShutDownEndsFlashingByTheLightItselfOff) {
-    expectAtShutDown(0x2C0D, 6, false,
-                     {"report ff0000100000ffff", "report ff0000100000ffff",
-                      "cancel https://lync.example/ucwa/events?ack=1", "report ff0000110000ffff"});
+    const std::string strFlashing = "report ff0000100000ffff";
+    expectAtShutDown(0x2C0D, 6, false, {strFlashing, strFlashing, kCancel, "report ff0000110000ffff"});
 }
 
 // A monitor that shows its colour between the last report and the devices' release.
@@ -192,14 +189,11 @@ TEST_F(ControlsFixture, StartUpSetsTheControlsInOrder) {
 // A setter that writes another control's field.
 TEST_F(ControlsFixture, EachControlHasItsOwnAccessors) {
     std::vector<std::function<void()>> checks; // after all setters, to notice one field written twice
-    const auto set = [&]<typename T>(const ControlRow<T>& row) {
+    control_rows::forEach([&]<typename T>(const ControlRow<T>& row) {
         const auto control = std::make_shared<T>();
         (ui().*row.setter)(control);
         checks.push_back([this, control, &row] { EXPECT_EQ((ui().*row.getter)(), control) << row.pName; });
-    };
-    std::for_each(std::begin(control_rows::kButtons), std::end(control_rows::kButtons), set);
-    std::for_each(std::begin(control_rows::kFields), std::end(control_rows::kFields), set);
-    std::for_each(std::begin(control_rows::kLists), std::end(control_rows::kLists), set);
+    });
     for (const auto& check : checks)
         check();
 }

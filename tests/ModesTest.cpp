@@ -1,7 +1,6 @@
 // Manual and sync mode: order of effects, and the handlers of the lists and of the flash-on-call box.
 
 #include "fakes/LightFixture.h"
-#include "fakes/Watchdog.h"
 
 namespace {
 
@@ -41,8 +40,6 @@ protected:
         ui().waitForSyncFlashingThreadToExit();
         clock.hold();
     }
-
-    const Watchdog watchdog{"a thread that should not have been started, or should have ended"};
 };
 
 // Any effect left out, doubled or moved: the channel aborted after the light changed, a control still usable,
@@ -188,23 +185,6 @@ TEST_F(ModesFixture, SyncListsOnAnOlderLight) {
     expectChoice(SyncSpeed, 1, "");
     expectChoice(SyncColour, 1, "Red");
     vellux::WorkerThread::joinAll();
-}
-
-// A position beyond the list kept, or clamped by the list before the refill.
-TEST_F(ModesFixture, PositionsBeyondTheListsAreClamped) {
-    ui().setIndexOfManualModeColorList(8);
-    ui().setIndexOfManualModeFlashSpeedList(0);
-    ui().setIndexOfSyncModeColorList(8);
-    setManualMode();
-    observeControls(true);
-    const auto light = FakeHidManager::light(0x1130, 1);
-    arrive(light); // nine entries until the mode was applied
-    EXPECT_EQ(journal.count("manualModeColorList selected 8"), 1U);
-    hid.noticeArrival(light);
-    runPending();
-    EXPECT_EQ(journal.count("manualModeColorList selected 7"), 1U);
-    setSyncMode();
-    EXPECT_EQ(journal.count("syncModeColorList selected 7"), 1U);
 }
 
 // A flash that is not taken up again when its light comes back.

@@ -10,7 +10,6 @@ protected:
     void addLights(const std::vector<std::int64_t>& ids) {
         for (const std::int64_t nId : ids)
             hid.present(FakeHidManager::light(nId >> 16, nId & 0xFFFF));
-        hid.bNoticesAtOpen = false;
         std::int32_t nCount = 0;
         ASSERT_TRUE(VelluxFindDevices(nCount));
         bDevicePlugged = true;

@@ -2,7 +2,6 @@
 
 #include "fakes/ProgramFixture.h"
 #include "fakes/ScarceMemory.h"
-#include "fakes/Watchdog.h"
 #include "support/Files.h"
 #include "support/Text.h"
 #include "support/Url.h"
@@ -25,17 +24,17 @@ namespace fs = std::filesystem;
 
 // Overflow, or a rest that spoils what stands at the head.
 TEST(Text, IntegerValue) {
-    for (const char* strText : {"12", "+12", " \t\n12", "12 3", "12x", "12.9", "0012"})
-        EXPECT_EQ(integerValue(strText), 12) << strText;
-    for (const char* strText : {"", "0", "x12", "-", "+-5", "- 5", "0x10"})
-        EXPECT_EQ(integerValue(strText), 0) << strText;
-    EXPECT_EQ(integerValue("-3;"), -3);
-    for (const char* strText :
-         {"9223372036854775807", "9223372036854775808", "9223372036854775810", "99999999999999999999x"})
-        EXPECT_EQ(integerValue(strText), std::numeric_limits<std::int64_t>::max()) << strText;
-    EXPECT_EQ(integerValue("-9223372036854775807"), -std::numeric_limits<std::int64_t>::max());
-    for (const char* strText : {"-9223372036854775808", "-9223372036854775809", "-99999999999999999999"})
-        EXPECT_EQ(integerValue(strText), std::numeric_limits<std::int64_t>::min()) << strText;
+    constexpr auto kMost = std::numeric_limits<std::int64_t>::max();
+    const std::pair<std::int64_t, const char*> rows[] = {
+        {12, "12|+12| \t\n12|12 3|12x|12.9|0012"},
+        {0, "|0|x12|-|+-5|- 5|0x10"},
+        {-3, "-3;"},
+        {kMost, "9223372036854775807|9223372036854775808|9223372036854775810|99999999999999999999x"},
+        {-kMost, "-9223372036854775807"},
+        {-kMost - 1, "-9223372036854775808|-9223372036854775809|-99999999999999999999"}};
+    for (const auto& [nValue, strTexts] : rows)
+        for (const std::string& strText : split(strTexts, "|"))
+            EXPECT_EQ(integerValue(strText), nValue) << strText;
 }
 
 // Overlong forms, surrogates, what lies beyond U+10FFFF, and texts cut short, let through (RFC 3629).
@@ -93,14 +92,13 @@ TEST_F(FilesFixture, AreForTheirOwnerAlone) {
     EXPECT_EQ(modeOf(path("secret")), 0600U);
     createFileIfMissing(path("empty"), FileAccess::OwnerOnly);
     EXPECT_EQ(modeOf(path("empty")), 0600U);
-    for (const auto access : {FileAccess::Default, FileAccess::OwnerOnly}) {
-        fs::permissions(path("secret"), fs::perms(0664));
-        createFileIfMissing(path("secret"), access);
-        EXPECT_EQ(modeOf(path("secret")), access == FileAccess::OwnerOnly ? 0600U : 0664U);
-        fs::permissions(path("secret"), fs::perms(0664));
-        writeFile(path("secret"), "longer", access);
-        EXPECT_EQ(modeOf(path("secret")), access == FileAccess::OwnerOnly ? 0600U : 0664U);
-    }
+    for (const auto access : {FileAccess::Default, FileAccess::OwnerOnly})
+        for (const bool bWrite : {false, true}) {
+            fs::permissions(path("secret"), fs::perms(0664));
+            bWrite ? writeFile(path("secret"), "longer", access)
+                   : createFileIfMissing(path("secret"), access);
+            EXPECT_EQ(modeOf(path("secret")), access == FileAccess::OwnerOnly ? 0600U : 0664U);
+        }
     fs::permissions(path("secret"), fs::perms(0444)); // made read-only on purpose: stays so
     writeFile(path("secret"), "s", FileAccess::OwnerOnly);
     EXPECT_EQ(modeOf(path("secret")), 0400U);
@@ -177,18 +175,16 @@ TEST_F(FilesFixture, ComeBackWholeOrNotAtAll) {
     }
     writeContent(path("f"), "\x89PNG\xFF");
     EXPECT_EQ(readTextFile(path("f")), std::nullopt);
-    const std::string strLargest(1024 * 1024, 'x');
-    writeContent(path("f"), strLargest);
-    EXPECT_TRUE(readTextFile(path("f")) == strLargest);
-    writeContent(path("f"), strLargest + "x");
-    EXPECT_EQ(readTextFile(path("f")), std::nullopt);
+    for (const std::size_t nSize : {1024 * 1024, 1024 * 1024 + 1}) {
+        writeContent(path("f"), std::string(nSize, 'x'));
+        EXPECT_EQ(readTextFile(path("f")).has_value(), nSize == 1024 * 1024);
+    }
     fs::resize_file(path("f"), std::uintmax_t{1} << 40);
     EXPECT_EQ(readTextFile(path("f")), std::nullopt);
 }
 
 // A program that hangs or throws because something else stands where its file should be.
 TEST_F(FilesFixture, ThatAreNoFiles) {
-    const Watchdog watchdog("a FIFO in place of a file");
     fs::create_directory(path("directory"));
     ASSERT_EQ(mkfifo(path("fifo").c_str(), 0644), 0);
     writeFile(path("file"), "x", FileAccess::Default);
@@ -238,7 +234,6 @@ TEST_F(FilesFixture, TellWhetherTheyCanBeWritten) {
 
 // Calls out of order, dropped, or run on the wrong thread; a waiter that goes on before its call is done.
 TEST(CallQueue, RunsInOrderOnItsThread) {
-    const Watchdog watchdog("a call that was waited for");
     std::atomic<int> nWakes = 0;
     CallQueue queue([&nWakes] { ++nWakes; });
     std::vector<int> order;
@@ -260,63 +255,39 @@ TEST(CallQueue, RunsInOrderOnItsThread) {
     EXPECT_EQ(order, (std::vector<int>{1, 2, 3, 4, 5, 6}));
 }
 
-/// A toolkit's loop. A turn may end early at any time, as on a busy machine.
-struct Loop {
-    /// Turns until a call has run. Expects to have been woken for each, and to be woken again for what is
-    /// left.
-    void runUntil(char c) {
+// A toolkit kept out by calls that take long or queue calls.
+TEST(CallQueue, LeavesTheToolkitItsTurn) {
+    bool bWoken = false;
+    std::string strOrder;
+    CallQueue queue([&] { bWoken = true; });
+    // Turns until a call has run; woken for each, and again for what is left.
+    const auto runUntil = [&](char c) {
         for (bool bLeft = true; bLeft && strOrder.find(c) == std::string::npos;) {
             EXPECT_TRUE(std::exchange(bWoken, false));
             bLeft = queue.runPending();
             EXPECT_TRUE(bWoken || !bLeft);
         }
-    }
-    void post(
-        char c, std::function<void()> rest = [] {}) {
-        queue.post([this, c, rest = std::move(rest)] {
-            strOrder += c;
-            rest();
-        });
-    }
-
-    bool bWoken = false;
-    std::string strOrder;
-    CallQueue queue{[this] { bWoken = true; }};
-};
-
-// A toolkit kept out by calls that take long or queue calls.
-TEST(CallQueue, LeavesTheToolkitItsTurn) {
-    const Watchdog watchdog("a turn");
-    Loop loop;
-    loop.post('s', [] { std::this_thread::sleep_for(std::chrono::milliseconds(60)); });
-    loop.post('a');
-    loop.runUntil('s');
-    EXPECT_EQ(loop.strOrder, "s");
-    const std::function<void()> again = [&] { loop.post('+', again); };
-    again();
-    loop.post('b');
-    loop.runUntil('b');
-    EXPECT_EQ(loop.strOrder.substr(0, 4), "sa+b");
-}
-
-// An alert's loop that stands still, or goes on in another order.
-TEST(CallQueue, GoesOnInALoopInsideACall) {
-    Loop loop;
-    loop.post('(', [&] {
-        loop.runUntil('b');
-        loop.strOrder += ')';
+    };
+    queue.post([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(60));
+        strOrder += 's';
     });
-    loop.post('a', [&] { loop.post('c'); });
-    loop.post('b');
-    loop.runUntil(')');
-    loop.runUntil('c');
-    EXPECT_TRUE(loop.strOrder == "(ab)c" || loop.strOrder == "(abc)") << loop.strOrder;
+    queue.post([&] { strOrder += 'a'; });
+    runUntil('s');
+    EXPECT_EQ(strOrder, "s");
+    const std::function<void()> again = [&] {
+        strOrder += '+';
+        queue.post(again);
+    };
+    queue.post(again);
+    queue.post([&] { strOrder += 'b'; });
+    runUntil('b');
+    EXPECT_EQ(strOrder.substr(0, 4), "sa+b");
 }
 
 // A waiter that is never woken when the program quits, even while its call is running, as with an alert open;
 // a call that runs after the close, or keeps what it holds.
 TEST(CallQueue, CloseFreesEveryWaiter) {
-    const Watchdog watchdog("a waiter of a closed queue");
     std::atomic<int> nQueued = 0;
     CallQueue queue([&nQueued] { ++nQueued; });
     bool bRun = false;

@@ -32,25 +32,14 @@ protected:
 
 } // namespace
 
-// A proxy of the desktop's that is ignored, or the environment's that is used in its place.
-TEST_F(CurlProxyFixture, GoesThroughTheProxyThatIsChosenForARequest) {
-    RawServer server({RawServer::answer("{}"), RawServer::answer("{}")});
-    setenv("http_proxy", "http://127.0.0.1:1", 1);
-    strProxy = server.origin();
-    EXPECT_TRUE(succeeds({"GET", "http://elsewhere.example/", {}, {}, {}}));
-    strProxy = "";
-    EXPECT_TRUE(succeeds({"GET", server.origin() + "/straight", {}, {}, {}}));
-    EXPECT_EQ(server.requests().at(0).substr(0, 34), "GET http://elsewhere.example/ HTTP");
-    EXPECT_EQ(server.requests().at(1).substr(0, 18), "GET /straight HTTP");
-}
-
 // A proxy that is asked for with every poll, on the main thread; or never again, although another network
-// needs another.
+// needs another; the environment's that is used in place of none.
 TEST_F(CurlProxyFixture, LooksAgainAtASignInAndAfterAConnectionThatFailed) {
     RawServer server({RawServer::answer("{}", "200 OK", "Connection: close\r\n"), {RawServer::close()}});
     const HttpRequest signIn{"POST", "https://elsewhere.example/token", {}, "", {}};
     const HttpRequest query{"GET", "https://elsewhere.example/me", {{"Authorization", "Bearer T"}}, {},
                             {},    "https://elsewhere.example/"};
+    setenv("http_proxy", "http://127.0.0.1:1", 1);
     strProxy = "http://127.0.0.1:1";
     EXPECT_FALSE(succeeds(signIn));
     EXPECT_FALSE(succeeds(query));

@@ -6,7 +6,6 @@
 #include "fakes/FakeHidManager.h"
 #include "fakes/SocketNodes.h"
 #include "fakes/UdevEvents.h"
-#include "fakes/Watchdog.h"
 #include "light/VirtualLights.h"
 #include "support/Text.h"
 
@@ -14,8 +13,6 @@
 
 #include <climits>
 #include <csignal>
-#include <cstdio>
-#include <cstdlib>
 
 using namespace vellux;
 
@@ -171,9 +168,14 @@ protected:
         listen();
         manager().setScheduled(true);
     }
-    void listen() {
-        manager().registerDeviceMatchingCallback([this](const auto& device) { note("+", device); });
-        manager().registerDeviceRemovalCallback([this](const auto& device) { note("-", device); });
+    void listen(bool bArrivals = true, bool bRemovals = true) {
+        std::function<void(const HidDeviceRef&)> arrived, removed;
+        if (bArrivals)
+            arrived = [this](const auto& device) { note("+", device); };
+        if (bRemovals)
+            removed = [this](const auto& device) { note("-", device); };
+        manager().registerDeviceMatchingCallback(arrived);
+        manager().registerDeviceRemovalCallback(removed);
     }
     void plug(const Kind& kind, bool bPermitted = true) { m_lights->plug(kind, bPermitted); }
     void unplug(const Kind& kind) { m_lights->unplug(kind); }
@@ -217,7 +219,6 @@ private:
         arrived = strWhat == "+" ? device : nullptr;
     }
 
-    const Watchdog m_watchdog{"a HID manager"};
     CountingQueue m_mainThread;
     const std::unique_ptr<Lights> m_lights = makeLights(GetParam(), m_mainThread);
     Names m_notices;
@@ -328,23 +329,15 @@ TEST_P(HidManagerFixture, ReportsReachTheirLight) {
 TEST_P(HidManagerFixture, NoticesAreForThoseWhoListen) {
     create();
     ASSERT_EQ(manager().open(), 0U);
-    manager().setScheduled(false);
-    plug(kFramed);
-    EXPECT_EQ(notices(1), Names{});
-    manager().setScheduled(true);
-    unplug(kFramed);
-    EXPECT_EQ(notices(1), Names{"-framed"});
-    manager().registerDeviceMatchingCallback({});
-    plug(kFramed);
-    EXPECT_EQ(notices(1), Names{});
-    unplug(kFramed);
-    EXPECT_EQ(notices(1), Names{"-framed"});
-    listen();
-    manager().registerDeviceRemovalCallback({});
-    plug(kFramed);
-    EXPECT_EQ(notices(1), Names{"+framed"});
-    unplug(kFramed);
-    EXPECT_EQ(notices(1), Names{});
+    for (const bool bScheduled : {false, true})
+        for (const bool bArrivals : {false, true}) {
+            manager().setScheduled(bScheduled);
+            listen(bArrivals, !bArrivals);
+            plug(kFramed);
+            EXPECT_EQ(notices(1), bScheduled && bArrivals ? Names{"+framed"} : Names{});
+            unplug(kFramed);
+            EXPECT_EQ(notices(1), bScheduled && !bArrivals ? Names{"-framed"} : Names{});
+        }
     manager().registerDeviceMatchingCallback([this, owned = std::make_shared<int>()](const HidDeviceRef&) {
         const std::weak_ptr<int> held = owned;
         manager().registerDeviceMatchingCallback({});

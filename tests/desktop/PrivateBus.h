@@ -1,7 +1,7 @@
 // Message buses and mocked services of a test's own. Nothing here reaches the machine's buses.
 //
 //     PrivateBus session(BusKind::Session); // before QtDBus and before a QApplication that shows windows
-//     QCoreApplication application(...);
+//     const TestApplication application;
 //     DbusMock mock(BusKind::Session, "org.example.Name", "/path", "org.example.Interface");
 //     mock.addMethod("Ask", "s", "i", "ret = 1");
 //     EXPECT_TRUE(waitUntil([&] { return mock.calls().contains("Ask \"who\""); }));
@@ -18,6 +18,12 @@
 #include <QDBusVariant>
 #include <QStringList>
 #include <QTemporaryDir>
+
+/// What QtDBus needs where there are no windows.
+struct TestApplication {
+    int nArguments = 0;
+    QCoreApplication application{nArguments, nullptr};
+};
 
 enum class BusKind { Session, System };
 
@@ -100,4 +106,21 @@ private:
     const QString m_strName, m_strPath, m_strInterface;
     const QTemporaryDir m_directory;
     ChildProcess m_process;
+};
+
+/// A notification service that numbers what it shows from 1.
+class Notifications : public DbusMock {
+public:
+    explicit Notifications(const char* strCapabilities = "ret = ['actions', 'body']")
+        : DbusMock(BusKind::Session, "org.freedesktop.Notifications", "/org/freedesktop/Notifications",
+                   "org.freedesktop.Notifications") {
+        addMethod("GetCapabilities", "", "as", strCapabilities);
+        addMethod("Notify", "susssasa{sv}i", "u",
+                  "self.shown = getattr(self, 'shown', 0) + 1; ret = self.shown");
+        addMethod("CloseNotification", "u", "", "");
+    }
+    /// Whether this call comes, and is the last one so far.
+    bool gets(const QString& strCall) {
+        return waitUntil([&] { return !calls().isEmpty() && calls().last().contains(strCall); });
+    }
 };

@@ -20,10 +20,8 @@ constexpr const char* kLogind = "org.freedesktop.login1";
 
 class ServicesFixture : public testing::Test {
 protected:
-    const Watchdog m_watchdog{"services", std::chrono::seconds(110)};
     const PrivateBus m_session{BusKind::Session}, m_system{BusKind::System};
-    int m_nArguments = 0;
-    const QCoreApplication m_application{m_nArguments, nullptr};
+    const TestApplication m_application;
 };
 
 class Logind : public DbusMock {
@@ -178,7 +176,7 @@ TEST_F(Proxies, APortalThatHangsIsAskedAgainAndNotWaitedForAgain) {
     EXPECT_TRUE(says(proxies, "https://outside/", "http://proxy:8"));
     portal->signal(SIGSTOP);
     {
-        const Watchdog watchdog("a thousand polls", std::chrono::seconds(60));
+        const Watchdog watchdog(std::chrono::seconds(60));
         for (int n = 0; n < 1000; ++n) {
             proxies.askAgain("https://outside/");
             EXPECT_EQ(proxies.proxyOf("https://outside/", false), "http://proxy:8");
@@ -226,45 +224,18 @@ TEST_F(NetworkFixture, EachReturnOfTheNetworkIsNoticed) {
     EXPECT_EQ(change(70), 7);
 }
 
-/// A notification service that numbers what it shows from 1.
-class Notifications : public DbusMock {
-public:
-    explicit Notifications(const char* strCapabilities = "ret = ['actions', 'body']")
-        : DbusMock(BusKind::Session, "org.freedesktop.Notifications", "/org/freedesktop/Notifications",
-                   "org.freedesktop.Notifications") {
-        addMethod("GetCapabilities", "", "as", strCapabilities);
-        addMethod("Notify", "susssasa{sv}i", "u",
-                  "self.shown = getattr(self, 'shown', 0) + 1; ret = self.shown");
-        addMethod("CloseNotification", "u", "", "");
-    }
-    /// Whether this call comes, and is the last one so far.
-    bool gets(const QString& strCall) {
-        return waitUntil([&] { return !calls().isEmpty() && calls().last().contains(strCall); });
-    }
-};
-
-// A notification without the program's name and icon, or whose text is taken for markup.
-TEST_F(ServicesFixture, ANotificationBearsTheProgramsName) {
-    showNotification("nobody", "is there to show it");
-    Notifications mock;
-    showNotification("Summary", "a < b");
-    ASSERT_TRUE(waitUntil([&] { return !mock.calls().isEmpty(); }));
-    EXPECT_EQ(mock.calls().join('\n'), R"(Notify "Vellux" 0 "org.vellux.Vellux" "Summary" "a &lt; b" [] )"
-                                       R"({"desktop-entry": "org.vellux.Vellux"} -1)");
-}
-
 // A button that does nothing, or something for another notification; one that stays when all is well again.
 TEST_F(ServicesFixture, ANotificationsButtonsReachTheProgram) {
     Notifications mock;
     QStringList pressed;
     std::unique_ptr<Notification> one, other;
     const QList<NotificationAction> actions = {{"reconnect", "Reconnect"}, {"show", "Show"}};
-    one = showNotification("One", "a < b", actions, [&](const QString& strKey, const QString& strToken) {
+    one = showNotification("One", "", actions, [&](const QString& strKey, const QString& strToken) {
         pressed += strKey + " " + strToken;
         if (strKey == "show")
             one.reset();
     });
-    ASSERT_TRUE(mock.gets(R"("One" "a &lt; b" ["reconnect", "Reconnect", "show", "Show"])"));
+    ASSERT_TRUE(mock.gets(R"("One" "" ["reconnect", "Reconnect", "show", "Show"])"));
     other =
         showNotification("Other", "", actions, [&](const QString&, const QString&) { pressed += "other"; });
     ASSERT_TRUE(mock.gets("Other"));
@@ -295,7 +266,8 @@ TEST_F(ServicesFixture, ANotificationsButtonsReachTheProgram) {
     EXPECT_FALSE(mock.calls().join(' ').contains("nothing to see"));
 }
 
-// Buttons where there can be none, or no notification at all there.
+// Buttons where there can be none, or no notification at all there; one without the program's name and icon,
+// or whose text is taken for markup.
 TEST_F(ServicesFixture, WithoutActionsANotificationIsShownPlain) {
     const QList<NotificationAction> actions = {{"show", "Show"}};
     static_cast<void>(showNotification("nobody", "shows it", actions, {}));
@@ -303,8 +275,12 @@ TEST_F(ServicesFixture, WithoutActionsANotificationIsShownPlain) {
          {"ret = ['body']",
           "raise dbus.exceptions.DBusException('no', name='org.freedesktop.DBus.Error.Failed')"}) {
         Notifications mock(strCapabilities);
-        const auto shown = showNotification("Summary", "", actions, {});
-        EXPECT_TRUE(mock.gets(R"("Summary" "" [] )")) << mock.calls().join('\n').toStdString();
+        const auto shown = showNotification("Summary", "a < b", actions, {});
+        EXPECT_TRUE(mock.gets(R"(Notify "Vellux" 0 "org.vellux.Vellux" "Summary" "a &lt; b" [] )"
+                              R"({"desktop-entry": "org.vellux.Vellux"} -1)"))
+            << mock.calls().join('\n').toStdString();
+        showNotification("Told", "without actions");
+        EXPECT_TRUE(mock.gets(R"("Told" "without actions" [])"));
     }
 }
 

@@ -55,7 +55,6 @@ private:
     const QTemporaryDir m_directory;
     std::unique_ptr<PrivateBus> m_bus;
     std::string m_strBus;
-    const Watchdog m_watchdog{"single instance"};
 };
 
 /// A start, which is to take the place.

@@ -60,8 +60,6 @@ public:
     bool bCreateFails = false;
     bool bOpenFails = false;
     bool bNoSet = false; // copyDevices gives nothing at all
-    /// Whether devices that are there at open() are noticed, as real managers do.
-    bool bNoticesAtOpen = true;
     /// Whether the set is that of the matching devices, as with real managers, or of all.
     bool bMatches = true;
 
@@ -96,9 +94,8 @@ public:
         m_bFollowing = true; // also when it fails: such a manager lists devices, but can't use them
         if (bOpenFails)
             return 0xE00002C5;
-        if (bNoticesAtOpen)
-            for (const auto& device : m_devices)
-                noticeArrival(device);
+        for (const auto& device : m_devices)
+            noticeArrival(device);
         return 0;
     }
     void close() override {

@@ -53,20 +53,15 @@ void ProgramFixture::observeControls(bool bAllControls) {
             return change == Change::Items ? "items " + std::to_string(control.numberOfItems())
                                            : "selected " + std::to_string(control.indexOfSelectedItem());
     };
-    const auto watch = [&](const auto& rows) {
-        for (const auto& row : rows) {
-            const auto control = (ui().*row.getter)();
-            const vellux::Control* const pControl = control.get();
-            if (pControl == ui().buttonConnect().get() || pControl == ui().textFieldLyncStatus().get())
-                continue; // have lines of their own
-            observations.push_back(control->observe([this, told, &row, &control = *control](Change change) {
-                journal.add(std::string(row.pName) + ' ' + told(control, change));
-            }));
-        }
-    };
-    watch(control_rows::kButtons);
-    watch(control_rows::kFields);
-    watch(control_rows::kLists);
+    control_rows::forEach([&](const auto& row) {
+        const auto control = (ui().*row.getter)();
+        const vellux::Control* const pControl = control.get();
+        if (pControl == ui().buttonConnect().get() || pControl == ui().textFieldLyncStatus().get())
+            return; // have lines of their own
+        observations.push_back(control->observe([this, told, &row, &control = *control](Change change) {
+            journal.add(std::string(row.pName) + ' ' + told(control, change));
+        }));
+    });
 }
 
 // The observer added last, since they are called in order.

@@ -34,4 +34,13 @@ inline constexpr ControlRow<vellux::ComboBox> kLists[] = {
     {"manualModeFlashSpeedList", &Ui::manualModeFlashSpeedList, &Ui::setManualModeFlashSpeedList},
 };
 
+void forEach(const auto& use) {
+    for (const auto& row : kButtons)
+        use(row);
+    for (const auto& row : kFields)
+        use(row);
+    for (const auto& row : kLists)
+        use(row);
+}
+
 } // namespace control_rows

@@ -2,7 +2,6 @@
 #include "AlertPopup.h"
 #include "WindowFixture.h"
 #include "adapters/qt/WindowTray.h"
-#include "fakes/Watchdog.h"
 
 #include <QMenu>
 
@@ -74,7 +73,6 @@ TEST_F(AlertFixture, TheTraysMenuBeginsNothingUnderAnAlert) {
 
 // An alert that can't be answered, since calls that queue calls keep the window out.
 TEST_F(AlertFixture, CanBeAnsweredWhileCallsQueueCalls) {
-    const Watchdog watchdog("an alert's loop");
     const std::function<void()> again = [&] { mainThread.post(again); };
     int nShown = 0;
     onAlert([&](QMessageBox&) { ++nShown; });

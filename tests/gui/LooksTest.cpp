@@ -3,7 +3,6 @@
 #include "adapters/qt/DetailsWindow.h"
 #include "adapters/qt/MorePage.h"
 
-#include <QAccessible>
 #include <QKeySequence>
 #include <QRegularExpression>
 #include <QScreen>
@@ -17,9 +16,6 @@ namespace {
 
 class LooksFixture : public WindowFixture {
 protected:
-    QString readOut(const char* pName, QAccessible::Text text) {
-        return QAccessible::queryAccessibleInterface(&widget<QWidget>(pName))->text(text);
-    }
     /// The strongest contrast, in steps of grey, between the ground of an empty field, right of its middle,
     /// and what is painted on its left half.
     int contrastIn(const char* pField) {

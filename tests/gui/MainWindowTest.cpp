@@ -78,21 +78,6 @@ TEST_F(MainWindowFixture, AboutFloatsAndCloses) {
     EXPECT_EQ(qtDesktop.loadWindow("Other", controller), nullptr);
 }
 
-// A field in which Enter does nothing, or connects behind a disabled button; keys that end or hide nothing.
-TEST_F(MainWindowFixture, Keys) {
-    int nAlerts = 0;
-    onAlert([&](QMessageBox&) { ++nAlerts; });
-    for (const char* const pField : {"textFieldLyncServerName", "textFieldUsername", "textFieldPassword"})
-        QTest::keyClick(&widget<QLineEdit>(pField), Qt::Key_Return); // asks for the fields that are empty
-    EXPECT_EQ(nAlerts, 3);
-    ui().buttonConnect()->setEnabled(false);
-    QTest::keyClick(&widget<QLineEdit>("textFieldPassword"), Qt::Key_Return);
-    EXPECT_EQ(nAlerts, 3);
-    QApplication::setActiveWindow(&window);
-    QTest::keyClick(&window, Qt::Key_Q, Qt::ControlModifier);
-    EXPECT_EQ(journal.take({"ended"}), Lines{"ended"});
-}
-
 // A key that the main window alone knows; an Escape that closes a list and the window with it.
 TEST_F(MainWindowFixture, KeysOfEveryWindow) {
     const auto press = [](QWidget& shown, Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {

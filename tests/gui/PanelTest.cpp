@@ -15,11 +15,6 @@ protected:
         QApplication::sendEvent(&button, &second);
         QTest::mouseRelease(&button, Qt::LeftButton);
     }
-    void fillIn() {
-        ui().textFieldLyncServerName()->setText("lync.example");
-        ui().textFieldUsername()->setText("CORP\\pat");
-        ui().textFieldPassword()->setText("secret");
-    }
 };
 
 // A form that stays when it has served, that can't be brought back, or that hides what to fill in.
@@ -64,7 +59,7 @@ TEST_F(PanelFixture, FieldsFoldWhileConnected) {
 // Two sign-ins of one double click, or a connection left and taken up again by one.
 TEST_F(PanelFixture, ADoubleClickCountsOnce) {
     scriptServer(R"({"availability":"Busy"})");
-    fillIn();
+    ProgramFixture::type("lync.example", "CORP\\pat", "secret");
     auto& button = widget<QPushButton>("buttonConnect");
     doubleClick(button);
     QTest::mouseClick(&button, Qt::LeftButton); // before anything shows that it has begun
@@ -80,7 +75,8 @@ TEST_F(PanelFixture, ADoubleClickCountsOnce) {
     EXPECT_EQ(journal.take({"request"}).size(), 4U);
 }
 
-// A window whose first key press acts, or that doesn't lead to what is missing.
+// A window whose first key press acts, or that doesn't lead to what is missing; a field in which Enter does
+// nothing, or connects behind a disabled button.
 TEST_F(PanelFixture, FocusBeginsWhereTheUserDoes) {
     const auto reopened = [this] {
         window.orderOut();
@@ -94,12 +90,17 @@ TEST_F(PanelFixture, FocusBeginsWhereTheUserDoes) {
     const char* const fields[] = {"textFieldLyncServerName", "textFieldUsername", "textFieldPassword"};
     for (const char* const pField : fields) {
         EXPECT_EQ(reopened(), pField);
-        click("buttonConnect"); // asks for it
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return); // asks for it
         QApplication::setActiveWindow(&window);
         EXPECT_EQ(focused(), pField);
         type(pField, "lync.example");
     }
+    ui().buttonConnect()->setEnabled(false);
+    widget<QLineEdit>("textFieldPassword").clear();
+    QTest::keyClick(&widget<QLineEdit>("textFieldPassword"), Qt::Key_Return);
     EXPECT_EQ(nAlerts, 3);
+    type("textFieldPassword", "secret");
+    ui().buttonConnect()->setEnabled(true);
     EXPECT_EQ(reopened(), "buttonConnect");
     click("buttonSelectManualMode");
     EXPECT_EQ(reopened(), "textFieldLyncStatus");

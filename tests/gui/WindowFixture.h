@@ -10,6 +10,7 @@
 #include "fakes/FakeTimers.h"
 #include "fakes/ProgramFixture.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
@@ -43,6 +44,10 @@ protected:
         return *pWidget;
     }
     QString textOf(const char* pLabel) { return widget<QLabel>(pLabel).text(); }
+    /// What a screen reader says of a widget.
+    QString readOut(const char* pName, QAccessible::Text text) {
+        return QAccessible::queryAccessibleInterface(&widget<QWidget>(pName))->text(text);
+    }
     void click(const char* pButton);
     void type(const char* pField, const char* pText);
     /// Opens the list, moves to an entry and chooses it.

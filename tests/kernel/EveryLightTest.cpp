@@ -34,30 +34,4 @@ TEST_P(EveryLightFixture, ShowsTheColourOnEachLight) {
     EXPECT_EQ(meaning(model, light->shown()), "None");
 }
 
-class OtherDevicesFixture : public KernelFixture {};
-
-// A report to a keyboard, or to a light that only looks like one of ours.
-TEST_F(OtherDevicesFixture, AreNeverOpened) {
-    constexpr LightKind kOthers[] = {
-        {0x1130, 0x0003, 3, LightModel::Framed}, // a product nobody lists
-        {0x1130, 0x0001, 1, LightModel::Framed}, // other first usages
-        {0x1130, 0x1E00, 3, LightModel::Plain},     {0x2C0D, 0x0003, 3, LightModel::V30},
-        {0x2C0D, 0x0001, 1, LightModel::V30},       // of a known type, but never matched
-        {0x1130, 0x0001, 1, LightModel::Framed, 3}, // its second collection would do
-        {0x046D, 0xC31C, 6, LightModel::V30},       // somebody's keyboard
-    };
-    std::vector<std::unique_ptr<UhidLight>> others;
-    for (const LightKind& kind : kOthers)
-        others.push_back(std::make_unique<UhidLight>(kind));
-    ASSERT_TRUE(waitUntil([&] { return nodes() == others.size(); }));
-    startShowing(kRed);
-    UhidLight light({0x1130, 0x0001, 3, LightModel::Framed, 6});
-    ASSERT_TRUE(comesToShow(light, LightModel::Framed, "Red"));
-    endProgram();
-    for (const auto& other : others) {
-        EXPECT_TRUE(other->attempts().empty());
-        EXPECT_FALSE(other->wasOpened());
-    }
-}
-
 } // namespace

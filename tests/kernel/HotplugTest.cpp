@@ -105,22 +105,6 @@ TEST_F(HotplugFixture, EachLightFlashes) {
     endProgram();
 }
 
-// A light that is met before udev has said who may open it, and is taken for one that nobody may: each report
-// is then refused fifty times, and the program stands still for seconds.
-TEST_F(HotplugFixture, ALightThatFollowsAnotherIsTakenUpAtOnce) {
-    startShowing(kRed);
-    auto light = std::make_unique<UhidLight>(kV30Light);
-    ASSERT_TRUE(comesToShow(*light, LightModel::V30, "Red"));
-    for (int nCycle = 0; nCycle < 3; ++nCycle) {
-        light.reset();
-        light = std::make_unique<UhidLight>(kV30Light);
-        ASSERT_TRUE(waitUntil([] { return nodes() == 1; }));
-        expectPromptly(*light);
-        ASSERT_TRUE(comesToShow(*light, LightModel::V30, "Red"));
-    }
-    endProgram();
-}
-
 void prepareForSleep(const QDBusConnection& bus, bool bAboutToSleep) {
     QDBusMessage signal = QDBusMessage::createSignal("/org/freedesktop/login1",
                                                      "org.freedesktop.login1.Manager", "PrepareForSleep");

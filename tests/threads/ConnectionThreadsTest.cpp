@@ -1,8 +1,6 @@
-// A status monitor at work while main changes modes and ends the program. A watchdog aborts a test that
-// hangs.
+// A status monitor at work while main changes modes and ends the program.
 #include "fakes/ProgramFixture.h"
 #include "fakes/ServerTexts.h"
-#include "fakes/Watchdog.h"
 
 #include <random>
 
@@ -27,7 +25,6 @@ protected:
         endThreads();
         EXPECT_EQ(journal.lines({"report"}).back(), "report 55534243004002ff");
     }
-    const Watchdog watchdog{"main, a monitor or a flashing worker"};
 };
 
 struct StressFixture : ConnectionThreadsFixture, testing::WithParamInterface<unsigned> {};

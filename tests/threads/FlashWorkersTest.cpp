@@ -1,7 +1,6 @@
 // The flashing workers: how they stop, and that nobody waits for one forever.
 
 #include "fakes/LightFixture.h"
-#include "fakes/Watchdog.h"
 
 namespace {
 
@@ -15,8 +14,6 @@ protected:
     void waitUntilWorkerSleeps() {
         runUntil([this] { return !journal.lines({"sleep"}).empty(); }, "the worker's first pause");
     }
-
-    const Watchdog watchdog{"a wait for a flashing worker that does not end"};
 };
 
 // A worker that leaves the light dark, or stops later than its cycle's end, wherever the request finds it;
