@@ -227,10 +227,10 @@ bool PictureTour::all() {
     does([&] { selectMode(controller, /*bManual=*/false); });
     bGood = bGood && losses();
 
+    const auto refused =
+        std::make_shared<VirtualLight>(LightModel::Framed, m_dependencies.console, m_dependencies.changes);
     does([&] {
         m_dependencies.lights.unplug(m_dependencies.light);
-        const auto refused = std::make_shared<VirtualLight>(LightModel::Framed, m_dependencies.console,
-                                                            m_dependencies.changes);
         refused->setPermitted(false);
         m_dependencies.lights.plug(refused);
     });
@@ -241,6 +241,8 @@ bool PictureTour::all() {
     bGood = bGood && takes("light-not-permitted");
 
     does([&] {
+        m_dependencies.lights.unplug(refused);
+        m_dependencies.lights.plug(m_dependencies.light);
         pressConnect(controller, kTitleDisconnect);
         controller.textFieldPassword()->setText("another-password");
         pressConnect(controller, kTitleConnect);
@@ -251,12 +253,15 @@ bool PictureTour::all() {
         return bOpen;
     };
     bGood = bGood && eventually(isAlertOpen) && takes("alert");
+    int nQuiet = 0; // one alert follows the other
     bGood = bGood && eventually([&] {
-                does([] {
-                    if (QWidget* const alert = QApplication::activeModalWidget())
+                does([&nQuiet] {
+                    QWidget* const alert = QApplication::activeModalWidget();
+                    nQuiet = alert == nullptr ? nQuiet + 1 : 0;
+                    if (alert != nullptr)
                         alert->close();
                 });
-                return controller.buttonConnect()->isEnabled();
+                return nQuiet > 2 && controller.buttonConnect()->isEnabled();
             });
     bGood = bGood && takes("why-not");
 
