@@ -207,6 +207,14 @@ TEST_F(HidrawManagerFixture, AHurryReachesEachLight) {
     EXPECT_EQ(nWrites, 1);
 }
 
+TEST_F(HidrawManagerFixture, ReferencesOfOthersAreNoDevicesOfTheManager) {
+    for (const HidDeviceRef& device : {HidDeviceRef(), std::make_shared<HidDevice>()}) {
+        EXPECT_EQ(send(device), static_cast<HidResult>(ENODEV));
+        EXPECT_EQ(m_manager.deviceOpenResult(device), static_cast<HidResult>(ENODEV));
+        EXPECT_EQ(m_manager.deviceGetProperty(device, "VendorID"), std::nullopt);
+    }
+}
+
 // A start that hangs or aborts, or a manager that is lost for good, when descriptors run out on the way; one
 // that leaves descriptors open.
 TEST(HidrawManager, OpensOrRefusesWithFewDescriptors) {

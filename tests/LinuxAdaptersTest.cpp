@@ -2,6 +2,7 @@
 
 #include "adapters/linux/AutostartEntry.h"
 #include "adapters/linux/StandardDirectories.h"
+#include "adapters/linux/SystemClock.h"
 #include "adapters/linux/TerminationWatch.h"
 #include "fakes/Sanitizers.h"
 #include "platform/PrivateDirectory.h"
@@ -100,6 +101,15 @@ TEST(Autostart, QuotesThePath) {
             << strText;
     }
     EXPECT_EQ(runningProgram(), std::filesystem::canonical("/proc/self/exe").string());
+}
+
+TEST(SystemClock, SleepsAtLeastAsLongAsAskedAndNeverForNothing) {
+    SystemClock clock;
+    const auto begin = std::chrono::steady_clock::now();
+    clock.sleep(Seconds(0.02));
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(20));
+    clock.sleep(Seconds(0));
+    clock.sleep(Seconds(-1e300));
 }
 
 // An impatient Ctrl-C that is not heard; a late hang-up that kills; an end that is asked for twice.

@@ -187,6 +187,23 @@ TEST_F(ModesFixture, SyncListsOnAnOlderLight) {
     vellux::WorkerThread::joinAll();
 }
 
+// A position beyond the list kept, or clamped by the list before the refill.
+TEST_F(ModesFixture, PositionsBeyondTheListsAreClamped) {
+    ui().setIndexOfManualModeColorList(8);
+    ui().setIndexOfManualModeFlashSpeedList(0);
+    ui().setIndexOfSyncModeColorList(8);
+    setManualMode();
+    observeControls(true);
+    const auto light = FakeHidManager::light(0x1130, 1);
+    arrive(light); // nine entries until the mode was applied
+    EXPECT_EQ(journal.count("manualModeColorList selected 8"), 1U);
+    hid.noticeArrival(light);
+    runPending();
+    EXPECT_EQ(journal.count("manualModeColorList selected 7"), 1U);
+    setSyncMode();
+    EXPECT_EQ(journal.count("syncModeColorList selected 7"), 1U);
+}
+
 // A flash that is not taken up again when its light comes back.
 TEST_F(ModesFixture, ALightThatComesBackFlashesOn) {
     const auto light = plugInV30();

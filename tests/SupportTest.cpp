@@ -255,34 +255,56 @@ TEST(CallQueue, RunsInOrderOnItsThread) {
     EXPECT_EQ(order, (std::vector<int>{1, 2, 3, 4, 5, 6}));
 }
 
-// A toolkit kept out by calls that take long or queue calls.
-TEST(CallQueue, LeavesTheToolkitItsTurn) {
-    bool bWoken = false;
-    std::string strOrder;
-    CallQueue queue([&] { bWoken = true; });
-    // Turns until a call has run; woken for each, and again for what is left.
-    const auto runUntil = [&](char c) {
+/// A toolkit's loop. A turn may end early at any time, as on a busy machine.
+struct Loop {
+    /// Turns until a call has run. Expects to have been woken for each, and to be woken again for what is
+    /// left.
+    void runUntil(char c) {
         for (bool bLeft = true; bLeft && strOrder.find(c) == std::string::npos;) {
             EXPECT_TRUE(std::exchange(bWoken, false));
             bLeft = queue.runPending();
             EXPECT_TRUE(bWoken || !bLeft);
         }
-    };
-    queue.post([&] {
-        std::this_thread::sleep_for(std::chrono::milliseconds(60));
-        strOrder += 's';
+    }
+    void post(
+        char c, std::function<void()> rest = [] {}) {
+        queue.post([this, c, rest = std::move(rest)] {
+            strOrder += c;
+            rest();
+        });
+    }
+
+    bool bWoken = false;
+    std::string strOrder;
+    CallQueue queue{[this] { bWoken = true; }};
+};
+
+// A toolkit kept out by calls that take long or queue calls.
+TEST(CallQueue, LeavesTheToolkitItsTurn) {
+    Loop loop;
+    loop.post('s', [] { std::this_thread::sleep_for(std::chrono::milliseconds(60)); });
+    loop.post('a');
+    loop.runUntil('s');
+    EXPECT_EQ(loop.strOrder, "s");
+    const std::function<void()> again = [&] { loop.post('+', again); };
+    again();
+    loop.post('b');
+    loop.runUntil('b');
+    EXPECT_EQ(loop.strOrder.substr(0, 4), "sa+b");
+}
+
+// An alert's loop that stands still, or goes on in another order.
+TEST(CallQueue, GoesOnInALoopInsideACall) {
+    Loop loop;
+    loop.post('(', [&] {
+        loop.runUntil('b');
+        loop.strOrder += ')';
     });
-    queue.post([&] { strOrder += 'a'; });
-    runUntil('s');
-    EXPECT_EQ(strOrder, "s");
-    const std::function<void()> again = [&] {
-        strOrder += '+';
-        queue.post(again);
-    };
-    queue.post(again);
-    queue.post([&] { strOrder += 'b'; });
-    runUntil('b');
-    EXPECT_EQ(strOrder.substr(0, 4), "sa+b");
+    loop.post('a', [&] { loop.post('c'); });
+    loop.post('b');
+    loop.runUntil(')');
+    loop.runUntil('c');
+    EXPECT_TRUE(loop.strOrder == "(ab)c" || loop.strOrder == "(abc)") << loop.strOrder;
 }
 
 // A waiter that is never woken when the program quits, even while its call is running, as with an alert open;
