@@ -23,11 +23,13 @@ constexpr std::chrono::seconds kHang{60}; // what the server makes a client wait
 class QueryCount : public PresenceServerObserver {
 public:
     void requestArrived(std::string_view, std::string_view strTarget) override {
+        m_nTokens += strTarget.ends_with("/oauthtoken") ? 1 : 0;
         m_nQueries += strTarget.ends_with("/presence") ? 1 : 0;
     }
     void presenceChanges(std::string_view) override {}
     void pollsChanged() override {}
 
+    std::atomic<int> m_nTokens{0};
     std::atomic<int> m_nQueries{0};
 };
 
@@ -118,6 +120,15 @@ TEST_P(EndingSignalFixture, EndsInOrderWhileFollowing) {
     EXPECT_EQ(m_home.content("uistate.txt"), "1;1;0;1;2;0;3;1");
 }
 
+// An end that waits for a sign-in that hangs, on the monitor's thread.
+TEST_F(ProcessFixture, EndsWhileConnecting) {
+    m_home.writeSignIn(m_server->host());
+    m_server->interfere(Route::Token, {kHang, {}, CutOff::Never, 1});
+    ChildProcess& program = startTrusting();
+    ASSERT_TRUE(waitUntil([&] { return m_queries.m_nTokens == 1; }));
+    EXPECT_EQ(statusAfter(program, SIGTERM), 0);
+}
+
 // An end that waits until a query that hangs lets the main thread go.
 TEST_F(ProcessFixture, EndsWhileTheMainThreadWaitsForAnAnswer) {
     m_home.writeSignIn(m_server->host());
@@ -127,6 +138,15 @@ TEST_F(ProcessFixture, EndsWhileTheMainThreadWaitsForAnAnswer) {
     const int nBefore = m_queries.m_nQueries;
     m_server->setPresence("Busy");
     ASSERT_TRUE(waitUntil([&] { return m_queries.m_nQueries > nBefore; }));
+    EXPECT_EQ(statusAfter(program, SIGTERM), 0);
+}
+
+// An end that waits for somebody to press OK, with a monitor thread behind the alert.
+TEST_F(ProcessFixture, EndsWithAnAlertOpen) {
+    m_home.writeSignIn(m_server->host(), "another-password");
+    const XServer display;
+    ChildProcess& program = startTrusting();
+    ASSERT_TRUE(waitUntil([] { return windowsOnScreen() == 2; }));
     EXPECT_EQ(statusAfter(program, SIGTERM), 0);
 }
 
