@@ -212,8 +212,9 @@ int main(int nArguments, char** arguments) {
             [&choices] {
                 choices.update([](auto& changed) { changed.bToldOfMissingTray = true; });
                 vellux::showNotification(
-                    "Vellux is running",
-                    "This desktop shows no tray icons. Start Vellux again to see its window.");
+                    vellux::MainWindow::tr("Vellux is running"),
+                    vellux::MainWindow::tr(
+                        "This desktop shows no tray icons. Start Vellux again to see its window."));
             }});
     QObject::connect(&application, &QGuiApplication::applicationStateChanged,
                      [&delegate] { delegate.applicationDidChangeOcclusionState(); });

@@ -3,8 +3,8 @@
 #include "adapters/hidraw/HidrawManager.h"
 #include "fakes/CountingQueue.h"
 #include "fakes/KernelWrites.h"
-#include "fakes/SocketNodes.h"
-#include "fakes/UdevEvents.h"
+#include "kernel/SocketNodes.h"
+#include "kernel/UdevEvents.h"
 
 #include <gtest/gtest.h>
 

@@ -4,8 +4,8 @@
 #include "adapters/hidraw/HidrawManager.h"
 #include "fakes/CountingQueue.h"
 #include "fakes/FakeHidManager.h"
-#include "fakes/SocketNodes.h"
-#include "fakes/UdevEvents.h"
+#include "kernel/SocketNodes.h"
+#include "kernel/UdevEvents.h"
 #include "light/VirtualLights.h"
 #include "support/Text.h"
 

@@ -1,4 +1,4 @@
-#include "fakes/UdevEvents.h"
+#include "kernel/UdevEvents.h"
 
 #include <libudev.h>
 
