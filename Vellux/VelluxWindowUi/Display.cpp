@@ -48,7 +48,8 @@ void VelluxWindowUi::showOnLamp(std::int32_t nColor, std::int32_t nResult) {
         return;
     if (bLight && nResult != static_cast<std::int32_t>(kIOReturnSuccess))
         return;
-    const std::int32_t nShown = bLight && !vellux::canShow(nColor, vellux::familyAt(0)) ? m_nOnLight.load() : nColor;
+    const std::int32_t nShown =
+        bLight && !vellux::canShow(nColor, vellux::familyAt(0)) ? m_nOnLight.load() : nColor;
     m_lamp.update([&](vellux::LampState& lamp) {
         lamp.nColor = nShown;
         lamp.bFlashing = nShown != vellux::kColourOff && m_nFlashers != 0;
