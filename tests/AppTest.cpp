@@ -227,8 +227,8 @@ TEST_F(AppFixture, WhatIsUnderWayWhenTheWorldChanges) {
     reached.acquire();
     reconnector.hurry();
     goOn.release();
-    transport.onRequest = {};
     signIns();
+    transport.onRequest = {};
     scriptServer(R"({"availability":"Online"})");
     expectAttempt(2s);
 

@@ -175,7 +175,7 @@ TEST_F(FilesFixture, ComeBackWholeOrNotAtAll) {
     }
     writeContent(path("f"), "\x89PNG\xFF");
     EXPECT_EQ(readTextFile(path("f")), std::nullopt);
-    for (const std::size_t nSize : {1024 * 1024, 1024 * 1024 + 1}) {
+    for (const std::size_t nSize : {std::size_t{1024 * 1024}, std::size_t{1024 * 1024 + 1}}) {
         writeContent(path("f"), std::string(nSize, 'x'));
         EXPECT_EQ(readTextFile(path("f")).has_value(), nSize == 1024 * 1024);
     }
