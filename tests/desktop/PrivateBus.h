@@ -1,7 +1,7 @@
 // Message buses and mocked services of a test's own. Nothing here reaches the machine's buses.
 //
 //     PrivateBus session(BusKind::Session); // before QtDBus and before a QApplication that shows windows
-//     const TestApplication application;
+//     const TestApplication application{};
 //     DbusMock mock(BusKind::Session, "org.example.Name", "/path", "org.example.Interface");
 //     mock.addMethod("Ask", "s", "i", "ret = 1");
 //     EXPECT_TRUE(waitUntil([&] { return mock.calls().contains("Ask \"who\""); }));

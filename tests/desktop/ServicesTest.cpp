@@ -21,7 +21,7 @@ constexpr const char* kLogind = "org.freedesktop.login1";
 class ServicesFixture : public testing::Test {
 protected:
     const PrivateBus m_session{BusKind::Session}, m_system{BusKind::System};
-    const TestApplication m_application;
+    const TestApplication m_application{};
 };
 
 class Logind : public DbusMock {

@@ -131,7 +131,7 @@ TEST_F(SingleInstanceFixture, OnlyOneHoldsItWhateverBecomesOfTheBus) {
 // A start that ends beside one that is just ending, so that none is left.
 TEST_F(SingleInstanceFixture, AnEndingHoldersPlaceIsTaken) {
     startBus();
-    const TestApplication application;
+    const TestApplication application{};
     for (const Environment& environment : {kBus, kBoth}) {
         const int nLock = ::open(lockFile().c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
         ASSERT_EQ(::flock(nLock, LOCK_EX), 0);
@@ -167,7 +167,7 @@ TEST_F(SingleInstanceFixture, EitherHalfIsEnough) {
 
 // A start that waits for a bus that takes connections and says nothing.
 TEST_F(SingleInstanceFixture, AHungBusIsNone) {
-    const TestApplication application;
+    const TestApplication application{};
     QLocalServer bus;
     ASSERT_TRUE(bus.listen(QString::fromStdString(directory() + "/hung")));
     m_strNoBus = "unix:path=" + bus.fullServerName().toStdString();

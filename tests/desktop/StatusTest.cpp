@@ -17,7 +17,7 @@ TEST_F(SingleInstanceFixture, AThousandReadersAreAnsweredAndNoneInTheWay) {
     limit.rlim_cur = std::min<rlim_t>(limit.rlim_max, 4096);
     ::setrlimit(RLIMIT_NOFILE, &limit);
     startBus();
-    const TestApplication application;
+    const TestApplication application{};
     const auto first = holding(start(kBoth, "t1"));
     expectActivation(*first, kBoth);
     const QString strSocket = QString::fromStdString(directory() + "/org.vellux.Vellux.socket");
@@ -78,7 +78,7 @@ public Q_SLOTS:
 // wrong.
 TEST_F(SingleInstanceFixture, TheBusIsToldOfChangesAndCarriesActions) {
     startBus();
-    const TestApplication application;
+    const TestApplication application{};
     const auto first = holding(start(kBus, "t1"));
     const StatusSignals signals_;
     const QString strInterface = "org.vellux.Vellux.Status1";
