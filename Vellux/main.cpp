@@ -167,16 +167,27 @@ int main(int nArguments, char** arguments) {
         {mainThread, timers, controller, following, choices, connectionLog, showWindow});
     const vellux::AutostartEntry autostart(vellux::userConfigHome(environment),
                                            vellux::runningProgram().value_or("vellux"));
-    vellux::MorePage morePage(window,
-                              {mainThread,
-                               choicesFile,
-                               {[&] { return autostart.isEnabled(); },
-                                [&](bool bOn) { return autostart.setEnabled(bOn); }, autostart.path()}});
-    vellux::DetailsWindow details(window, {mainThread, controller, connectionLog, vellux::curlVersion(),
-                                           [&tray] { return tray.isThere(); },
-                                           [&lights] { return lightNodes(lights); }});
-    QObject::connect(&window, &vellux::MainWindow::moreAsked, &morePage, &vellux::MorePage::present);
-    QObject::connect(&window, &vellux::MainWindow::detailsAsked, &details, &vellux::DetailsWindow::present);
+    // Made when they are asked for, which most starts never do.
+    std::optional<vellux::MorePage> morePage;
+    QObject::connect(&window, &vellux::MainWindow::moreAsked, [&] {
+        if (!morePage)
+            morePage.emplace(window,
+                             vellux::MorePage::Dependencies{
+                                 mainThread,
+                                 choicesFile,
+                                 {[&] { return autostart.isEnabled(); },
+                                  [&](bool bOn) { return autostart.setEnabled(bOn); }, autostart.path()}});
+        morePage->present();
+    });
+    std::optional<vellux::DetailsWindow> details;
+    QObject::connect(&window, &vellux::MainWindow::detailsAsked, [&] {
+        if (!details)
+            details.emplace(window, vellux::DetailsWindow::Dependencies{
+                                        mainThread, controller, connectionLog, vellux::curlVersion(),
+                                        [&tray] { return tray.isThere(); },
+                                        [&lights] { return lightNodes(lights); }});
+        details->present();
+    });
 
     // Also unblocks a main thread that waits for an answer or for a light that hangs.
     const auto terminationWatch = vellux::TerminationWatch::start([&] { program.requestEnd(); });
