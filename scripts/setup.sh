@@ -18,7 +18,7 @@ build_packages=(
 test_packages=(
     clang libclang-rt-dev llvm
     libgtest-dev openssl coreutils
-    desktop-file-utils appstream libxml2-utils
+    desktop-file-utils appstream libxml2-utils groff-base
     dbus python3-dbusmock xvfb fonts-dejavu-core
 )
 # Formats, checks and the fuzzing engine differ from version to version: these, or none.
